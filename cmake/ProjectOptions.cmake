@@ -1,0 +1,26 @@
+# What every target of the project is compiled with.
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+set(DATADUMP_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined")
+if(DATADUMP_SANITIZERS)
+    # The database library throws objects whose type information it doesn't export, at which the
+    # virtual-table check stumbles.
+    add_compile_options(-fsanitize=${DATADUMP_SANITIZERS} -fno-sanitize=vptr
+        -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${DATADUMP_SANITIZERS})
+endif()
+
+# A module that the host loads by library and entry name.
+function(add_plugin name)
+    add_library(${name} MODULE ${ARGN})
+    set_target_properties(${name} PROPERTIES
+        PREFIX ""
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        LIBRARY_OUTPUT_DIRECTORY ${PLUGIN_OUTPUT_DIRECTORY}
+        INSTALL_RPATH "$ORIGIN/..")
+    target_link_libraries(${name} PRIVATE framework project_options)
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/pipeline-host)
+endfunction()

@@ -1,0 +1,21 @@
+// A database connection module as its clients see it.
+#pragma once
+
+#include "BAS/RegisteredObject.h"
+#include "RW/RWDBConnection.h"
+
+namespace DBC {
+
+class DatabasePlugIn : public BAS::RegisteredObject {
+public:
+    using RegisteredObject::RegisteredObject;
+
+    // A connection of the caller's own, open until the caller lets go of it and of what was made
+    // from it; not valid when the database can't be reached. Any thread.
+    virtual RWDBConnection connection() const = 0;
+
+    // The text of a database error, on one line.
+    static BAS::String errorMessage(RWDBStatus const& status);
+};
+
+} // namespace DBC

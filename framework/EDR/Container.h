@@ -1,0 +1,104 @@
+// One event detail record: a tree of blocks with text fields, laid out by an EDR::Description.
+//
+// The blocks of one kind lie side by side in the order in which they were added, and those of one
+// parent block next to each other, so that a read by handle is array access: no map, no string
+// comparison, no allocation, and the text comes back by constant reference. The reference stands
+// until the container is filled again.
+//
+// Whoever feeds a pipeline fills containers and owns them: clear, then add and set in the order of
+// the record. clear keeps all storage. The description must outlive the container. A container is
+// used by one thread at a time; its block cursors are state that reading through iterators moves.
+#pragma once
+
+#include "BAS/DateTime.h"
+#include "BAS/String.h"
+#include "EDR/BlockIndex.h"
+#include "EDR/Index.h"
+#include "RW/RWTValOrderedVector.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace EDR {
+
+class Description;
+
+enum RecordKind : int { headerRecord = 1, trailerRecord = 2, detailRecord = 3 };
+
+class Container {
+public:
+    explicit Container(Description const& description);
+    Container(Container const&) = delete;
+    Container& operator=(Container const&) = delete;
+    virtual ~Container() = default;
+
+    int recordKind() const noexcept { return recordKindM; }
+
+    // Read a field in the first block at every level. A field that isn't there reads as empty text
+    // or 0, and so does a text that is no number or no date-time.
+    virtual BAS::String const& getString(Index const& field) const;
+    virtual long getLong(Index const& field) const;
+    virtual BAS::DateTime getDateTime(Index const& field) const;
+
+    // Read a field with one zero-based block position for each block level below the root along
+    // its path, outermost first. Positions that are missing are 0; one that is out of range reads
+    // as empty.
+    virtual BAS::String const& getString(Index const& field,
+                                         RWTValOrderedVector<long> const& positions) const;
+
+    // Filling. clear leaves a record of that kind with nothing but an empty root block.
+    void clear(RecordKind kind);
+    // Appends a block to the last block of the parent kind, which must exist.
+    void addBlock(BlockIndex const& block);
+    // Sets a field in the last block of its kind, which must exist.
+    void setField(Index const& field, std::string_view text);
+
+private:
+    friend class Iterator;
+
+    struct Cell {
+        BAS::String text;
+        // What the text says, for a field that is described as a number (its value) or as a
+        // date-time (seconds of BAS::DateTime).
+        long number = 0;
+    };
+    struct BlockRange {
+        std::uint32_t begin;
+        std::uint32_t end;
+    };
+    // All blocks of one kind. The blocks below block p of the parent kind begin at firstOf[p] and
+    // end where those of the next parent begin.
+    struct BlockStore {
+        std::uint32_t fieldCount = 0;
+        std::uint32_t count = 0;
+        // Whether the first block lies in the first block at every level above.
+        bool reachedByFirsts = false;
+        std::vector<Cell> cells;
+        std::vector<std::uint32_t> firstOf;
+        // Where iterators stand: a block, or one of the two marks below.
+        std::uint32_t cursor = beforeFirst;
+    };
+
+    static constexpr std::uint32_t beforeFirst = UINT32_MAX;
+    static constexpr std::uint32_t pastLast = UINT32_MAX - 1;
+
+    // The cell at a block of the field's kind; the block may be a cursor mark. Null when there is
+    // no such cell.
+    Cell const* cellAt(Index const& field, std::uint32_t block) const noexcept;
+    Cell const* firstCell(Index const& field) const noexcept;
+    long numberOf(Cell const* cell, Index const& field) const;
+    BlockRange childrenOf(std::uint32_t parentBlock, std::uint32_t childKind) const noexcept;
+    // The block of a kind at which a child kind is walked; false when there is none.
+    bool currentBlock(std::uint32_t kind, std::uint32_t& block) const noexcept;
+
+    void rewindWithAncestors(BlockIndex const& block) noexcept;
+    bool advance(BlockIndex const& block) noexcept;
+    Cell const* cellAtCursor(Index const& field) const noexcept;
+
+    Description const& descriptionM;
+    int recordKindM = detailRecord;
+    std::vector<BlockStore> storesM;
+};
+
+} // namespace EDR

@@ -1,0 +1,35 @@
+// The base of every function plug-in: a module that is handed each batch of EDRs that passes the
+// pipeline stage in which it is configured. processEdrContainer runs on the pipeline's thread; the
+// host never runs it at the same time as a registryUpdate of the same plug-in.
+#pragma once
+
+#include "PLG/StdPlugIn.h"
+#include "RW/RWTPtrOrderedVector.h"
+#include "RW/RWTValOrderedVector.h"
+
+namespace EDR {
+class Container;
+class Factory;
+} // namespace EDR
+
+namespace PLG {
+
+class FunctionPlugIn : public StdPlugIn {
+public:
+    // A name that belongs to no pipeline leaves the plug-in invalid, with the status
+    // "ERR_PIPELINE_NOT_FOUND".
+    FunctionPlugIn(BAS::String const& name, BAS::String const& version);
+
+    // The containers stay the host's. Returns false when the plug-in did nothing with the batch.
+    virtual bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) = 0;
+    // An inactive plug-in is passed by.
+    virtual bool isActive() const;
+    // Appends the registry names of the modules that must be loaded before this one.
+    virtual void loadDependencies(RWTValOrderedVector<BAS::String>& moduleNames);
+
+protected:
+    // The pipeline's factory; null only while the plug-in is invalid. Not owned.
+    EDR::Factory const* edrFactoryM;
+};
+
+} // namespace PLG

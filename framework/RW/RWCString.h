@@ -1,0 +1,48 @@
+// A byte string: any bytes, NUL included, compared byte-wise. A value that owns its bytes; the
+// storage is a std::string, reachable as such, so nothing that the standard library offers is
+// offered again here.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+class RWCString {
+public:
+    RWCString() = default;
+    RWCString(char const* text) : textM(text) {}
+    RWCString(std::string text) noexcept : textM(std::move(text)) {}
+    explicit RWCString(std::string_view text) : textM(text) {}
+
+    std::string const& str() const noexcept { return textM; }
+    std::string_view view() const noexcept { return textM; }
+    char const* data() const noexcept { return textM.c_str(); }
+    std::size_t length() const noexcept { return textM.size(); }
+    bool isNull() const noexcept { return textM.empty(); }
+
+    // Replaces the bytes and keeps the storage that is there, so that a string which is refilled
+    // with texts of like length allocates nothing.
+    void assign(std::string_view text) { textM.assign(text); }
+    void clear() noexcept { textM.clear(); }
+
+    RWCString& operator+=(RWCString const& tail) {
+        textM += tail.textM;
+        return *this;
+    }
+
+    friend bool operator==(RWCString const& a, RWCString const& b) noexcept {
+        return a.textM == b.textM;
+    }
+    friend std::strong_ordering operator<=>(RWCString const& a, RWCString const& b) noexcept {
+        return a.textM <=> b.textM;
+    }
+
+private:
+    std::string textM;
+};
+
+// Writes the bytes as they are, without quotes and without fill; a field width that was set on the
+// stream is used up.
+std::ostream& operator<<(std::ostream& out, RWCString const& text);

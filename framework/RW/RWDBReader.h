@@ -1,0 +1,42 @@
+// The rows of a selector that was run, one at a time, front to back. Every value comes as its text,
+// so that no number loses digits on its way. It never throws: a reader whose statement failed, at
+// once or while rows were fetched, is not valid and says why in its status. The database keeps the
+// statement open as long as the reader lives.
+#pragma once
+
+#include "RW/RWDBStatus.h"
+
+#include <cstddef>
+#include <memory>
+
+class RWDBConnection;
+class RWDBSelector;
+
+class RWDBReader {
+public:
+    RWDBReader(RWDBConnection const& connection, RWDBSelector const& selector);
+    RWDBReader(RWDBReader&&) noexcept;
+    RWDBReader& operator=(RWDBReader&&) noexcept;
+    ~RWDBReader();
+
+    bool isValid() const noexcept { return statusM.isValid(); }
+    RWDBStatus const& status() const noexcept { return statusM; }
+
+    // Steps to the next row; false when there is none or when fetching it failed.
+    bool operator()();
+
+    // Takes the next column of the current row; NULL is the empty text. Without a further column
+    // the reader is no longer valid and the text stays as it was.
+    RWDBReader& operator>>(RWCString& text);
+
+    // Whether the column that was taken last was NULL.
+    bool wasNull() const noexcept;
+
+private:
+    struct Rows;
+
+    void fail(char const* what);
+
+    RWDBStatus statusM;
+    std::unique_ptr<Rows> rowsM;
+};
