@@ -32,3 +32,7 @@ private:
     std::vector<RWCString> tableNamesM;
     std::vector<std::string> valuesM;
 };
+
+// Declared again for look-up by the names of their operands.
+RWDBCriterion operator==(RWDBColumn const& left, RWDBColumn const& right);
+RWDBCriterion operator==(RWDBColumn const& column, RWCString const& value);

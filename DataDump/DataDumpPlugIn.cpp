@@ -1,0 +1,923 @@
+#include "DataDumpPlugIn.h"
+
+#include "BAS/ProtectedBool.h"
+#include "BAS/RegistryEntry.h"
+#include "DAT/AccountBatchPlugIn.h"
+#include "DAT/BalancePlugIn.h"
+#include "DAT/DiscountPlugIn.h"
+#include "DAT/RatingPricePlugIn.h"
+#include "DAT/RatingRateplanPlugIn.h"
+#include "DBC/DatabasePlugIn.h"
+#include "EDR/Factory.h"
+#include "FCT/AccountServiceFieldMapEntry.h"
+#include "PBC/ModuleReference.h"
+#include "RW/RWDBDatabase.h"
+#include "RW/RWDBReader.h"
+#include "RW/RWDBSelector.h"
+#include "RW/RWZone.h"
+
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+#include <limits>
+#include <ostream>
+#include <string_view>
+#include <system_error>
+
+namespace FCT::DataDump {
+
+BAS::String const SharingTypeDiscount("DiscountSharing");
+BAS::String const SharingTypeSponsor("Sponsorship");
+
+namespace {
+
+BAS::String const moduleName("FCT_DataDump");
+BAS::String const moduleVersion("10003");
+
+constexpr auto severityError = static_cast<BAS::Status::Severity>(4);
+constexpr auto severityCritical = static_cast<BAS::Status::Severity>(5);
+
+BAS::String const dataPoolName("DataPool");
+BAS::String const moduleSuffix(".Module");
+
+BAS::String const defaultRecordType("981");
+BAS::String const defaultRatePlanType("R");
+constexpr unsigned long defaultNumberOfEvents = 10;
+
+constexpr int detailRecordKind = 3;
+// Of the two entries of the block position list, the one that the EDR decides.
+constexpr std::size_t productPosition = 1;
+
+BAS::String const priceModelTypes[] = {"S", "A", "P"};
+
+std::string_view viewOf(BAS::String const& text) {
+    return {text.data(), text.length()};
+}
+
+bool contains(RWTValOrderedVector<BAS::String> const& texts, BAS::String const& text) {
+    for (std::size_t i = 0; i < texts.entries(); ++i) {
+        if (texts[i] == text) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The number of an identifier text such as "1_2001": what follows the first underscore, read as
+// far as it is a decimal number; 0 when there is none.
+unsigned long objectNumber(BAS::String const& identifier) {
+    auto rest = viewOf(identifier);
+    auto const underscore = rest.find('_');
+    if (underscore == std::string_view::npos) {
+        return 0;
+    }
+    rest.remove_prefix(underscore + 1);
+    rest.remove_prefix(std::min(rest.find_first_not_of(" \t\n\v\f\r"), rest.size()));
+    bool const negative = rest.substr(0, 1) == "-";
+    if (rest.substr(0, 1) == "+" && rest.substr(1, 1) != "-") {
+        rest.remove_prefix(1);
+    }
+    long number = 0;
+    auto const [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
+    if (error == std::errc::result_out_of_range) {
+        number = negative ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
+    }
+    return static_cast<unsigned long>(number);
+}
+
+// Seconds of an offset from UTC that is written as a sign, hours and two digits of minutes, and
+// read as one decimal number.
+long offsetSeconds(long hoursAndMinutes) {
+    return hoursAndMinutes / 100 * 3600 + hoursAndMinutes % 100 * 60;
+}
+
+unsigned long unixSeconds(unsigned long seconds) {
+    return seconds > BAS::DateTime::rwToUnixSecsCM ? seconds - BAS::DateTime::rwToUnixSecsCM : 0;
+}
+
+} // namespace
+
+// ---- What is kept of one event -----------------------------------------------------------------
+
+void EventDetailRecord::prepareForRefill() {
+    accountInfo.ownDiscounts.clear();
+    accountInfo.productInfo.priceModelCodes.clear();
+    sharingMap.clear();
+}
+
+// ---- The bounded store of events ---------------------------------------------------------------
+
+std::size_t EventKeyHash::operator()(EventKey const& key) const noexcept {
+    std::hash<std::string_view> const hash;
+    constexpr std::size_t oddMultiplier = 0x9e3779b97f4a7c15;
+    return hash(viewOf(key.first)) * oddMultiplier + hash(viewOf(key.second));
+}
+
+EventDetailRecord* EventMap::find(EventKey const& key) const {
+    auto const found = entriesM.find(key);
+    return found == entriesM.end() ? nullptr : found->second.get();
+}
+
+EventKey const* EventMap::add(EventKey const& key) {
+    return &entriesM.try_emplace(key).first->first;
+}
+
+void EventMap::rename(EventKey const* key, EventKey const& newKey) {
+    auto entry = entriesM.extract(*key);
+    entry.mapped().reset();
+    entry.key() = newKey;
+    entriesM.insert(std::move(entry));
+}
+
+EventDetailRecord* EventMap::createRecord(EventKey const& key) {
+    auto& record = entriesM.at(key);
+    record = std::make_unique<EventDetailRecord>();
+    return record.get();
+}
+
+void EventMap::remove(EventKey const* key) {
+    entriesM.erase(entriesM.find(*key));
+}
+
+EventQueue::Position EventQueue::find(EventKey const& key) const {
+    auto const found = placesM.find(&key);
+    return found == placesM.end() ? end() : found->second;
+}
+
+void EventQueue::pushFront(EventKey const* key) {
+    if (spareNodeM.empty()) {
+        spareNodeM.emplace_front();
+    }
+    spareNodeM.front() = key;
+    if (key != nullptr && !sparePlaceM.empty()) {
+        sparePlaceM.key() = key;
+        sparePlaceM.mapped() = spareNodeM.begin();
+        placesM.insert(std::move(sparePlaceM));
+    } else if (key != nullptr) {
+        placesM.emplace(key, spareNodeM.begin());
+    }
+    nodesM.splice(nodesM.begin(), spareNodeM, spareNodeM.begin());
+}
+
+void EventQueue::moveToFront(Position position) {
+    nodesM.splice(nodesM.begin(), nodesM, position);
+}
+
+EventKey const* EventQueue::remove(Position position) {
+    auto const* const key = *position;
+    if (key != nullptr) {
+        sparePlaceM = placesM.extract(key);
+    }
+    spareNodeM.clear();
+    spareNodeM.splice(spareNodeM.begin(), nodesM, position);
+    return key;
+}
+
+void EventQueue::clear() noexcept {
+    placesM.clear();
+    nodesM.clear();
+}
+
+// ---- The plug-in object ------------------------------------------------------------------------
+
+PlugIn::PlugIn(BAS::String const& name, BAS::String const& version)
+    : FunctionPlugIn(name, version) {
+    bool registered = false;
+    {
+        std::lock_guard const guard(isRegisteredLockerCM);
+        registered = isRegisteredM;
+    }
+    if (!registered) {
+        setValid(false);
+    }
+    // Nothing derives from this class at run time that could override a step.
+    if (isValid()) {
+        setValid(PlugIn::readRegistry());
+    }
+    if (isValid()) {
+        setValid(PlugIn::setEDRContainerIndices());
+    }
+    if (isValid()) {
+        setValid(initServiceFieldMap());
+    }
+    cbdRecordTypes.append(defaultRecordType);
+    ratePlanTypes.append(defaultRatePlanType);
+    currentObjects.append(0);
+    currentObjects.append(0);
+}
+
+PlugIn::~PlugIn() {
+    eventMap.clear();
+    eventQueue.clear();
+}
+
+bool PlugIn::isValid() const {
+    std::lock_guard const guard(isValidLockerCM);
+    return isValidM;
+}
+
+void PlugIn::setValid(bool valid) {
+    std::lock_guard const guard(isValidLockerCM);
+    isValidM = valid;
+}
+
+BAS::String PlugIn::ownName() const {
+    std::lock_guard const guard(nameLockerCM);
+    return nameM;
+}
+
+void PlugIn::recordAndLog(BAS::String const& messageName, BAS::Status::Severity severity,
+                          BAS::String const& argument) {
+    BAS::Status recorded;
+    {
+        std::lock_guard const guard(statusLockerCM);
+        statusM.set(ownName(), messageName, severity, argument);
+        recorded = statusM;
+    }
+    writeLog(recorded);
+}
+
+void PlugIn::reportThrown(BAS::Status status, bool log) {
+    status.setObjectName(ownName());
+    setStatus(status, log);
+    writeToPipelineLog(status);
+}
+
+// ---- Start-up: registry ------------------------------------------------------------------------
+
+BAS::RegisteredObject* PlugIn::findRegisteredObject(BAS::String const& reference) {
+    if (auto* const named = find(reference + moduleSuffix)) {
+        return named;
+    }
+    BAS::String rootName;
+    {
+        std::lock_guard const guard(rootNameLockerCM);
+        rootName = rootNameCM;
+    }
+    if (auto* const pooled = find(rootName + "." + dataPoolName + "." + reference + moduleSuffix)) {
+        return pooled;
+    }
+    setStatus("ERR_DATA_PLUGIN_NOT_FOUND", severityCritical, reference, true);
+    return nullptr;
+}
+
+// Without an entry the module stays null.
+template <class Module>
+bool PlugIn::bindDataModule(BAS::RegistryEntry const* entry, Module*& module, ErrorForm errorForm) {
+    module = nullptr;
+    if (entry == nullptr) {
+        return true;
+    }
+    module = dynamic_cast<Module*>(findRegisteredObject(entry->value()));
+    if (module != nullptr) {
+        return true;
+    }
+    if (errorForm == ErrorForm::statusThenLog) {
+        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value());
+    } else {
+        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value(), true);
+    }
+    return false;
+}
+
+namespace {
+
+// Appends the pieces of a comma-separated value, but for the default, which has its place at the
+// end of the list.
+void appendConfiguredTypes(BAS::RegistryEntry const* entry, BAS::String const& defaultType,
+                           RWTValOrderedVector<BAS::String>& types) {
+    if (entry == nullptr) {
+        return;
+    }
+    auto const pieces = entry->value().split(',');
+    for (std::size_t i = 0; i < pieces.entries(); ++i) {
+        if (pieces[i] != defaultType) {
+            types.append(pieces[i]);
+        }
+    }
+}
+
+} // namespace
+
+bool PlugIn::readRegistry() {
+    auto const* const subtree = registry();
+    if (subtree == nullptr) {
+        recordAndLog("ERR_REG_SUBTREE_NOT_FOUND", severityCritical, ownName());
+        return false;
+    }
+    if (!bindDataModule(subtree->find("DiscountDataModule"), discountDataModule,
+                        ErrorForm::statusThenLog) ||
+        !bindDataModule(subtree->find("BalanceDataModule"), balanceDataModule,
+                        ErrorForm::statusThenLog)) {
+        return false;
+    }
+    BAS::String const accountKey("AccountDataModule");
+    auto const* const accountEntry = subtree->find(accountKey);
+    if (accountEntry == nullptr) {
+        recordAndLog("ERR_REG_ENTRY_NOT_FOUND", severityCritical, accountKey);
+        return false;
+    }
+    if (!bindDataModule(accountEntry, accountDataModule, ErrorForm::statusThenLog)) {
+        return false;
+    }
+    accountDatabase = accountDataModule->database();
+    if (!bindDataModule(subtree->find("RateplanDataModule"), rateplanDataModule,
+                        ErrorForm::setStatus) ||
+        !bindDataModule(subtree->find("PriceDataModule"), priceDataModule, ErrorForm::setStatus)) {
+        return false;
+    }
+    appendConfiguredTypes(subtree->find("ChargeBreakDownRecordType"), defaultRecordType,
+                          cbdRecordTypes);
+    appendConfiguredTypes(subtree->find("RatePlanType"), defaultRatePlanType, ratePlanTypes);
+    unsigned long configuredEvents = defaultNumberOfEvents;
+    if (auto const* const entry = subtree->find("NumberOfEvents")) {
+        entry->value().toNum(configuredEvents);
+    }
+    numberOfEvents = configuredEvents;
+    return true;
+}
+
+// ---- Start-up: EDR fields ----------------------------------------------------------------------
+
+namespace {
+
+template <class Handle, class Handles>
+struct Binding {
+    Handle Handles::*handle;
+    std::string_view path;
+    std::string_view alias;
+};
+
+// Each handle of the set stands in exactly one binding, and each path in one.
+template <class Handle, class Handles, std::size_t count>
+constexpr bool bindsEachOnce(Binding<Handle, Handles> const (&bindings)[count]) {
+    static_assert(sizeof(Handles) == count * sizeof(Handle), "a handle has no binding");
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (bindings[i].handle == bindings[j].handle || bindings[i].path == bindings[j].path) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool PlugIn::setEDRContainerIndices() {
+    using Fields = FieldHandles;
+    using Blocks = BlockHandles;
+    // In the order of the look-ups. The aliases are those of the EDR description, irregular ones
+    // included.
+    static constexpr Binding<EDR::Index, Fields> fieldBindings[] = {
+        {&Fields::idxANumber, "DETAIL.A_NUMBER", "A_NUMBER"},
+        {&Fields::idxBNumber, "DETAIL.B_NUMBER", "B_NUMBER"},
+        {&Fields::idxInternServiceCode, "DETAIL.INTERN_SERVICE_CODE", "INTERN_SERVICE_CODE"},
+        {&Fields::idxServiceType, "DETAIL.SERVICE_TYPE", "SERVICE_TYPE"},
+        {&Fields::idxEventType, "DETAIL.EVENT_TYPE", "EVENT_TYPE"},
+        {&Fields::idxConnectSubType, "DETAIL.CONNECT_SUB_TYPE", "CONNECT_SUB_TYPE"},
+        {&Fields::idxUtcTimeOffset, "DETAIL.UTC_TIME_OFFSET", "BDR_UTC_TIME_OFFSET"},
+        {&Fields::idxBalanceGroupId, "DETAIL.INTERN_BALANCE_GROUP_ID", "BAL_GRP_ID"},
+        {&Fields::idxItemTag, "DETAIL.ITEM_TAG", "ITEM_TAG"},
+        {&Fields::idxObjectCacheType, "DETAIL.OBJECT_CACHE_TYPE", "DETAIL_OBJECT_CACHE_TYPE"},
+        {&Fields::idxFoundPPIndex, "DETAIL.CUST_A.INTERN_FOUND_PP_INDEX", ""},
+        {&Fields::idxProductServiceType, "DETAIL.CUST_A.PRODUCT.SERVICE_TYPE", ""},
+        {&Fields::idxProductServiceId, "DETAIL.CUST_A.PRODUCT.SERVICE_ID", ""},
+        {&Fields::idxAccountParentId, "DETAIL.CUST_A.ACCOUNT_PARENT_ID", ""},
+        {&Fields::idxChargingStart, "DETAIL.CHARGING_START_TIMESTAMP", "CHARGING_START_TIMESTAMP"},
+        {&Fields::idxChargingEnd, "DETAIL.CHARGING_END_TIMESTAMP", "CHARGING_END_TIMESTAMP"},
+        {&Fields::idxCbdRecordType, "DETAIL.ASS_CBD.RECORD_TYPE", "ASS_CBD_RECORD_TYPE"},
+        {&Fields::idxCpRateplanType, "DETAIL.ASS_CBD.CP.RATEPLAN_TYPE", "RATEPLAN_TYPE"},
+        {&Fields::idxCpRateplanCode, "DETAIL.ASS_CBD.CP.RATEPLAN_CODE", "RATEPLAN_CODE"},
+        {&Fields::idxCpPricemodelCode, "DETAIL.ASS_CBD.CP.PRICEMODEL_CODE", "PRICEMODEL_CODE"},
+        {&Fields::idxCpPricemodelType, "DETAIL.ASS_CBD.CP.PRICEMODEL_TYPE", "PRICEMODEL_TYPE"},
+        {&Fields::idxCpInternRateplan, "DETAIL.ASS_CBD.CP.INTERN_RATEPLAN", "INTERN_RATEPLAN"},
+        {&Fields::idxCpInternRateplanVersion, "DETAIL.ASS_CBD.CP.INTERN_RATEPLAN_VERSION",
+         "INTERN_RATEPLAN_VERSION"},
+        {&Fields::idxCpImpactCategory, "DETAIL.ASS_CBD.CP.IMPACT_CATEGORY", "IMPACT_CATEGORY"},
+        {&Fields::idxCpServiceCodeUsed, "DETAIL.ASS_CBD.CP.SERVICE_CODE_USED", "SERVICE_CODE_USED"},
+        {&Fields::idxCpServiceClassUsed, "DETAIL.ASS_CBD.CP.SERVICE_CLASS_USED",
+         "SERVICE_CLASS_USED"},
+        {&Fields::idxDlBalanceGroupId, "DETAIL.CUST_A.DL.BALANCE_GROUP_ID",
+         "CUSTA_DL_BALANCE_GROUP_ID"},
+        {&Fields::idxDlDiscountOwnerAcctId, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_ACCT_ID",
+         "CUSTA_DL_DISCOUNT_OWNER_ACCT_ID"},
+        {&Fields::idxDlDiscountOwnerId, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_ID",
+         "CUSTA_DL_DISCOUNT_OWNER_ID"},
+        {&Fields::idxDlDiscountOwnerType, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_TYPE",
+         "CUSTA_DL_DISCOUNT_OWNER_TYPE"},
+        {&Fields::idxPdDiscountModel, "DETAIL.CUST_A.DL.PD.DISCOUNT_MODEL",
+         "CUSTA_DL_PD_DISCOUNT_MODEL"},
+        {&Fields::idxPdDiscountId, "DETAIL.CUST_A.DL.PD.DISCOUNT_ID", "CUSTA_DL_PD_DISCOUNT_ID"},
+        {&Fields::idxSlBalanceGroupId, "DETAIL.CUST_A.SL.BALANCE_GROUP_ID",
+         "CUSTA_SL_BALANCE_GROUP_ID"},
+        {&Fields::idxSlSponsorOwnerAcctId, "DETAIL.CUST_A.SL.SPONSOR_OWNER_ACCT_ID",
+         "CUSTA_SL_SPONSOR_OWNER_ACCT_ID"},
+        {&Fields::idxSlSponsorOwnerId, "DETAIL.CUST_A.SL.SPONSOR_OWNER_ID",
+         "CUSTA_SL_SPONSOR_SPONSOR_OWNER_ID"},
+        {&Fields::idxSlSponsorOwnerType, "DETAIL.CUST_A.SL.SPONSOR_OWNER_TYPE",
+         "CUSTA_SL_SPONSOR_SPONSOR_OWNER_TYPE"},
+        {&Fields::idxSdDiscountModel, "DETAIL.CUST_A.SL.SD.DISCOUNT_MODEL",
+         "CUSTA_SL_SD_DISCOUNT_MODEL"},
+        {&Fields::idxSdSponsorshipId, "DETAIL.CUST_A.SL.SD.SPONSORSHIP_ID",
+         "CUSTA_SL_SD_SPONSORSHIP_ID"},
+    };
+    static constexpr Binding<EDR::BlockIndex, Blocks> blockBindings[] = {
+        {&Blocks::blkAssCbd, "DETAIL.ASS_CBD", "ASS_CBD"},
+        {&Blocks::blkCbdCp, "DETAIL.ASS_CBD.CP", "ASS_CBD_CHARGE_PACKET"},
+        {&Blocks::blkCbdDp, "DETAIL.ASS_CBD.DP", "ASS_CBD_CHARGE_PACKET_DISCOUNT_PACKET"},
+        {&Blocks::blkDpSubBalance, "DETAIL.ASS_CBD.DP.SUB_BALANCE", "ASS_CBD_CHARGE_PACKET_DPSB"},
+        {&Blocks::blkCustADl, "DETAIL.CUST_A.DL", "CustA_DL_PD"},
+        {&Blocks::blkDlPd, "DETAIL.CUST_A.DL.PD", "CustA_DL_PD"},
+        {&Blocks::blkCustASl, "DETAIL.CUST_A.SL", "CustA_DL_PD"},
+        {&Blocks::blkSlSd, "DETAIL.CUST_A.SL.SD", "CustA_DL_PD"},
+    };
+    static_assert(bindsEachOnce(fieldBindings) && bindsEachOnce(blockBindings));
+
+    BAS::String directory;
+    {
+        std::lock_guard const guard(dirNameLockerCM);
+        directory = dirName(ownName());
+    }
+    BAS::String const moduleReference = PBC::ModuleReference(directory);
+    try {
+        for (auto const& binding : fieldBindings) {
+            fields.*binding.handle = edrFactoryM->getIndex(
+                moduleName, BAS::String(binding.path), BAS::String(binding.alias), moduleReference);
+        }
+        for (auto const& binding : blockBindings) {
+            blocks.*binding.handle = edrFactoryM->getBlockIndex(
+                moduleName, BAS::String(binding.path), BAS::String(binding.alias), moduleReference);
+        }
+    } catch (BAS::Status const& notFound) {
+        reportThrown(notFound, true);
+        return false;
+    }
+    return bindIterators();
+}
+
+bool PlugIn::bindIterators() {
+    struct {
+        EDR::Iterator& iterator;
+        EDR::BlockIndex const& block;
+    } const iteratorBindings[] = {
+        {itCbdCp, blocks.blkCbdCp}, {itDlPd, blocks.blkDlPd}, {itSlSd, blocks.blkSlSd}};
+    for (auto const& binding : iteratorBindings) {
+        if (!binding.iterator.setIndex(binding.block)) {
+            BAS::String blockName;
+            edrFactoryM->getBlockIndexName(binding.block, blockName);
+            setStatus("ERR_INIT_EDR_ITERATOR", severityError, blockName, true);
+            return false;
+        }
+    }
+    return true;
+}
+
+// ---- Start-up: the customer fields of each service ---------------------------------------------
+
+namespace {
+
+BAS::String const accountCustomerA("Account_CustA");
+BAS::String const uniDataCustomerA("UniData_CustA");
+BAS::String const accountCustomerB("Account_CustB");
+BAS::String const uniDataCustomerB("UniData_CustB");
+
+} // namespace
+
+RWDBReader PlugIn::selectServiceFields(BAS::String const& pipelineName) const {
+    auto const database = accountDatabase->connection().database();
+    auto const pipelines = database.table("KWL_PIPELINE");
+    auto const aliases = database.table("KWL_ALIAS_MAP");
+    auto const edrFields = database.table("KWL_EDRC_FIELD");
+    auto const reference = aliases["REFERENCE"];
+    auto selector = database.selector();
+    selector << aliases["KEY_ID"] << reference << edrFields["FIELD_NAME"];
+    selector.where((((pipelines["PIPELINE"] == pipelineName) &&
+                     (pipelines["EDRC_DESC"] == aliases["EDRC_DESC"])) &&
+                    (aliases["FIELD_ID"] == edrFields["FIELD_ID"])) &&
+                   ((((reference == accountCustomerA) || (reference == uniDataCustomerA)) ||
+                     (reference == accountCustomerB)) ||
+                    (reference == uniDataCustomerB)));
+    return selector.reader();
+}
+
+bool PlugIn::initServiceFieldMap() {
+    auto const pipeline = superName("Pipelines");
+    auto const lastDot = viewOf(pipeline).rfind('.');
+    if (lastDot == std::string_view::npos) {
+        return false;
+    }
+    if (accountDatabase == nullptr) {
+        recordAndLog("ERR_DATABASE", severityCritical,
+                     "the account data module has no database connection");
+        return false;
+    }
+    BAS::String const pipelineName(viewOf(pipeline).substr(lastDot + 1));
+    auto reader = selectServiceFields(pipelineName);
+    bool anyRow = false;
+    BAS::String serviceCode;
+    BAS::String reference;
+    BAS::String fieldName;
+    while (reader()) {
+        reader >> serviceCode >> reference >> fieldName;
+        if (!reader.isValid()) {
+            break;
+        }
+        anyRow = true;
+        try {
+            if (!addServiceField(serviceCode, reference, fieldName)) {
+                return false;
+            }
+        } catch (BAS::Status const& fieldNotFound) {
+            reportThrown(fieldNotFound, false);
+            return false;
+        }
+    }
+    if (!reader.isValid()) {
+        recordAndLog("ERR_DATABASE", severityCritical,
+                     DBC::DatabasePlugIn::errorMessage(reader.status()));
+        return false;
+    }
+    if (!anyRow) {
+        setStatus("ERR_EMPTY_SERVICE_FIELD_MAP", severityError, pipelineName, true);
+    }
+    return anyRow;
+}
+
+bool PlugIn::addServiceField(BAS::String const& serviceCode, BAS::String const& reference,
+                             BAS::String const& fieldName) {
+    auto* const entry = serviceEntry(serviceCode);
+    auto const field =
+        edrFactoryM->getIndex(moduleName, fieldName, BAS::NULL_STRING, BAS::NULL_STRING);
+    if (reference == accountCustomerA || reference == uniDataCustomerA) {
+        if (!entry->initAField(fieldName, field)) {
+            recordAndLog("ERR_EMPTY_SERVICE_FIELD_MAP", severityError,
+                         "Initialization of service->field map for custA entry failed");
+            return false;
+        }
+    } else if (!entry->initBField(fieldName, field)) {
+        setStatus("ERR_EMPTY_SERVICE_FIELD_MAP", severityError,
+                  "Initialization of service->field map for custB entry failed", true);
+        return false;
+    }
+    return true;
+}
+
+// Finds or makes the entry of a service. What is made here is never freed: it lives until the
+// process ends.
+FCT::Account::ServiceFieldMapEntry* PlugIn::serviceEntry(BAS::String const& serviceCode) {
+    auto const found = serviceFieldMap.find(&serviceCode);
+    if (found != serviceFieldMap.end()) {
+        return found->second;
+    }
+    auto entry = std::make_unique<FCT::Account::ServiceFieldMapEntry>(serviceCode);
+    auto key = std::make_unique<BAS::String>(serviceCode);
+    serviceFieldMap.emplace(key.get(), entry.get());
+    key.release();
+    return entry.release();
+}
+
+// ---- Capture -----------------------------------------------------------------------------------
+
+bool PlugIn::processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) {
+    if (!isValid()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < batch.entries(); ++i) {
+        if (batch[i]->recordKind() == detailRecordKind) {
+            capture(batch[i]);
+        }
+    }
+    return true;
+}
+
+void PlugIn::capture(EDR::Container* container) {
+    auto const startTime = getGMTStartTime(container);
+    auto const& serviceCode = container->getString(fields.idxInternServiceCode);
+    auto const service = serviceFieldMap.find(&serviceCode);
+    if (service == serviceFieldMap.end() || service->second == nullptr ||
+        !service->second->aField().isValid()) {
+        return;
+    }
+    auto const& identifier = container->getString(service->second->aField());
+    // Read like every head field of an event, and not kept: the product's service type is.
+    static_cast<void>(container->getString(fields.idxServiceType));
+    auto const& eventType = container->getString(fields.idxEventType);
+    auto const balanceGroupId = objectNumber(container->getString(fields.idxBalanceGroupId));
+    currentObjects[productPosition] = container->getLong(fields.idxFoundPPIndex);
+    auto const& serviceType = container->getString(fields.idxProductServiceType, currentObjects);
+    auto const serviceId =
+        objectNumber(container->getString(fields.idxProductServiceId, currentObjects));
+    auto const accountId =
+        objectNumber(container->getString(fields.idxAccountParentId, currentObjects));
+
+    auto const* const key = checkUniquenessInQueue({identifier, serviceCode});
+    EventDetailRecord* record = nullptr;
+    if (key == nullptr || !checkForEventAllocation(key, record) || record == nullptr) {
+        return;
+    }
+    record->accountInfo.accountId = accountId;
+    record->accountInfo.balanceGroupId = balanceGroupId;
+    record->serviceType = serviceType;
+    record->serviceId = serviceId;
+    record->serviceCode = serviceCode;
+    record->chargingStartTime = startTime;
+    record->identifier = identifier;
+    record->eventType = eventType;
+    populateDiscAndSpon(container, key, record);
+    populateProductInfo(container, key, record);
+}
+
+EventKey const* PlugIn::checkUniquenessInQueue(EventKey const& key) {
+    if (eventQueue.entries() == 0 && numberOfEvents == 0) {
+        eventQueue.pushFront(nullptr);
+        return nullptr;
+    }
+    if (auto const found = eventQueue.find(key); found != eventQueue.end()) {
+        eventQueue.moveToFront(found);
+        return *found;
+    }
+    if (eventQueue.entries() < numberOfEvents) {
+        return addNewKey(key);
+    }
+    auto const* const oldest = eventQueue.remove(eventQueue.back());
+    if (oldest != nullptr) {
+        eventMap.rename(oldest, key);
+    }
+    eventQueue.pushFront(oldest);
+    return oldest;
+}
+
+EventKey const* PlugIn::addNewKey(EventKey const& key) {
+    auto const* const added = eventMap.add(key);
+    try {
+        eventQueue.pushFront(added);
+    } catch (...) {
+        eventMap.remove(added);
+        throw;
+    }
+    return added;
+}
+
+bool PlugIn::checkForEventAllocation(EventKey const* key, EventDetailRecord*& record) {
+    record = eventMap.find(*key);
+    if (record != nullptr) {
+        record->prepareForRefill();
+    } else {
+        record = eventMap.createRecord(*key);
+    }
+    return true;
+}
+
+unsigned long PlugIn::getGMTStartTime(EDR::Container const* container) const {
+    int offset = 0;
+    container->getString(fields.idxUtcTimeOffset).toNum(offset);
+    auto const chargingStart = container->getDateTime(fields.idxChargingStart);
+    unsigned long seconds = 0;
+    chargingStart.adjustTimezone(chargingStart.seconds(), seconds, RWZone::utc(), false);
+    return unixSeconds(seconds) - static_cast<unsigned long>(offsetSeconds(offset));
+}
+
+void PlugIn::applyUTCOffset(BAS::DateTime& dateTime, EDR::Container const* container) const {
+    long offset = 0;
+    BAS::String::localeCM.stringToNum(container->getString(fields.idxUtcTimeOffset), &offset);
+    unsigned long seconds = 0;
+    dateTime.adjustTimezone(dateTime.seconds(), seconds, RWZone::utc(), false);
+    auto const gmt = unixSeconds(seconds) + BAS::DateTime::rwToUnixSecsCM -
+                     static_cast<unsigned long>(offsetSeconds(offset));
+    dateTime.adjustTimezone(gmt, seconds, RWZone::utc(), true);
+    dateTime.seconds(seconds);
+}
+
+bool PlugIn::populateDiscAndSpon(EDR::Container* container, EventKey const* /*key*/,
+                                 EventDetailRecord* record) {
+    return populateDiscounts(container, record) && populateSponsorships(container, record);
+}
+
+bool PlugIn::populateDiscounts(EDR::Container* container, EventDetailRecord* record) {
+    OwnerFields const ownerFields{fields.idxDlBalanceGroupId, fields.idxDlDiscountOwnerAcctId,
+                                  fields.idxDlDiscountOwnerId, fields.idxDlDiscountOwnerType};
+    if (!itDlPd.reset(container)) {
+        return false;
+    }
+    while (itDlPd(blocks.blkCustADl)) {
+        auto const owner = readOwner(itDlPd, ownerFields);
+        bool const own = owner.accountId == record->accountInfo.accountId;
+        auto* const shared = own ? nullptr : &record->sharingMap[owner];
+        while (itDlPd(blocks.blkDlPd)) {
+            auto const& model = itDlPd.getString(fields.idxPdDiscountModel);
+            auto const id = objectNumber(itDlPd.getString(fields.idxPdDiscountId));
+            if (own) {
+                record->accountInfo.ownDiscounts.append(OwnDiscountInfo(id, model));
+            } else {
+                shared->append(SharedItemInfo(id, model, SharingTypeDiscount));
+            }
+        }
+    }
+    return true;
+}
+
+// The sponsor blocks are walked by the sponsorship iterator and read through the discount iterator:
+// a field is read at the cursor of its own block kind, whichever iterator asks.
+bool PlugIn::populateSponsorships(EDR::Container* container, EventDetailRecord* record) {
+    OwnerFields const ownerFields{fields.idxSlBalanceGroupId, fields.idxSlSponsorOwnerAcctId,
+                                  fields.idxSlSponsorOwnerId, fields.idxSlSponsorOwnerType};
+    if (!itSlSd.reset(container)) {
+        return false;
+    }
+    while (itSlSd(blocks.blkCustASl)) {
+        auto const owner = readOwner(itDlPd, ownerFields);
+        // What an account sponsors for itself is not recorded.
+        bool const own = owner.accountId == record->accountInfo.accountId;
+        auto* const shared = own ? nullptr : &record->sharingMap[owner];
+        while (itSlSd(blocks.blkSlSd)) {
+            auto const& model = itDlPd.getString(fields.idxSdDiscountModel);
+            auto const id = objectNumber(itDlPd.getString(fields.idxSdSponsorshipId));
+            if (!own) {
+                shared->append(SharedItemInfo(id, model, SharingTypeSponsor));
+            }
+        }
+    }
+    return true;
+}
+
+SharingAccountInfo PlugIn::readOwner(EDR::Iterator const& iterator, OwnerFields const& from) {
+    SharingAccountInfo owner;
+    owner.balanceGroupId = objectNumber(iterator.getString(from.balanceGroupId));
+    owner.accountId = objectNumber(iterator.getString(from.accountId));
+    owner.ownerId = objectNumber(iterator.getString(from.ownerId));
+    owner.ownerType = iterator.getString(from.ownerType);
+    return owner;
+}
+
+bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*key*/,
+                                 EventDetailRecord* record) {
+    if (!itCbdCp.reset(container)) {
+        return false;
+    }
+    auto& product = record->accountInfo.productInfo;
+    while (itCbdCp(blocks.blkAssCbd)) {
+        if (!contains(cbdRecordTypes, itCbdCp.getString(fields.idxCbdRecordType))) {
+            continue;
+        }
+        while (itCbdCp(blocks.blkCbdCp)) {
+            if (!contains(ratePlanTypes, itCbdCp.getString(fields.idxCpRateplanType))) {
+                continue;
+            }
+            product.name = itCbdCp.getString(fields.idxCpRateplanCode);
+            product.internalRatePlan = itCbdCp.getString(fields.idxCpInternRateplan);
+            product.ratePlanVersion = itCbdCp.getLong(fields.idxCpInternRateplanVersion);
+            product.impactCategory = itCbdCp.getString(fields.idxCpImpactCategory);
+            product.serviceCodeUsed = itCbdCp.getString(fields.idxCpServiceCodeUsed);
+            product.serviceClassUsed = itCbdCp.getString(fields.idxCpServiceClassUsed);
+            product.priceModelCodes.append(itCbdCp.getString(fields.idxCpPricemodelCode));
+            // The price model's type is looked at and decides nothing: a packet of any type counts.
+            auto const& type = itCbdCp.getString(fields.idxCpPricemodelType);
+            static_cast<void>(
+                std::find(std::begin(priceModelTypes), std::end(priceModelTypes), type));
+        }
+    }
+    return true;
+}
+
+// ---- Commands ----------------------------------------------------------------------------------
+
+namespace {
+
+void setDone(BAS::ProtectedBool& workDone) {
+    if (!workDone.value()) {
+        workDone.set(true);
+    }
+}
+
+} // namespace
+
+// A file that can't be opened absorbs the report without a word.
+template <class Writer>
+bool PlugIn::writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone, Writer writer) {
+    if (path.length() == 0) {
+        BAS::Status status("ERR_REG_VALUE_INVALID", severityCritical, BAS::NULL_STRING);
+        status.arguments().append("Event file name not specified.");
+        setStatus(status, true);
+        setDone(workDone);
+        return false;
+    }
+    std::ofstream file(path.data());
+    (this->*writer)(file);
+    setDone(workDone);
+    return true;
+}
+
+bool PlugIn::registryUpdate(BAS::RegistryEntry const* update, BAS::ProtectedBool& workDone) {
+    if (registry() == nullptr || update == nullptr) {
+        recordAndLog("ERR_REG_UPDATE_FAILED", severityCritical, ownName());
+        return false;
+    }
+    if (auto const* const entry = update->find("DumpEvents")) {
+        return writeDumpFile(entry->value(), workDone, &PlugIn::dumpAllEvents);
+    }
+    if (update->find("ClearData") != nullptr) {
+        eventMap.clear();
+        eventQueue.clear();
+    }
+    setDone(workDone);
+    return true;
+}
+
+// ---- The report of captured events -------------------------------------------------------------
+
+namespace {
+
+constexpr char const* eventSeparator =
+    "----------------------------------------------------------------------";
+
+void writeEventRows(std::ostream& out, EventDetailRecord const& record) {
+    out << "Event Service Id         = " << record.serviceId << std::endl;
+    out << "Event Service Type       = " << record.serviceType << std::endl;
+    out << "Event Event Type         = " << record.eventType << std::endl;
+    out << "Charging Start Time Stamp= " << record.chargingStartTime << std::endl;
+    out << "Event Account id         = " << record.accountInfo.accountId << std::endl;
+    out << "Event Balance Group id   = " << record.accountInfo.balanceGroupId << std::endl;
+}
+
+void writePriceModelCodes(std::ostream& out, char const* label, ProductInfo const& product) {
+    out << label;
+    for (std::size_t i = 0; i < product.priceModelCodes.entries(); ++i) {
+        out << product.priceModelCodes[i] << "   ";
+    }
+    out << std::endl;
+}
+
+void writeOwnDiscount(std::ostream& out, OwnDiscountInfo const& discount) {
+    out << "    Discount Object id    : " << discount.objectId << std::endl;
+    out << "    Discount model name   : " << discount.name << std::endl;
+}
+
+void writeSharingOwner(std::ostream& out, SharingAccountInfo const& owner) {
+    out << "\n    Sharing owner info:" << std::endl;
+    out << "\n    Account id : " << owner.accountId << std::endl;
+    out << "\n    Owner id   : " << owner.ownerId << std::endl;
+    out << "\n    Owner Type : " << owner.ownerType << std::endl;
+    out << "\n    BalGrp id  : " << owner.balanceGroupId << std::endl;
+}
+
+void writeSharedItem(std::ostream& out, SharedItemInfo const& item) {
+    out << "     Discount/Sponsorship Object id    : " << item.objectId << std::endl;
+    out << "     Discount/Sponsorship model name   : " << item.name << std::endl;
+}
+
+void writeRecord(std::ostream& out, EventDetailRecord const& record) {
+    writeEventRows(out, record);
+    out << "\n\n  Used Rating product info:" << std::endl;
+    out << "    Used Rate Plan code   : " << record.accountInfo.productInfo.name << std::endl;
+    writePriceModelCodes(out, "    Used Price model codes: ", record.accountInfo.productInfo);
+    out << "\n\n  Event's own Discount:" << std::endl;
+    for (std::size_t i = 0; i < record.accountInfo.ownDiscounts.entries(); ++i) {
+        writeOwnDiscount(out, record.accountInfo.ownDiscounts[i]);
+    }
+    out << "\n\n  DiscountSharing & Sponsorship:" << std::endl;
+    for (auto const& [owner, items] : record.sharingMap) {
+        writeSharingOwner(out, owner);
+        for (std::size_t i = 0; i < items.entries(); ++i) {
+            writeSharedItem(out, items[i]);
+        }
+    }
+}
+
+} // namespace
+
+// Calls the writer with each key and its record, which may be null, from the back of the queue to
+// its front. An empty entry ends the walk.
+template <class EventWriter>
+void PlugIn::forEachEventFromOldest(EventWriter writeEvent) {
+    dumpCounter = static_cast<long>(eventQueue.entries());
+    auto position = eventQueue.end();
+    while (dumpCounter > 0) {
+        --dumpCounter;
+        auto const* const key = *--position;
+        if (key == nullptr) {
+            return;
+        }
+        writeEvent(*key, eventMap.find(*key));
+    }
+}
+
+void PlugIn::dumpAllEvents(std::ostream& out) {
+    forEachEventFromOldest([&](EventKey const& key, EventDetailRecord const* record) {
+        out << eventSeparator << std::endl;
+        out << "Event type= Identifier=" << key.first << "   Service Code = " << key.second
+            << std::endl;
+        if (record != nullptr) {
+            writeRecord(out, *record);
+        }
+        out << eventSeparator << std::endl;
+    });
+}
+
+} // namespace FCT::DataDump
+
+// The host's way in: builds the plug-in of that registry name and hands it over.
+extern "C" __attribute__((visibility("default"))) BAS::RegisteredObject*
+FCT_DataDumpModuleStart(BAS::String const& name) {
+    return new FCT::DataDump::PlugIn(name, FCT::DataDump::moduleVersion);
+}
