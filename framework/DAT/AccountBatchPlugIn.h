@@ -15,6 +15,7 @@ namespace DAT::Account {
 class BatchPlugIn : public PLG::StdPlugIn {
 public:
     using StdPlugIn::StdPlugIn;
+    ~BatchPlugIn() override;
 
     // The database connection module; null while the module is not usable. Not owned.
     virtual DBC::DatabasePlugIn* database() const = 0;

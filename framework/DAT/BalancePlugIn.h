@@ -11,6 +11,7 @@ namespace DAT::Balance {
 class PlugIn : public PLG::StdPlugIn {
 public:
     using StdPlugIn::StdPlugIn;
+    ~PlugIn() override;
 
     // Writes the balances that memory holds for each balance group, in the order of the list. The
     // first value is written with the stream's fill and width.

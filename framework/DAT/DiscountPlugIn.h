@@ -13,6 +13,7 @@ namespace DAT::Discount {
 class PlugIn : public PLG::StdPlugIn {
 public:
     using StdPlugIn::StdPlugIn;
+    ~PlugIn() override;
 
     virtual void
     getDiscountObjectDataDump(std::ostream& out,

@@ -11,6 +11,7 @@ namespace DAT::Rating {
 class PricePlugIn : public PLG::StdPlugIn {
 public:
     using StdPlugIn::StdPlugIn;
+    ~PricePlugIn() override;
 
     // Writes the price models that memory holds, in the order of the list. The first value is
     // written with the stream's fill and width.

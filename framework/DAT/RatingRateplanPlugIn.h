@@ -10,6 +10,7 @@ namespace DAT::Rating {
 class RateplanPlugIn : public PLG::StdPlugIn {
 public:
     using StdPlugIn::StdPlugIn;
+    ~RateplanPlugIn() override;
 
     // Writes the version of a rate plan that memory holds, with the entries that apply to the
     // service code, service class and impact category. The first value is written with the stream's

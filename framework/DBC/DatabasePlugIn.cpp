@@ -4,6 +4,9 @@
 
 namespace DBC {
 
+// Here and not inline, so that the type information is the framework's: one copy for all modules.
+DatabasePlugIn::~DatabasePlugIn() = default;
+
 BAS::String DatabasePlugIn::errorMessage(RWDBStatus const& status) {
     auto text = status.message().str();
     // Drivers end their texts with a line end and put more of them inside.

@@ -9,6 +9,7 @@ namespace DBC {
 class DatabasePlugIn : public BAS::RegisteredObject {
 public:
     using RegisteredObject::RegisteredObject;
+    ~DatabasePlugIn() override;
 
     // A connection of the caller's own, open until the caller lets go of it and of what was made
     // from it; not valid when the database can't be reached. Any thread.
