@@ -1,0 +1,50 @@
+# The commands of this project; `make help` lists them. CMake does the building.
+
+.PHONY: help build demo test golden format tidy clean packages
+.DEFAULT_GOAL := help
+
+SOURCES = $(shell git ls-files '*.cpp' '*.h')
+
+help: ## what can be made
+	@sed -n 's/^\([a-z]*\):.*## \(.*\)/  make \1\t\2/p' Makefile | expand -t 16
+
+packages:
+	@tools/install-packages
+
+# The programs only; `make test` builds the tests besides.
+build: packages ## build the plug-in, the data modules and pipeline-host into build/release
+	@cmake --preset release -Wno-dev --log-level=WARNING
+	@cmake --build --preset release --target DataDump/all modules/all host/all
+
+demo: build ## run the demo and print both reports
+	@tools/run-demo build/release build/demo
+	@printf '\n==== DumpEvents: what was captured ====\n\n'
+	@cat build/demo/events.txt
+	@printf '\n==== Dump: what the data modules hold for it ====\n\n'
+	@cat build/demo/dump.txt
+
+test: packages ## build everything and run all tests, plainly and under the sanitizers
+	cmake --preset release -Wno-dev --log-level=WARNING
+	cmake --build --preset release
+	cmake --preset asan -Wno-dev --log-level=WARNING
+	cmake --build --preset asan
+	ctest --preset release
+	ctest --preset asan
+
+golden: build ## run the demo, show what differs from the expected reports, and take it over
+	@tools/run-demo build/release build/golden
+	@for report in events.txt dump.txt; do \
+	    diff -uN tests/golden/$$report build/golden/$$report; \
+	    cp build/golden/$$report tests/golden/$$report; \
+	done
+
+format: ## format all sources
+	@tools/install-packages clang-format
+	@clang-format -i $(SOURCES)
+
+tidy: build ## check all sources with clang-tidy
+	@tools/install-packages clang-tidy
+	@clang-tidy --quiet -p build/release $(filter-out tests/%,$(filter %.cpp,$(SOURCES)))
+
+clean: ## remove everything that was built
+	@rm -rf build
