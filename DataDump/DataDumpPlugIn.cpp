@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
+#include <iomanip>
 #include <limits>
 #include <ostream>
 #include <string_view>
@@ -362,78 +363,78 @@ constexpr bool bindsEachOnce(Binding<Handle, Handles> const (&bindings)[count]) 
     return true;
 }
 
+// In the order of the look-ups. The aliases are those of the EDR description, irregular ones
+// included.
+constexpr Binding<EDR::Index, FieldHandles> fieldBindings[] = {
+    {&FieldHandles::idxANumber, "DETAIL.A_NUMBER", "A_NUMBER"},
+    {&FieldHandles::idxBNumber, "DETAIL.B_NUMBER", "B_NUMBER"},
+    {&FieldHandles::idxInternServiceCode, "DETAIL.INTERN_SERVICE_CODE", "INTERN_SERVICE_CODE"},
+    {&FieldHandles::idxServiceType, "DETAIL.SERVICE_TYPE", "SERVICE_TYPE"},
+    {&FieldHandles::idxEventType, "DETAIL.EVENT_TYPE", "EVENT_TYPE"},
+    {&FieldHandles::idxConnectSubType, "DETAIL.CONNECT_SUB_TYPE", "CONNECT_SUB_TYPE"},
+    {&FieldHandles::idxUtcTimeOffset, "DETAIL.UTC_TIME_OFFSET", "BDR_UTC_TIME_OFFSET"},
+    {&FieldHandles::idxBalanceGroupId, "DETAIL.INTERN_BALANCE_GROUP_ID", "BAL_GRP_ID"},
+    {&FieldHandles::idxItemTag, "DETAIL.ITEM_TAG", "ITEM_TAG"},
+    {&FieldHandles::idxObjectCacheType, "DETAIL.OBJECT_CACHE_TYPE", "DETAIL_OBJECT_CACHE_TYPE"},
+    {&FieldHandles::idxFoundPPIndex, "DETAIL.CUST_A.INTERN_FOUND_PP_INDEX", ""},
+    {&FieldHandles::idxProductServiceType, "DETAIL.CUST_A.PRODUCT.SERVICE_TYPE", ""},
+    {&FieldHandles::idxProductServiceId, "DETAIL.CUST_A.PRODUCT.SERVICE_ID", ""},
+    {&FieldHandles::idxAccountParentId, "DETAIL.CUST_A.ACCOUNT_PARENT_ID", ""},
+    {&FieldHandles::idxChargingStart, "DETAIL.CHARGING_START_TIMESTAMP",
+     "CHARGING_START_TIMESTAMP"},
+    {&FieldHandles::idxChargingEnd, "DETAIL.CHARGING_END_TIMESTAMP", "CHARGING_END_TIMESTAMP"},
+    {&FieldHandles::idxCbdRecordType, "DETAIL.ASS_CBD.RECORD_TYPE", "ASS_CBD_RECORD_TYPE"},
+    {&FieldHandles::idxCpRateplanType, "DETAIL.ASS_CBD.CP.RATEPLAN_TYPE", "RATEPLAN_TYPE"},
+    {&FieldHandles::idxCpRateplanCode, "DETAIL.ASS_CBD.CP.RATEPLAN_CODE", "RATEPLAN_CODE"},
+    {&FieldHandles::idxCpPricemodelCode, "DETAIL.ASS_CBD.CP.PRICEMODEL_CODE", "PRICEMODEL_CODE"},
+    {&FieldHandles::idxCpPricemodelType, "DETAIL.ASS_CBD.CP.PRICEMODEL_TYPE", "PRICEMODEL_TYPE"},
+    {&FieldHandles::idxCpInternRateplan, "DETAIL.ASS_CBD.CP.INTERN_RATEPLAN", "INTERN_RATEPLAN"},
+    {&FieldHandles::idxCpInternRateplanVersion, "DETAIL.ASS_CBD.CP.INTERN_RATEPLAN_VERSION",
+     "INTERN_RATEPLAN_VERSION"},
+    {&FieldHandles::idxCpImpactCategory, "DETAIL.ASS_CBD.CP.IMPACT_CATEGORY", "IMPACT_CATEGORY"},
+    {&FieldHandles::idxCpServiceCodeUsed, "DETAIL.ASS_CBD.CP.SERVICE_CODE_USED",
+     "SERVICE_CODE_USED"},
+    {&FieldHandles::idxCpServiceClassUsed, "DETAIL.ASS_CBD.CP.SERVICE_CLASS_USED",
+     "SERVICE_CLASS_USED"},
+    {&FieldHandles::idxDlBalanceGroupId, "DETAIL.CUST_A.DL.BALANCE_GROUP_ID",
+     "CUSTA_DL_BALANCE_GROUP_ID"},
+    {&FieldHandles::idxDlDiscountOwnerAcctId, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_ACCT_ID",
+     "CUSTA_DL_DISCOUNT_OWNER_ACCT_ID"},
+    {&FieldHandles::idxDlDiscountOwnerId, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_ID",
+     "CUSTA_DL_DISCOUNT_OWNER_ID"},
+    {&FieldHandles::idxDlDiscountOwnerType, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_TYPE",
+     "CUSTA_DL_DISCOUNT_OWNER_TYPE"},
+    {&FieldHandles::idxPdDiscountModel, "DETAIL.CUST_A.DL.PD.DISCOUNT_MODEL",
+     "CUSTA_DL_PD_DISCOUNT_MODEL"},
+    {&FieldHandles::idxPdDiscountId, "DETAIL.CUST_A.DL.PD.DISCOUNT_ID", "CUSTA_DL_PD_DISCOUNT_ID"},
+    {&FieldHandles::idxSlBalanceGroupId, "DETAIL.CUST_A.SL.BALANCE_GROUP_ID",
+     "CUSTA_SL_BALANCE_GROUP_ID"},
+    {&FieldHandles::idxSlSponsorOwnerAcctId, "DETAIL.CUST_A.SL.SPONSOR_OWNER_ACCT_ID",
+     "CUSTA_SL_SPONSOR_OWNER_ACCT_ID"},
+    {&FieldHandles::idxSlSponsorOwnerId, "DETAIL.CUST_A.SL.SPONSOR_OWNER_ID",
+     "CUSTA_SL_SPONSOR_SPONSOR_OWNER_ID"},
+    {&FieldHandles::idxSlSponsorOwnerType, "DETAIL.CUST_A.SL.SPONSOR_OWNER_TYPE",
+     "CUSTA_SL_SPONSOR_SPONSOR_OWNER_TYPE"},
+    {&FieldHandles::idxSdDiscountModel, "DETAIL.CUST_A.SL.SD.DISCOUNT_MODEL",
+     "CUSTA_SL_SD_DISCOUNT_MODEL"},
+    {&FieldHandles::idxSdSponsorshipId, "DETAIL.CUST_A.SL.SD.SPONSORSHIP_ID",
+     "CUSTA_SL_SD_SPONSORSHIP_ID"},
+};
+constexpr Binding<EDR::BlockIndex, BlockHandles> blockBindings[] = {
+    {&BlockHandles::blkAssCbd, "DETAIL.ASS_CBD", "ASS_CBD"},
+    {&BlockHandles::blkCbdCp, "DETAIL.ASS_CBD.CP", "ASS_CBD_CHARGE_PACKET"},
+    {&BlockHandles::blkCbdDp, "DETAIL.ASS_CBD.DP", "ASS_CBD_CHARGE_PACKET_DISCOUNT_PACKET"},
+    {&BlockHandles::blkDpSubBalance, "DETAIL.ASS_CBD.DP.SUB_BALANCE", "ASS_CBD_CHARGE_PACKET_DPSB"},
+    {&BlockHandles::blkCustADl, "DETAIL.CUST_A.DL", "CustA_DL_PD"},
+    {&BlockHandles::blkDlPd, "DETAIL.CUST_A.DL.PD", "CustA_DL_PD"},
+    {&BlockHandles::blkCustASl, "DETAIL.CUST_A.SL", "CustA_DL_PD"},
+    {&BlockHandles::blkSlSd, "DETAIL.CUST_A.SL.SD", "CustA_DL_PD"},
+};
+static_assert(bindsEachOnce(fieldBindings) && bindsEachOnce(blockBindings));
+
 } // namespace
 
 bool PlugIn::setEDRContainerIndices() {
-    using Fields = FieldHandles;
-    using Blocks = BlockHandles;
-    // In the order of the look-ups. The aliases are those of the EDR description, irregular ones
-    // included.
-    static constexpr Binding<EDR::Index, Fields> fieldBindings[] = {
-        {&Fields::idxANumber, "DETAIL.A_NUMBER", "A_NUMBER"},
-        {&Fields::idxBNumber, "DETAIL.B_NUMBER", "B_NUMBER"},
-        {&Fields::idxInternServiceCode, "DETAIL.INTERN_SERVICE_CODE", "INTERN_SERVICE_CODE"},
-        {&Fields::idxServiceType, "DETAIL.SERVICE_TYPE", "SERVICE_TYPE"},
-        {&Fields::idxEventType, "DETAIL.EVENT_TYPE", "EVENT_TYPE"},
-        {&Fields::idxConnectSubType, "DETAIL.CONNECT_SUB_TYPE", "CONNECT_SUB_TYPE"},
-        {&Fields::idxUtcTimeOffset, "DETAIL.UTC_TIME_OFFSET", "BDR_UTC_TIME_OFFSET"},
-        {&Fields::idxBalanceGroupId, "DETAIL.INTERN_BALANCE_GROUP_ID", "BAL_GRP_ID"},
-        {&Fields::idxItemTag, "DETAIL.ITEM_TAG", "ITEM_TAG"},
-        {&Fields::idxObjectCacheType, "DETAIL.OBJECT_CACHE_TYPE", "DETAIL_OBJECT_CACHE_TYPE"},
-        {&Fields::idxFoundPPIndex, "DETAIL.CUST_A.INTERN_FOUND_PP_INDEX", ""},
-        {&Fields::idxProductServiceType, "DETAIL.CUST_A.PRODUCT.SERVICE_TYPE", ""},
-        {&Fields::idxProductServiceId, "DETAIL.CUST_A.PRODUCT.SERVICE_ID", ""},
-        {&Fields::idxAccountParentId, "DETAIL.CUST_A.ACCOUNT_PARENT_ID", ""},
-        {&Fields::idxChargingStart, "DETAIL.CHARGING_START_TIMESTAMP", "CHARGING_START_TIMESTAMP"},
-        {&Fields::idxChargingEnd, "DETAIL.CHARGING_END_TIMESTAMP", "CHARGING_END_TIMESTAMP"},
-        {&Fields::idxCbdRecordType, "DETAIL.ASS_CBD.RECORD_TYPE", "ASS_CBD_RECORD_TYPE"},
-        {&Fields::idxCpRateplanType, "DETAIL.ASS_CBD.CP.RATEPLAN_TYPE", "RATEPLAN_TYPE"},
-        {&Fields::idxCpRateplanCode, "DETAIL.ASS_CBD.CP.RATEPLAN_CODE", "RATEPLAN_CODE"},
-        {&Fields::idxCpPricemodelCode, "DETAIL.ASS_CBD.CP.PRICEMODEL_CODE", "PRICEMODEL_CODE"},
-        {&Fields::idxCpPricemodelType, "DETAIL.ASS_CBD.CP.PRICEMODEL_TYPE", "PRICEMODEL_TYPE"},
-        {&Fields::idxCpInternRateplan, "DETAIL.ASS_CBD.CP.INTERN_RATEPLAN", "INTERN_RATEPLAN"},
-        {&Fields::idxCpInternRateplanVersion, "DETAIL.ASS_CBD.CP.INTERN_RATEPLAN_VERSION",
-         "INTERN_RATEPLAN_VERSION"},
-        {&Fields::idxCpImpactCategory, "DETAIL.ASS_CBD.CP.IMPACT_CATEGORY", "IMPACT_CATEGORY"},
-        {&Fields::idxCpServiceCodeUsed, "DETAIL.ASS_CBD.CP.SERVICE_CODE_USED", "SERVICE_CODE_USED"},
-        {&Fields::idxCpServiceClassUsed, "DETAIL.ASS_CBD.CP.SERVICE_CLASS_USED",
-         "SERVICE_CLASS_USED"},
-        {&Fields::idxDlBalanceGroupId, "DETAIL.CUST_A.DL.BALANCE_GROUP_ID",
-         "CUSTA_DL_BALANCE_GROUP_ID"},
-        {&Fields::idxDlDiscountOwnerAcctId, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_ACCT_ID",
-         "CUSTA_DL_DISCOUNT_OWNER_ACCT_ID"},
-        {&Fields::idxDlDiscountOwnerId, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_ID",
-         "CUSTA_DL_DISCOUNT_OWNER_ID"},
-        {&Fields::idxDlDiscountOwnerType, "DETAIL.CUST_A.DL.DISCOUNT_OWNER_TYPE",
-         "CUSTA_DL_DISCOUNT_OWNER_TYPE"},
-        {&Fields::idxPdDiscountModel, "DETAIL.CUST_A.DL.PD.DISCOUNT_MODEL",
-         "CUSTA_DL_PD_DISCOUNT_MODEL"},
-        {&Fields::idxPdDiscountId, "DETAIL.CUST_A.DL.PD.DISCOUNT_ID", "CUSTA_DL_PD_DISCOUNT_ID"},
-        {&Fields::idxSlBalanceGroupId, "DETAIL.CUST_A.SL.BALANCE_GROUP_ID",
-         "CUSTA_SL_BALANCE_GROUP_ID"},
-        {&Fields::idxSlSponsorOwnerAcctId, "DETAIL.CUST_A.SL.SPONSOR_OWNER_ACCT_ID",
-         "CUSTA_SL_SPONSOR_OWNER_ACCT_ID"},
-        {&Fields::idxSlSponsorOwnerId, "DETAIL.CUST_A.SL.SPONSOR_OWNER_ID",
-         "CUSTA_SL_SPONSOR_SPONSOR_OWNER_ID"},
-        {&Fields::idxSlSponsorOwnerType, "DETAIL.CUST_A.SL.SPONSOR_OWNER_TYPE",
-         "CUSTA_SL_SPONSOR_SPONSOR_OWNER_TYPE"},
-        {&Fields::idxSdDiscountModel, "DETAIL.CUST_A.SL.SD.DISCOUNT_MODEL",
-         "CUSTA_SL_SD_DISCOUNT_MODEL"},
-        {&Fields::idxSdSponsorshipId, "DETAIL.CUST_A.SL.SD.SPONSORSHIP_ID",
-         "CUSTA_SL_SD_SPONSORSHIP_ID"},
-    };
-    static constexpr Binding<EDR::BlockIndex, Blocks> blockBindings[] = {
-        {&Blocks::blkAssCbd, "DETAIL.ASS_CBD", "ASS_CBD"},
-        {&Blocks::blkCbdCp, "DETAIL.ASS_CBD.CP", "ASS_CBD_CHARGE_PACKET"},
-        {&Blocks::blkCbdDp, "DETAIL.ASS_CBD.DP", "ASS_CBD_CHARGE_PACKET_DISCOUNT_PACKET"},
-        {&Blocks::blkDpSubBalance, "DETAIL.ASS_CBD.DP.SUB_BALANCE", "ASS_CBD_CHARGE_PACKET_DPSB"},
-        {&Blocks::blkCustADl, "DETAIL.CUST_A.DL", "CustA_DL_PD"},
-        {&Blocks::blkDlPd, "DETAIL.CUST_A.DL.PD", "CustA_DL_PD"},
-        {&Blocks::blkCustASl, "DETAIL.CUST_A.SL", "CustA_DL_PD"},
-        {&Blocks::blkSlSd, "DETAIL.CUST_A.SL.SD", "CustA_DL_PD"},
-    };
-    static_assert(bindsEachOnce(fieldBindings) && bindsEachOnce(blockBindings));
-
     BAS::String directory;
     {
         std::lock_guard const guard(dirNameLockerCM);
@@ -816,6 +817,9 @@ bool PlugIn::registryUpdate(BAS::RegistryEntry const* update, BAS::ProtectedBool
     if (auto const* const entry = update->find("DumpEvents")) {
         return writeDumpFile(entry->value(), workDone, &PlugIn::dumpAllEvents);
     }
+    if (auto const* const entry = update->find("Dump")) {
+        return writeDumpFile(entry->value(), workDone, &PlugIn::dumpAllInMemoryData);
+    }
     if (update->find("ClearData") != nullptr) {
         eventMap.clear();
         eventQueue.clear();
@@ -840,8 +844,8 @@ void writeEventRows(std::ostream& out, EventDetailRecord const& record) {
     out << "Event Balance Group id   = " << record.accountInfo.balanceGroupId << std::endl;
 }
 
-void writePriceModelCodes(std::ostream& out, char const* label, ProductInfo const& product) {
-    out << label;
+void writePriceModelCodes(std::ostream& out, ProductInfo const& product) {
+    out << "Used Price model codes: ";
     for (std::size_t i = 0; i < product.priceModelCodes.entries(); ++i) {
         out << product.priceModelCodes[i] << "   ";
     }
@@ -870,7 +874,8 @@ void writeRecord(std::ostream& out, EventDetailRecord const& record) {
     writeEventRows(out, record);
     out << "\n\n  Used Rating product info:" << std::endl;
     out << "    Used Rate Plan code   : " << record.accountInfo.productInfo.name << std::endl;
-    writePriceModelCodes(out, "    Used Price model codes: ", record.accountInfo.productInfo);
+    out << "    ";
+    writePriceModelCodes(out, record.accountInfo.productInfo);
     out << "\n\n  Event's own Discount:" << std::endl;
     for (std::size_t i = 0; i < record.accountInfo.ownDiscounts.entries(); ++i) {
         writeOwnDiscount(out, record.accountInfo.ownDiscounts[i]);
@@ -911,6 +916,175 @@ void PlugIn::dumpAllEvents(std::ostream& out) {
             writeRecord(out, *record);
         }
         out << eventSeparator << std::endl;
+    });
+}
+
+// ---- The dump of what the data modules hold ----------------------------------------------------
+
+namespace {
+
+// Writes the sections of one dump. The working lists are filled for one call of a module and
+// emptied after it; nothing is kept between events. A module that is not configured is null, and
+// what is left out with it depends on the section.
+class InMemoryDataWriter {
+public:
+    struct Modules {
+        DAT::Account::BatchPlugIn const* account;
+        DAT::Rating::RateplanPlugIn const* ratePlan;
+        DAT::Rating::PricePlugIn* price;
+        DAT::Balance::PlugIn const* balance;
+        DAT::Discount::PlugIn* discount;
+    };
+
+    InMemoryDataWriter(std::ostream& out, Modules const& modules) : outM(out), modulesM(modules) {}
+
+    void writeHeading(EventKey const& key) {
+        outM << "Begin: " << ++eventNumberM << std::endl;
+        outM << "======================================================================"
+             << std::endl;
+        outM << "Event type: Identifier= " << key.first << "   Service Code = " << key.second
+             << std::endl;
+    }
+
+    void writeRecord(EventDetailRecord const& record) {
+        writeEventRows(outM, record);
+        writeAccount(record);
+        writeProduct(record.accountInfo.productInfo);
+        writePriceModels(record.accountInfo.productInfo);
+        if (modulesM.balance != nullptr) {
+            writeEventBalances(record.accountInfo);
+        }
+        if (modulesM.discount != nullptr) {
+            writeOwnDiscounts(record.accountInfo);
+        }
+        writeSharing(record);
+    }
+
+    void writeEnd() { outM << std::endl << std::endl; }
+
+private:
+    // The stream as every module is to find it.
+    std::ostream& forModule() { return outM << std::setfill(' ') << std::setw(2); }
+
+    void writeAccount(EventDetailRecord const& record) {
+        outM << "\nEvent Account Info:" << std::endl;
+        outM << "--------------------" << std::endl;
+        if (modulesM.account != nullptr) {
+            auto const serviceId = static_cast<long>(record.serviceId);
+            modulesM.account->getDataDump(forModule(), record.identifier, serviceId,
+                                          record.serviceType, record.eventType);
+            outM << std::endl;
+        }
+    }
+
+    void writeProduct(ProductInfo const& product) {
+        outM << "\nUsed Rating product Info:" << std::endl;
+        outM << "-------------------------" << std::endl;
+        outM << "Used Rate Plan code: " << product.name
+             << " , Intern RatePlan Id: " << product.internalRatePlan
+             << " , Intern RatePlan Version: " << product.ratePlanVersion
+             << " , Impact Catagory: " << product.impactCategory << std::endl;
+        if (modulesM.ratePlan != nullptr) {
+            modulesM.ratePlan->getDataDump(forModule(), product.name, product.ratePlanVersion,
+                                           product.serviceCodeUsed, product.serviceClassUsed,
+                                           product.impactCategory);
+            outM << std::endl;
+        }
+    }
+
+    void writePriceModels(ProductInfo const& product) {
+        writePriceModelCodes(outM, product);
+        outM << "----------------------- " << std::endl;
+        if (modulesM.price != nullptr) {
+            modulesM.price->getDataDump(forModule(), product.priceModelCodes);
+            outM << std::endl;
+        }
+    }
+
+    void writeEventBalances(EventAccountInfo const& account) {
+        outM << "\n\nEvent's owner Balance Information:" << account.balanceGroupId << std::endl;
+        writeBalances(account.balanceGroupId);
+    }
+
+    void writeBalances(unsigned long balanceGroupId) {
+        idsM.append(balanceGroupId);
+        modulesM.balance->getDataDump(forModule(), idsM);
+        clearLists();
+    }
+
+    void writeOwnDiscounts(EventAccountInfo const& account) {
+        outM << "\n\nEvent's own Discount:" << std::endl;
+        outM << "---------------------" << std::endl;
+        for (std::size_t i = 0; i < account.ownDiscounts.entries(); ++i) {
+            auto const& discount = account.ownDiscounts[i];
+            writeOwnDiscount(outM, discount);
+            idsM.append(discount.objectId);
+            namesM.append(discount.name);
+            outM << std::endl;
+        }
+        modulesM.discount->getDiscountObjectDataDump(forModule(), idsM);
+        modulesM.discount->getDscModelDataDump(forModule(), namesM);
+        clearLists();
+    }
+
+    void writeSharing(EventDetailRecord const& record) {
+        outM << "\n\nAll DiscountSharing & Sponsorship Information:" << std::endl;
+        outM << "--------------------------------------------------" << std::endl;
+        for (auto const& [owner, items] : record.sharingMap) {
+            clearLists();
+            writeSharingOwner(outM, owner);
+            if (modulesM.balance != nullptr) {
+                // The heading names the event's balance group, the balances are the owner's.
+                outM << "\n\nSharing owner Balance Information:"
+                     << record.accountInfo.balanceGroupId << std::endl;
+                writeBalances(owner.balanceGroupId);
+            }
+            writeSharedItems(items);
+        }
+    }
+
+    void writeSharedItems(RWTValOrderedVector<SharedItemInfo> const& items) {
+        for (std::size_t i = 0; i < items.entries(); ++i) {
+            auto const& item = items[i];
+            writeSharedItem(outM, item);
+            namesM.append(item.name);
+            auto& ids = item.sharingType == SharingTypeDiscount ? idsM : sponsorshipIdsM;
+            ids.append(item.objectId);
+        }
+        if (modulesM.discount != nullptr) {
+            modulesM.discount->getDiscountObjectDataDump(forModule(), idsM);
+            modulesM.discount->getSponsorshipObjectDataDump(forModule(), sponsorshipIdsM);
+            modulesM.discount->getDscModelDataDump(forModule(), namesM);
+        }
+    }
+
+    void clearLists() {
+        idsM.clear();
+        namesM.clear();
+        sponsorshipIdsM.clear();
+    }
+
+    std::ostream& outM;
+    Modules modulesM;
+    long eventNumberM = 0;
+    // Balance group numbers or discount numbers.
+    RWTValOrderedVector<unsigned long> idsM;
+    // Discount model names.
+    RWTValOrderedVector<BAS::String> namesM;
+    RWTValOrderedVector<unsigned long> sponsorshipIdsM;
+};
+
+} // namespace
+
+void PlugIn::dumpAllInMemoryData(std::ostream& out) {
+    InMemoryDataWriter writer(out, {accountDataModule, rateplanDataModule, priceDataModule,
+                                    balanceDataModule, discountDataModule});
+    forEachEventFromOldest([&](EventKey const& key, EventDetailRecord const* record) {
+        writer.writeHeading(key);
+        if (record != nullptr) {
+            writer.writeRecord(*record);
+        }
+        writer.writeEnd();
     });
 }
 

@@ -256,6 +256,62 @@ private:
     Places::node_type sparePlaceM;
 };
 
+// ---- The EDR handles ---------------------------------------------------------------------------
+
+// The handles of the EDR blocks and fields that are resolved at start-up; each has its binding in
+// the tables of the source file.
+struct BlockHandles {
+    EDR::BlockIndex blkAssCbd;
+    EDR::BlockIndex blkCbdCp;
+    EDR::BlockIndex blkCbdDp;
+    EDR::BlockIndex blkDpSubBalance;
+    EDR::BlockIndex blkCustADl;
+    EDR::BlockIndex blkDlPd;
+    EDR::BlockIndex blkCustASl;
+    EDR::BlockIndex blkSlSd;
+};
+
+struct FieldHandles {
+    EDR::Index idxANumber;
+    EDR::Index idxBNumber;
+    EDR::Index idxInternServiceCode;
+    EDR::Index idxServiceType;
+    EDR::Index idxEventType;
+    EDR::Index idxConnectSubType;
+    EDR::Index idxBalanceGroupId;
+    EDR::Index idxChargingStart;
+    EDR::Index idxChargingEnd;
+    EDR::Index idxItemTag;
+    EDR::Index idxObjectCacheType;
+    EDR::Index idxUtcTimeOffset;
+    EDR::Index idxFoundPPIndex;
+    EDR::Index idxProductServiceType;
+    EDR::Index idxProductServiceId;
+    EDR::Index idxAccountParentId;
+    EDR::Index idxDlBalanceGroupId;
+    EDR::Index idxDlDiscountOwnerAcctId;
+    EDR::Index idxDlDiscountOwnerId;
+    EDR::Index idxDlDiscountOwnerType;
+    EDR::Index idxPdDiscountModel;
+    EDR::Index idxPdDiscountId;
+    EDR::Index idxSlBalanceGroupId;
+    EDR::Index idxSlSponsorOwnerAcctId;
+    EDR::Index idxSlSponsorOwnerId;
+    EDR::Index idxSlSponsorOwnerType;
+    EDR::Index idxSdDiscountModel;
+    EDR::Index idxSdSponsorshipId;
+    EDR::Index idxCbdRecordType;
+    EDR::Index idxCpRateplanType;
+    EDR::Index idxCpRateplanCode;
+    EDR::Index idxCpPricemodelCode;
+    EDR::Index idxCpPricemodelType;
+    EDR::Index idxCpInternRateplan;
+    EDR::Index idxCpInternRateplanVersion;
+    EDR::Index idxCpImpactCategory;
+    EDR::Index idxCpServiceCodeUsed;
+    EDR::Index idxCpServiceClassUsed;
+};
+
 // ---- The plug-in -------------------------------------------------------------------------------
 
 class PlugIn : public PLG::FunctionPlugIn {
@@ -273,57 +329,6 @@ public:
     bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) override;
 
 protected:
-    // The handles of all EDR fields and blocks that are resolved at start-up.
-    struct BlockHandles {
-        EDR::BlockIndex blkAssCbd;
-        EDR::BlockIndex blkCbdCp;
-        EDR::BlockIndex blkCbdDp;
-        EDR::BlockIndex blkDpSubBalance;
-        EDR::BlockIndex blkCustADl;
-        EDR::BlockIndex blkDlPd;
-        EDR::BlockIndex blkCustASl;
-        EDR::BlockIndex blkSlSd;
-    };
-    struct FieldHandles {
-        EDR::Index idxANumber;
-        EDR::Index idxBNumber;
-        EDR::Index idxInternServiceCode;
-        EDR::Index idxServiceType;
-        EDR::Index idxEventType;
-        EDR::Index idxConnectSubType;
-        EDR::Index idxBalanceGroupId;
-        EDR::Index idxChargingStart;
-        EDR::Index idxChargingEnd;
-        EDR::Index idxItemTag;
-        EDR::Index idxObjectCacheType;
-        EDR::Index idxUtcTimeOffset;
-        EDR::Index idxFoundPPIndex;
-        EDR::Index idxProductServiceType;
-        EDR::Index idxProductServiceId;
-        EDR::Index idxAccountParentId;
-        EDR::Index idxDlBalanceGroupId;
-        EDR::Index idxDlDiscountOwnerAcctId;
-        EDR::Index idxDlDiscountOwnerId;
-        EDR::Index idxDlDiscountOwnerType;
-        EDR::Index idxPdDiscountModel;
-        EDR::Index idxPdDiscountId;
-        EDR::Index idxSlBalanceGroupId;
-        EDR::Index idxSlSponsorOwnerAcctId;
-        EDR::Index idxSlSponsorOwnerId;
-        EDR::Index idxSlSponsorOwnerType;
-        EDR::Index idxSdDiscountModel;
-        EDR::Index idxSdSponsorshipId;
-        EDR::Index idxCbdRecordType;
-        EDR::Index idxCpRateplanType;
-        EDR::Index idxCpRateplanCode;
-        EDR::Index idxCpPricemodelCode;
-        EDR::Index idxCpPricemodelType;
-        EDR::Index idxCpInternRateplan;
-        EDR::Index idxCpInternRateplanVersion;
-        EDR::Index idxCpImpactCategory;
-        EDR::Index idxCpServiceCodeUsed;
-        EDR::Index idxCpServiceClassUsed;
-    };
     struct PointedTextLess {
         bool operator()(BAS::String const* a, BAS::String const* b) const noexcept {
             return *a < *b;
@@ -354,8 +359,9 @@ protected:
     bool populateProductInfo(EDR::Container* container, EventKey const* key,
                              EventDetailRecord* record);
 
-    // Output, from the event seen longest ago to the most recent one.
+    // Output; both go from the event seen longest ago to the most recent one.
     void dumpAllEvents(std::ostream& out);
+    void dumpAllInMemoryData(std::ostream& out);
 
     // Keys and entries live until the process ends.
     ServiceFieldMap serviceFieldMap;
