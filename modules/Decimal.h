@@ -1,0 +1,33 @@
+// An exact decimal number of at most 18 digits, such as an amount of money. It keeps the digits
+// after its point as they were written, so that 1.50 stays 1.50. A value.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace MOD {
+
+class Decimal {
+public:
+    // The whole text: an optional sign, digits, and optionally a point with digits after it. No
+    // value for any other text and for one of more than 18 digits, leading zeros aside.
+    static std::optional<Decimal> fromText(std::string_view text) noexcept;
+
+    std::string text() const;
+
+    // By value: 1.5 equals 1.50.
+    friend std::strong_ordering operator<=>(Decimal const& a, Decimal const& b) noexcept;
+    friend bool operator==(Decimal const& a, Decimal const& b) noexcept {
+        return (a <=> b) == std::strong_ordering::equal;
+    }
+
+private:
+    // The number is digits * 10 ^ -scale.
+    std::int64_t digitsM = 0;
+    std::uint8_t scaleM = 0;
+};
+
+} // namespace MOD

@@ -1,0 +1,65 @@
+#include "TableLoader.h"
+
+#include "RW/RWDBDatabase.h"
+
+#include "DBC/DatabasePlugIn.h"
+
+#include <stdexcept>
+
+namespace MOD {
+
+namespace {
+
+void require(RWDBReader const& reader, char const* table) {
+    if (!reader.isValid()) {
+        throw std::runtime_error("table " + std::string(table) + " can't be read: " +
+                                 DBC::DatabasePlugIn::errorMessage(reader.status()).str());
+    }
+}
+
+} // namespace
+
+TableLoader::TableLoader(RWDBConnection const& connection, TextPool& texts, RowReport report)
+    : connectionM(connection), textsM(texts), reportM(std::move(report)) {
+}
+
+RWDBReader TableLoader::open(char const* table) const {
+    auto const database = connectionM.database();
+    auto const source = database.table(table);
+    auto selector = database.selector();
+    for (auto const& cell : cellsM) {
+        selector << source[cell.column];
+    }
+    auto reader = selector.reader();
+    require(reader, table);
+    return reader;
+}
+
+// Steps to the next row and takes its values; false after the last one.
+bool TableLoader::readRow(RWDBReader& reader, char const* table) {
+    bool const found = reader();
+    require(reader, table);
+    if (found) {
+        for (auto& cell : cellsM) {
+            reader >> cell.text;
+            cell.isNull = reader.wasNull();
+        }
+    }
+    return found;
+}
+
+std::string TableLoader::keyAsRead(std::size_t keyLength) const {
+    std::string key;
+    for (auto const& cell : std::span(cellsM).first(keyLength)) {
+        key +=
+            (key.empty() ? "" : ", ") + (cell.isNull ? std::string(cell.column) + " NULL"
+                                                     : namedValue(cell.column, cell.text.view()));
+    }
+    return key;
+}
+
+std::string namedValue(char const* column, std::string_view value) {
+    return std::string(column) + " '" + shownText(value) + "'";
+}
+
+} // namespace MOD

@@ -1,0 +1,226 @@
+// Loads the tables of a data module from the reference database: each table, declared once as a
+// constant list of columns, becomes a vector of rows that is sorted by the table's columns, the key
+// first, and holds each key once. What comes out does not depend on the order in which the database
+// returns rows.
+//
+// A row that can't be used is reported once and left out. A table that can't be read ends the
+// loading with a std::runtime_error that names it.
+#pragma once
+
+#include "ColumnValue.h"
+
+#include "RW/RWDBConnection.h"
+#include "RW/RWDBReader.h"
+
+#include <algorithm>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace MOD {
+
+template <class Row>
+struct Column {
+    char const* name;
+    ColumnMember<Row> member;
+};
+
+template <class Row>
+struct Table {
+    char const* name;
+    // How many columns, from the first, are the key. No two rows of a table have the same key.
+    std::size_t keyLength;
+    std::span<Column<Row> const> columns;
+};
+
+// Is told of each row that is left out: the table, the row's key and the reason.
+using RowReport = std::function<void(std::string const& table, std::string const& key,
+                                     std::string const& reason)>;
+
+// Why a row can't be used, although each of its values is good; empty when it can.
+template <class Row>
+using RowFault = std::function<std::string(Row const&)>;
+
+class TableLoader {
+public:
+    // Connection and pool stay the caller's.
+    TableLoader(RWDBConnection const& connection, TextPool& texts, RowReport report);
+
+    template <class Row>
+    std::vector<Row> load(Table<Row> const& table, RowFault<Row> const& fault = {});
+
+    // Leaves out the loaded rows that have a fault; returns whether there were any.
+    template <class Row>
+    bool leaveOut(Table<Row> const& table, std::vector<Row>& rows, RowFault<Row> const& fault);
+
+private:
+    // One value of the row that is being read, as it came.
+    struct Cell {
+        char const* column;
+        RWCString text;
+        bool isNull;
+    };
+
+    RWDBReader open(char const* table) const;
+    bool readRow(RWDBReader& reader, char const* table);
+    std::string keyAsRead(std::size_t keyLength) const;
+
+    template <class Row>
+    std::string takeRow(Table<Row> const& table, Row& row);
+    template <class Value>
+    std::string takeValue(Cell const& cell, Value& value);
+    template <class Row>
+    void sortByColumns(Table<Row> const& table, std::vector<Row>& rows) const;
+    template <class Row>
+    void leaveOutRepeatedKeys(Table<Row> const& table, std::vector<Row>& rows);
+    template <class Row>
+    std::strong_ordering compareRows(std::span<Column<Row> const> columns, Row const& a,
+                                     Row const& b) const;
+    template <class Row>
+    std::string keyOf(Table<Row> const& table, Row const& row) const;
+
+    RWDBConnection const& connectionM;
+    TextIntake textsM;
+    RowReport reportM;
+    std::vector<Cell> cellsM;
+};
+
+// How messages write a column with its value: ACCOUNT_ID '17'.
+std::string namedValue(char const* column, std::string_view value);
+
+// The fault of a validity that ends before it begins.
+template <class Row>
+std::string validityFault(Row const& row) {
+    return row.validTo <= EndTime(row.validFrom) ? "the validity ends before it begins" : "";
+}
+
+template <class Row>
+std::vector<Row> TableLoader::load(Table<Row> const& table, RowFault<Row> const& fault) {
+    cellsM.clear();
+    for (auto const& column : table.columns) {
+        cellsM.push_back({column.name, {}, false});
+    }
+    std::vector<Row> rows;
+    auto reader = open(table.name);
+    while (readRow(reader, table.name)) {
+        Row row;
+        auto reason = takeRow(table, row);
+        if (reason.empty() && fault) {
+            reason = fault(row);
+        }
+        if (reason.empty()) {
+            rows.push_back(row);
+        } else {
+            reportM(table.name, keyAsRead(table.keyLength), reason);
+        }
+    }
+    sortByColumns(table, rows);
+    leaveOutRepeatedKeys(table, rows);
+    rows.shrink_to_fit();
+    return rows;
+}
+
+template <class Row>
+bool TableLoader::leaveOut(Table<Row> const& table, std::vector<Row>& rows,
+                           RowFault<Row> const& fault) {
+    // The fault may look at the rows, so they stay until all were asked.
+    std::vector<Row> kept;
+    for (auto const& row : rows) {
+        if (auto const reason = fault(row); reason.empty()) {
+            kept.push_back(row);
+        } else {
+            reportM(table.name, keyOf(table, row), reason);
+        }
+    }
+    bool const found = kept.size() < rows.size();
+    if (found) {
+        rows = std::move(kept);
+    }
+    return found;
+}
+
+// Fills the row from the cells. Returns why that can't be done; empty when it is done.
+template <class Row>
+std::string TableLoader::takeRow(Table<Row> const& table, Row& row) {
+    std::string reason;
+    for (std::size_t i = 0; i < cellsM.size() && reason.empty(); ++i) {
+        reason = std::visit([&](auto member) { return takeValue(cellsM[i], row.*member); },
+                            table.columns[i].member);
+    }
+    return reason;
+}
+
+template <class Value>
+std::string TableLoader::takeValue(Cell const& cell, Value& value) {
+    if (cell.isNull) {
+        return takesNull<Value> ? std::string() : std::string(cell.column) + " is missing";
+    }
+    auto const* const expected = parseValue(cell.text.view(), value, textsM);
+    return expected == nullptr ? std::string()
+                               : namedValue(cell.column, cell.text.view()) + " is not " + expected;
+}
+
+template <class Row>
+void TableLoader::sortByColumns(Table<Row> const& table, std::vector<Row>& rows) const {
+    auto const less = [&](Row const& a, Row const& b) {
+        return compareRows(table.columns, a, b) < 0;
+    };
+    // Most databases return most tables in the order of their keys.
+    if (!std::is_sorted(rows.begin(), rows.end(), less)) {
+        std::sort(rows.begin(), rows.end(), less);
+    }
+}
+
+template <class Row>
+void TableLoader::leaveOutRepeatedKeys(Table<Row> const& table, std::vector<Row>& rows) {
+    auto const key = table.columns.first(table.keyLength);
+    std::size_t kept = 0;
+    for (auto const& row : rows) {
+        if (kept > 0 && compareRows(key, rows[kept - 1], row) == 0) {
+            reportM(table.name, keyOf(table, row), "another row has the same key");
+        } else {
+            rows[kept++] = row;
+        }
+    }
+    rows.resize(kept);
+}
+
+template <class Row>
+std::strong_ordering TableLoader::compareRows(std::span<Column<Row> const> columns, Row const& a,
+                                              Row const& b) const {
+    for (auto const& column : columns) {
+        auto const order = std::visit(
+            [&](auto member) { return compareValues(a.*member, b.*member, textsM.pool()); },
+            column.member);
+        if (order != 0) {
+            return order;
+        }
+    }
+    return std::strong_ordering::equal;
+}
+
+template <class Row>
+std::string TableLoader::keyOf(Table<Row> const& table, Row const& row) const {
+    std::string key;
+    for (auto const& column : table.columns.first(table.keyLength)) {
+        auto const value = std::visit(
+            [&](auto member) { return shownValue(row.*member, textsM.pool()); }, column.member);
+        key += (key.empty() ? "" : ", ") + namedValue(column.name, value);
+    }
+    return key;
+}
+
+// The rows of a sorted vector that the order puts at zero; the order tells how a row stands to what
+// is wanted, and agrees with the sorting.
+template <class Row, class Order>
+std::span<Row const> equalRows(std::vector<Row> const& rows, Order order) {
+    auto const first = std::partition_point(rows.begin(), rows.end(),
+                                            [&](Row const& row) { return order(row) < 0; });
+    auto const last =
+        std::partition_point(first, rows.end(), [&](Row const& row) { return order(row) == 0; });
+    return {first, last};
+}
+
+} // namespace MOD

@@ -1,0 +1,50 @@
+// Points in time, to the second, as the reference data states them: in UTC, written in ISO 8601
+// such as 2026-01-31T00:00:00Z. Values.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace MOD {
+
+class UtcTime {
+public:
+    // No value for a text of another shape and for a day or time that doesn't exist.
+    static std::optional<UtcTime> fromText(std::string_view text) noexcept;
+
+    // Later than every time that has a text.
+    static UtcTime never() noexcept {
+        UtcTime time;
+        time.secondsM = std::numeric_limits<std::int64_t>::max();
+        return time;
+    }
+
+    std::string text() const;
+
+    friend auto operator<=>(UtcTime const&, UtcTime const&) = default;
+
+private:
+    // Since 1970-01-01 00:00:00 UTC.
+    std::int64_t secondsM = 0;
+};
+
+// Where a validity ends: before a point in time, or open.
+class EndTime {
+public:
+    EndTime() = default;
+    explicit EndTime(UtcTime time) noexcept : timeM(time) {}
+
+    // "open" for an open end.
+    std::string text() const { return timeM == UtcTime::never() ? "open" : timeM.text(); }
+
+    friend auto operator<=>(EndTime const&, EndTime const&) = default;
+
+private:
+    UtcTime timeM = UtcTime::never();
+};
+
+} // namespace MOD
