@@ -75,11 +75,6 @@ std::span<Row const> rowsOfAccount(std::vector<Row> const& rows, std::uint64_t a
     return equalRows(rows, [&](Row const& row) { return row.accountId <=> accountId; });
 }
 
-template <class Row>
-Row const* onlyRow(std::span<Row const> rows) {
-    return rows.empty() ? nullptr : rows.data();
-}
-
 // An event type stands for itself and for the types below it; "*" for all.
 bool covers(std::string_view eventType, std::string_view asked) {
     return eventType == "*" || (asked.starts_with(eventType) && (asked.size() == eventType.size() ||
@@ -131,7 +126,7 @@ void AccountData::load(RWDBConnection const& connection, RowReport const& report
     // Without its parent an account is no parent either.
     RowFault<Account> const unknownParent = [this](Account const& row) {
         return row.parentId && account(*row.parentId) == nullptr
-                   ? "there is no account " + namedValue("PARENT_ID", std::to_string(*row.parentId))
+                   ? noUsableRow("ACCOUNT", namedValue("ACCOUNT_ID", std::to_string(*row.parentId)))
                    : std::string();
     };
     while (tables.leaveOut(accountTable, accountsM, unknownParent)) {
@@ -171,32 +166,33 @@ void AccountData::dump(std::ostream& out, Asked const& asked) const {
 
 std::string AccountData::unknownAccount(std::uint64_t accountId) const {
     return account(accountId) == nullptr
-               ? "there is no account " + namedValue("ACCOUNT_ID", std::to_string(accountId))
+               ? noUsableRow("ACCOUNT", namedValue("ACCOUNT_ID", std::to_string(accountId)))
                : std::string();
 }
 
 std::string AccountData::unknownService(OwnedItem const& item) const {
     return item.serviceId && service(item.accountId, *item.serviceId) == nullptr
-               ? "the account has no service " +
-                     namedValue("SERVICE_ID", std::to_string(*item.serviceId))
+               ? noUsableRow("ACCOUNT_SERVICE",
+                             namedValue("SERVICE_ID", std::to_string(*item.serviceId)) +
+                                 " of this account")
                : std::string();
 }
 
 Account const* AccountData::account(std::uint64_t accountId) const {
-    return onlyRow(equalRows(accountsM, [&](Account const& row) { return row.id <=> accountId; }));
+    return equalRow(accountsM, [&](Account const& row) { return row.id <=> accountId; });
 }
 
 AccountService const* AccountData::service(std::uint64_t accountId, std::uint64_t serviceId) const {
-    return onlyRow(equalRows(servicesM, [&](AccountService const& row) {
+    return equalRow(servicesM, [&](AccountService const& row) {
         auto const order = row.accountId <=> accountId;
         return order == 0 ? row.id <=> serviceId : order;
-    }));
+    });
 }
 
 CustomerIdentifier const* AccountData::customer(std::string_view identifier) const {
-    return onlyRow(equalRows(customersM, [&](CustomerIdentifier const& row) {
+    return equalRow(customersM, [&](CustomerIdentifier const& row) {
         return textsM[row.identifier] <=> identifier;
-    }));
+    });
 }
 
 } // namespace MOD

@@ -29,6 +29,10 @@ void write(std::ostream& out, std::string_view text) {
 
 } // namespace
 
+std::string counted(std::size_t count, char const* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
 void DumpText::writeLines(std::ostream& out) const {
     write(out, textM);
 }

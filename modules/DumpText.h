@@ -60,6 +60,9 @@ private:
     std::string textM;
 };
 
+// "1 price model", "2 price models".
+std::string counted(std::size_t count, char const* noun);
+
 template <class Value>
 constexpr bool isNumber = false;
 template <>

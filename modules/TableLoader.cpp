@@ -62,4 +62,8 @@ std::string namedValue(char const* column, std::string_view value) {
     return std::string(column) + " '" + shownText(value) + "'";
 }
 
+std::string noUsableRow(char const* table, std::string const& key) {
+    return std::string(table) + " has no usable row with " + key;
+}
+
 } // namespace MOD

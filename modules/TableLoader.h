@@ -90,10 +90,21 @@ private:
 // How messages write a column with its value: ACCOUNT_ID '17'.
 std::string namedValue(char const* column, std::string_view value);
 
+// The fault of a reference to a row that isn't there, or that was left out.
+std::string noUsableRow(char const* table, std::string const& key);
+
 // The fault of a validity that ends before it begins.
 template <class Row>
 std::string validityFault(Row const& row) {
     return row.validTo <= EndTime(row.validFrom) ? "the validity ends before it begins" : "";
+}
+
+// The fault of a step that ends at the quantity at which it begins, or before.
+template <class Row>
+std::string thresholdFault(Row const& row) {
+    return row.thresholdTo && *row.thresholdTo <= row.thresholdFrom
+               ? "the step ends before it begins"
+               : "";
 }
 
 template <class Row>
@@ -221,6 +232,13 @@ std::span<Row const> equalRows(std::vector<Row> const& rows, Order order) {
     auto const last =
         std::partition_point(first, rows.end(), [&](Row const& row) { return order(row) == 0; });
     return {first, last};
+}
+
+// The row that the order puts at zero, or null.
+template <class Row, class Order>
+Row const* equalRow(std::vector<Row> const& rows, Order order) {
+    auto const found = equalRows(rows, order);
+    return found.empty() ? nullptr : found.data();
 }
 
 } // namespace MOD
