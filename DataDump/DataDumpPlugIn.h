@@ -341,6 +341,7 @@ protected:
     // The object that a data-module key refers to: of that full name, else of that name in the data
     // pool. Null, with the error reported, when there is none.
     BAS::RegisteredObject* findRegisteredObject(BAS::String const& reference);
+    bool bindIterators();
     bool initServiceFieldMap();
 
     // Capture.
@@ -409,7 +410,6 @@ private:
                       BAS::String const& argument);
     template <class Module>
     bool bindDataModule(BAS::RegistryEntry const* entry, Module*& module, ErrorForm errorForm);
-    bool bindIterators();
     // Records a status that the EDR factory threw, under the plug-in's name.
     void reportThrown(BAS::Status status, bool log);
     RWDBReader selectServiceFields(BAS::String const& pipelineName) const;

@@ -49,6 +49,7 @@ public:
 
     // Filling. clear leaves a record of that kind with nothing but an empty root block.
     void clear(RecordKind kind);
+    void setRecordKind(RecordKind kind) noexcept { recordKindM = kind; }
     // Appends a block to the last block of the parent kind, which must exist.
     void addBlock(BlockIndex const& block);
     // Sets a field in the last block of its kind, which must exist.

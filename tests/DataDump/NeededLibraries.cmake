@@ -1,0 +1,25 @@
+# Fails when the module needs a shared library other than the framework and the C and C++ run time
+# (sanitizer run times included), or exports more than its entry.
+set(allowed "^(libpipeline-framework|libstdc\\+\\+|libgcc_s|libc|libm|libasan|libubsan|libtsan|ld-linux-x86-64)\\.so")
+execute_process(COMMAND readelf -d ${MODULE} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "\\(NEEDED\\)[^\n]*" entries "${dynamic}")
+if(NOT entries)
+    message(FATAL_ERROR "${MODULE} shows no needed library at all")
+endif()
+foreach(entry IN LISTS entries)
+    string(REGEX REPLACE ".*\\[(.*)\\].*" "\\1" library "${entry}")
+    if(NOT library MATCHES "${allowed}")
+        message(FATAL_ERROR "${MODULE} needs ${library}")
+    endif()
+endforeach()
+
+execute_process(COMMAND nm -D --defined-only ${MODULE} OUTPUT_VARIABLE symbols
+    COMMAND_ERROR_IS_FATAL ANY)
+if(NOT symbols MATCHES " T FCT_DataDumpModuleStart\n")
+    message(FATAL_ERROR "${MODULE} doesn't export FCT_DataDumpModuleStart")
+endif()
+string(REGEX MATCHALL " T [^\n]*" functions "${symbols}")
+list(LENGTH functions count)
+if(NOT count EQUAL 1)
+    message(FATAL_ERROR "${MODULE} exports more than its entry: ${functions}")
+endif()
