@@ -1,0 +1,18 @@
+// The file that describes the fields and blocks of the EDRs of a pipeline.
+#pragma once
+
+#include "EDR/Description.h"
+
+#include <filesystem>
+
+namespace host {
+
+// The member of an EDR line that says the record's kind; no field of the top block can bear this
+// name.
+inline constexpr char const* recordMember = "RECORD";
+
+// Throws a StartFailure with everything that is wrong with the file, each with its place, or a
+// BAS::Status when it can't be read.
+EDR::Description readEdrDescription(std::filesystem::path const& file);
+
+} // namespace host

@@ -1,0 +1,51 @@
+// One input of a pipeline as a sequence of EDRs. A line that can't be taken is logged, kept in the
+// input's reject file and counted; the EDRs go on behind it. Fields that the EDR description
+// doesn't know are logged once for each name. Used by the pipeline's thread.
+#pragma once
+
+#include "BAS/String.h"
+#include "EdrLineParser.h"
+#include "InputFile.h"
+#include "LineReader.h"
+#include "Registry.h"
+#include "RejectFile.h"
+
+#include <cstdint>
+
+namespace BAS {
+class LogSink;
+}
+
+namespace host {
+
+class EdrInput {
+public:
+    // Opens the input. Statuses bear the pipeline's registered name and go to the log, which stays
+    // the caller's, as the description does. Throws a BAS::Status when a file fails.
+    EdrInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
+             EDR::Description const& description, BAS::LogSink& log);
+
+    // Fills the container with the next EDR; false at the end of the input. Throws a BAS::Status
+    // when reading, or writing the reject file, fails.
+    bool next(EDR::Container& container);
+
+    std::uint64_t rejectedLines() const noexcept { return rejectedLinesM; }
+
+private:
+    bool takeLine(EDR::Container& container);
+    void rejectLine(std::string const& reason);
+    void reportUnknownFields();
+
+    BAS::String pipelineM;
+    std::string nameM;
+    std::size_t maxLineLengthM;
+    BAS::LogSink& logM;
+    InputFile fileM;
+    LineReader linesM;
+    EdrLineParser parserM;
+    RejectFile rejectFileM;
+    std::uint64_t rejectedLinesM = 0;
+    std::size_t unknownFieldsM = 0;
+};
+
+} // namespace host

@@ -1,0 +1,291 @@
+#include "EdrLineParser.h"
+
+#include "EDR/Container.h"
+#include "EdrDescriptionFile.h"
+
+#include <algorithm>
+#include <array>
+
+namespace host {
+
+namespace {
+
+using simdjson::ondemand::json_type;
+
+constexpr int maxDepthOfIgnored = 64;
+
+struct RecordKindName {
+    std::string_view name;
+    EDR::RecordKind kind;
+};
+constexpr std::array recordKinds = {
+    RecordKindName{"HEADER", EDR::headerRecord},
+    RecordKindName{"TRAILER", EDR::trailerRecord},
+    RecordKindName{"DETAIL", EDR::detailRecord},
+};
+
+std::string_view typeName(json_type type) {
+    switch (type) {
+    case json_type::array:
+        return "an array";
+    case json_type::object:
+        return "an object";
+    case json_type::number:
+        return "a number";
+    case json_type::string:
+        return "a string";
+    case json_type::boolean:
+        return "a boolean";
+    case json_type::null:
+        break;
+    }
+    return "null";
+}
+
+std::string lastPart(BAS::String const& path) {
+    return std::string(path.view().substr(path.view().rfind('.') + 1));
+}
+
+std::string_view takeDigits(std::string_view& text) {
+    auto const end =
+        std::find_if(text.begin(), text.end(), [](char c) { return c < '0' || c > '9'; });
+    auto const digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(digits.size());
+    return digits;
+}
+
+bool takeAnyOf(std::string_view& text, std::string_view characters) {
+    if (text.empty() || characters.find(text.front()) == std::string_view::npos) {
+        return false;
+    }
+    text.remove_prefix(1);
+    return true;
+}
+
+// The JSON parser only looks at numbers that it converts, and here the text counts.
+bool isNumber(std::string_view text) {
+    takeAnyOf(text, "-");
+    auto const whole = takeDigits(text);
+    if (whole.empty() || (whole.size() > 1 && whole.front() == '0')) {
+        return false;
+    }
+    if (takeAnyOf(text, ".") && takeDigits(text).empty()) {
+        return false;
+    }
+    if (takeAnyOf(text, "eE")) {
+        takeAnyOf(text, "+-");
+        if (takeDigits(text).empty()) {
+            return false;
+        }
+    }
+    return text.empty();
+}
+
+std::string_view numberText(simdjson::ondemand::value value) {
+    std::string_view token = value.raw_json_token();
+    token = token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
+    if (!isNumber(token)) {
+        throw simdjson::simdjson_error(simdjson::NUMBER_ERROR);
+    }
+    return token;
+}
+
+void requireNull(simdjson::ondemand::value value) {
+    if (!value.is_null().value()) {
+        throw simdjson::simdjson_error(simdjson::N_ATOM_ERROR);
+    }
+}
+
+// Goes over a value that isn't taken, to see that it is JSON.
+void passOver(simdjson::ondemand::value value, int depth) {
+    if (depth > maxDepthOfIgnored) {
+        throw simdjson::simdjson_error(simdjson::DEPTH_ERROR);
+    }
+    switch (value.type().value()) {
+    case json_type::array:
+        for (auto item : value.get_array()) {
+            passOver(item.value(), depth + 1);
+        }
+        return;
+    case json_type::object:
+        for (auto member : value.get_object()) {
+            static_cast<void>(member.unescaped_key().value());
+            passOver(member.value().value(), depth + 1);
+        }
+        return;
+    case json_type::number:
+        numberText(value);
+        return;
+    case json_type::string:
+        static_cast<void>(value.get_string().value());
+        return;
+    case json_type::boolean:
+        static_cast<void>(value.get_bool().value());
+        return;
+    case json_type::null:
+        requireNull(value);
+    }
+}
+
+} // namespace
+
+EdrLineParser::EdrLineParser(EDR::Description const& description)
+    : descriptionM(description), layoutsM(description.blockKinds().size()) {
+    for (std::uint32_t kind = 0; kind < layoutsM.size(); ++kind) {
+        auto const& described = description.blockKinds()[kind];
+        auto& members = layoutsM[kind].members;
+        for (std::uint32_t field = 0; field < described.fields.size(); ++field) {
+            members[lastPart(described.fields[field].path)].field = EDR::Index(kind, field);
+        }
+        for (auto const child : described.children) {
+            members[lastPart(description.blockKinds()[child].path)].block = EDR::BlockIndex(child);
+        }
+    }
+}
+
+void EdrLineParser::parse(std::string_view line, EDR::Container& container) {
+    newUnknownFieldsM.clear();
+    pathM.clear();
+    try {
+        parseRecord(line, container);
+    } catch (simdjson::simdjson_error const& error) {
+        auto const at = path();
+        throw EdrLineError(error.error() == simdjson::UTF8_ERROR
+                               ? std::string("bad UTF-8")
+                               : "no JSON" + (at.empty() ? at : " at " + at) + ": " + error.what());
+    }
+}
+
+void EdrLineParser::parseRecord(std::string_view line, EDR::Container& container) {
+    container.clear(EDR::detailRecord);
+    simdjson::ondemand::document document = parserM.iterate(
+        simdjson::padded_string_view(line.data(), line.size(), line.size() + padding));
+    if (auto const type = document.type().value(); type != json_type::object) {
+        fail("expected a JSON object, not " + std::string(typeName(type)));
+    }
+    parseBlock(document.get_object(), EDR::Description::root().blockKind(), container);
+    if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
+        fail("more text after the JSON object");
+    }
+}
+
+void EdrLineParser::parseBlock(simdjson::ondemand::object object, std::uint32_t kind,
+                               EDR::Container& container) {
+    auto const objectNumber = ++objectsM;
+    bool const isRoot = kind == EDR::Description::root().blockKind();
+    auto& members = layoutsM[kind].members;
+    for (auto entry : object) {
+        std::string_view const name = entry.unescaped_key();
+        simdjson::ondemand::value value = entry.value();
+        pathM.push_back({name, std::nullopt});
+        auto const found = members.find(name);
+        if (isRoot && name == recordMember) {
+            requireFirst(recordKindSeenInM, objectNumber);
+            parseRecordKind(value, container);
+        } else if (found == members.end()) {
+            parseUnknown(value, name, kind);
+        } else {
+            auto& member = found->second;
+            requireFirst(member.seenIn, objectNumber);
+            if (member.field.isValid()) {
+                parseField(value, member.field, container);
+            } else {
+                parseBlocks(value, member.block, container);
+            }
+        }
+        pathM.pop_back();
+    }
+}
+
+void EdrLineParser::parseBlocks(simdjson::ondemand::value value, EDR::BlockIndex const& block,
+                                EDR::Container& container) {
+    auto const type = value.type().value();
+    if (type == json_type::null) {
+        requireNull(value);
+        return;
+    }
+    if (type != json_type::array) {
+        fail("expected an array of objects, not " + std::string(typeName(type)));
+    }
+    std::size_t position = 0;
+    for (auto item : value.get_array()) {
+        pathM.back().position = position++;
+        simdjson::ondemand::value element = item.value();
+        if (auto const elementType = element.type().value(); elementType != json_type::object) {
+            fail("expected an object, not " + std::string(typeName(elementType)));
+        }
+        container.addBlock(block);
+        parseBlock(element.get_object(), block.blockKind(), container);
+    }
+}
+
+void EdrLineParser::parseField(simdjson::ondemand::value value, EDR::Index const& field,
+                               EDR::Container& container) {
+    switch (auto const type = value.type().value()) {
+    case json_type::string:
+        container.setField(field, value.get_string().value());
+        return;
+    case json_type::number:
+        container.setField(field, numberText(value));
+        return;
+    case json_type::null:
+        requireNull(value);
+        return;
+    default:
+        fail("expected a string or a number, not " + std::string(typeName(type)));
+    }
+}
+
+void EdrLineParser::parseRecordKind(simdjson::ondemand::value value, EDR::Container& container) {
+    std::string_view name;
+    if (value.type().value() == json_type::string) {
+        name = value.get_string();
+    }
+    auto const found = std::find_if(recordKinds.begin(), recordKinds.end(),
+                                    [&](RecordKindName const& each) { return each.name == name; });
+    if (found == recordKinds.end()) {
+        fail("expected \"HEADER\", \"TRAILER\" or \"DETAIL\"");
+    }
+    container.setRecordKind(found->kind);
+}
+
+void EdrLineParser::parseUnknown(simdjson::ondemand::value value, std::string_view name,
+                                 std::uint32_t kind) {
+    auto& unknownNames = layoutsM[kind].unknownNames;
+    if (unknownFieldsM < maxUnknownFields && unknownNames.find(name) == unknownNames.end()) {
+        ++unknownFieldsM;
+        unknownNames.emplace(name);
+        newUnknownFieldsM.push_back(descriptionM.blockKinds()[kind].path.str() + "." +
+                                    std::string(name));
+    }
+    passOver(value, 1);
+}
+
+void EdrLineParser::requireFirst(std::uint64_t& seenIn, std::uint64_t object) const {
+    if (seenIn == object) {
+        fail("the member is given twice");
+    }
+    seenIn = object;
+}
+
+// Such as "CUST_A[0].DL[1].BALANCE_GROUP_ID".
+std::string EdrLineParser::path() const {
+    std::string path;
+    for (auto const& step : pathM) {
+        if (!path.empty()) {
+            path += ".";
+        }
+        path += step.name;
+        if (step.position) {
+            path += "[" + std::to_string(*step.position) + "]";
+        }
+    }
+    return path;
+}
+
+void EdrLineParser::fail(std::string const& reason) const {
+    auto const at = path();
+    throw EdrLineError(at.empty() ? reason : at + ": " + reason);
+}
+
+} // namespace host

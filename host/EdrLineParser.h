@@ -1,0 +1,98 @@
+// Fills EDR containers from lines of JSON, one object a line: the fields of the top block by the
+// last part of their path, a block as an array of objects.
+//
+// One parser serves one input of one pipeline on one thread; it remembers which unknown fields it
+// has met. The description must outlive it.
+#pragma once
+
+#include "EDR/BlockIndex.h"
+#include "EDR/Description.h"
+#include "EDR/Index.h"
+
+#include <simdjson.h>
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace EDR {
+class Container;
+}
+
+namespace host {
+
+// Why a line can't be taken, with the place in the JSON object where there is one.
+class EdrLineError : public std::runtime_error {
+public:
+    using runtime_error::runtime_error;
+};
+
+class EdrLineParser {
+public:
+    static constexpr std::size_t padding = simdjson::SIMDJSON_PADDING;
+    // So many unknown fields are reported; further ones are ignored silently.
+    static constexpr std::size_t maxUnknownFields = 100;
+
+    explicit EdrLineParser(EDR::Description const& description);
+
+    // Fills the container from a line behind which padding bytes may be read. Throws an
+    // EdrLineError when the line can't be taken; the container then holds part of it.
+    void parse(std::string_view line, EDR::Container& container);
+
+    // The paths of the fields of the last line that the description doesn't know and that no
+    // earlier line had.
+    std::vector<std::string> const& newUnknownFields() const noexcept { return newUnknownFieldsM; }
+
+private:
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const noexcept {
+            return std::hash<std::string_view>{}(name);
+        }
+    };
+    // A field, or a block when the field isn't valid.
+    struct Member {
+        EDR::Index field;
+        EDR::BlockIndex block;
+        // The object that had this member last.
+        std::uint64_t seenIn = 0;
+    };
+    struct BlockLayout {
+        std::unordered_map<std::string, Member, NameHash, std::equal_to<>> members;
+        std::unordered_set<std::string, NameHash, std::equal_to<>> unknownNames;
+    };
+    // A step from an object to one of its members; within a block's array, with the place there.
+    struct PathStep {
+        std::string_view name;
+        std::optional<std::size_t> position;
+    };
+
+    void parseRecord(std::string_view line, EDR::Container& container);
+    void parseBlock(simdjson::ondemand::object object, std::uint32_t kind,
+                    EDR::Container& container);
+    void parseBlocks(simdjson::ondemand::value value, EDR::BlockIndex const& block,
+                     EDR::Container& container);
+    void parseField(simdjson::ondemand::value value, EDR::Index const& field,
+                    EDR::Container& container);
+    void parseRecordKind(simdjson::ondemand::value value, EDR::Container& container);
+    void parseUnknown(simdjson::ondemand::value value, std::string_view name, std::uint32_t kind);
+    void requireFirst(std::uint64_t& seenIn, std::uint64_t object) const;
+    std::string path() const;
+    [[noreturn]] void fail(std::string const& reason) const;
+
+    EDR::Description const& descriptionM;
+    simdjson::ondemand::parser parserM;
+    std::vector<BlockLayout> layoutsM; // one for each block kind
+    std::uint64_t recordKindSeenInM = 0;
+    std::uint64_t objectsM = 0; // met so far, to give each a number
+    std::vector<PathStep> pathM;
+    std::vector<std::string> newUnknownFieldsM;
+    std::size_t unknownFieldsM = 0;
+};
+
+} // namespace host

@@ -1,0 +1,109 @@
+// The text of every message, those of the plug-ins and data modules and the host's own. In a text,
+// %1 to %9 stand for the status's arguments.
+#pragma once
+
+#include "BAS/Status.h"
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+struct CatalogueMessage {
+    std::string_view name;
+    std::string_view text;
+};
+
+inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
+    // Framework, plug-ins and data modules.
+    {"ERR_REG_SUBTREE_NOT_FOUND", "The registry has no subtree '%1'."},
+    {"ERR_REG_ENTRY_NOT_FOUND", "The mandatory registry key '%1' is missing."},
+    {"ERR_PLUGIN_TYPE_INVALID",
+     "The module '%1' doesn't exist or is of another type than the registry key wants."},
+    {"ERR_DATA_PLUGIN_NOT_FOUND", "There is no data module '%1'."},
+    {"ERR_REG_UPDATE_FAILED", "The registry update of '%1' failed."},
+    {"ERR_REG_VALUE_INVALID", "The registry value '%1' is invalid: %2"},
+    {"ERR_INIT_EDR_ITERATOR", "No iterator can be made for the EDR block '%1'."},
+    {"ERR_DATABASE", "Database error: %1"},
+    {"ERR_EMPTY_SERVICE_FIELD_MAP", "The service field map can't be used: %1"},
+    {"ERR_EDR_FIELD_NOT_FOUND",
+     "The EDR description has no field '%1' (alias '%2', needed by %3 %4)."},
+    {"ERR_EDR_BLOCK_NOT_FOUND",
+     "The EDR description has no block '%1' (alias '%2', needed by %3 %4)."},
+    {"ERR_PIPELINE_NOT_FOUND", "'%1' belongs to no pipeline."},
+    {"ERR_ROW_REJECTED", "The row '%2' of table '%1' is rejected: %3"},
+    // Start.
+    {"ERR_CONFIGURATION", "%1:%2:%3: %4"},
+    {"ERR_FILE_NOT_READABLE", "'%1' can't be read: %2"},
+    {"ERR_FILE_NOT_WRITABLE", "'%1' can't be written: %2"},
+    {"ERR_LIBRARY_NOT_FOUND", "The library of the module '%1' wasn't found. Tried: %2"},
+    {"ERR_LIBRARY_NOT_LOADED", "The library '%1' can't be loaded: %2"},
+    {"ERR_MODULE_ENTRY_NOT_FOUND", "The library '%1' lacks the entry '%2'."},
+    {"ERR_MODULE_ENTRY_FAILED", "The entry '%2' of the library '%1' failed: %3"},
+    {"ERR_MODULE_KIND_WRONG", "The module '%1' is of the wrong kind: expected %2, got %3."},
+    {"ERR_MODULE_NOT_USABLE", "The module '%1' isn't usable: %2"},
+    {"ERR_LIFE_CYCLE", "The operation '%1' failed: %2"},
+    {"MSG_STARTED", "Started with %1 data modules and %2 pipelines."},
+    // Run.
+    {"MSG_INPUT_STARTED", "Reading '%1'."},
+    {"ERR_EDR_REJECTED", "%1:%2: %3; the line is kept in '%4'."},
+    {"ERR_EDR_FIELD_UNKNOWN", "%1:%2: the EDR description has no field '%3'; it is ignored."},
+    {"ERR_EDR_FIELDS_UNKNOWN",
+     "%1:%2: %3 unknown fields were reported; further ones are ignored silently."},
+    {"ERR_BATCH_FAILED", "The plug-in threw while it processed a batch: %1"},
+    {"ERR_PIPELINE_FAILED", "The pipeline stopped: %1"},
+    {"MSG_COMMAND_RESULT", "%1"},
+    {"ERR_COMMAND_REJECTED", "%1"},
+    {"MSG_PIPELINE_SUMMARY", "%1 EDRs read, %2 details, %3 rejected, %4 batches, %5 seconds."},
+});
+
+namespace detail {
+
+constexpr bool isCatalogued(std::string_view name) {
+    return std::any_of(messageCatalogue.begin(), messageCatalogue.end(),
+                       [&](auto const& message) { return message.name == name; });
+}
+
+constexpr bool hasDoubleName() {
+    for (auto one = messageCatalogue.begin(); one != messageCatalogue.end(); ++one) {
+        for (auto other = messageCatalogue.begin(); other != one; ++other) {
+            if (one->name == other->name) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+static_assert(!hasDoubleName(), "a message name stands twice in the catalogue");
+
+} // namespace detail
+
+// The name of a message that is in the catalogue; any other doesn't compile.
+class MessageName {
+public:
+    consteval MessageName(char const* name) : nameM(name) {
+        if (!detail::isCatalogued(name)) {
+            throw "this message isn't in the catalogue";
+        }
+    }
+    char const* text() const noexcept { return nameM; }
+
+private:
+    char const* nameM;
+};
+
+// A status of the host's own. The object is a registered name, or empty.
+BAS::Status makeStatus(BAS::Status::Severity severity, BAS::String const& object, MessageName name,
+                       std::initializer_list<std::string> arguments);
+
+// The status's text with its arguments put in. Arguments that the text has no place for are
+// appended; a message that isn't in the catalogue reads as its name and its arguments.
+std::string messageText(BAS::Status const& status);
+
+// Name and text on one line, as one message shows another object's status.
+std::string statusText(BAS::Status const& status);
+
+} // namespace host

@@ -1,0 +1,40 @@
+// Collects what is wrong with one configuration file, so that all of it is reported at once.
+#pragma once
+
+#include "BAS/Status.h"
+
+#include <compare>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// A place in a text file; lines and columns count from 1. Compares by order in the file.
+struct FilePosition {
+    int line = 1;
+    int column = 1;
+
+    friend auto operator<=>(FilePosition const&, FilePosition const&) = default;
+};
+
+class Problems {
+public:
+    explicit Problems(std::filesystem::path file) : fileM(std::move(file)) {}
+
+    void add(FilePosition position, std::string text);
+    bool empty() const noexcept { return problemsM.empty(); }
+    // Throws a StartFailure with all problems, in the order of their places, if there are any.
+    void throwIfAny() const;
+
+private:
+    struct Problem {
+        FilePosition position;
+        std::string text;
+    };
+
+    std::filesystem::path fileM;
+    std::vector<Problem> problemsM;
+};
+
+} // namespace host

@@ -1,0 +1,55 @@
+// The registry file: what the host has to do, and the tree of texts that the registered objects
+// read.
+#pragma once
+
+#include "BAS/RegistryEntry.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct ModuleConfiguration {
+    std::string registeredName;    // "<root>.DataPool.<key>.Module" and the like
+    std::string moduleName;        // names the library and its entry
+    std::filesystem::path library; // empty: the library is looked for on the module path
+};
+
+// Where an input's lines that can't be taken are kept.
+struct InputConfiguration {
+    std::filesystem::path file; // "-" is standard input
+    std::filesystem::path rejectFile;
+};
+
+struct PipelineConfiguration {
+    std::string name;
+    std::string registeredName; // "<root>.Pipelines.<name>"
+    std::filesystem::path edrDescription;
+    std::size_t batchSize = 100;
+    std::size_t maxLineLength = std::size_t{1} << 20; // bytes, without the line end
+    std::vector<InputConfiguration> inputs;
+    std::optional<std::filesystem::path> log; // the process log without it
+    std::vector<ModuleConfiguration> functions;
+};
+
+struct HostConfiguration {
+    std::filesystem::path directory;                 // of the registry file
+    std::optional<std::filesystem::path> processLog; // standard error without it
+    std::vector<ModuleConfiguration> dataPool;
+    std::vector<PipelineConfiguration> pipelines;
+};
+
+struct Registry {
+    HostConfiguration configuration;
+    std::unique_ptr<BAS::RegistryEntry> root;
+};
+
+// Reads and checks the whole file; all paths come back absolute. Throws a StartFailure with every
+// problem that the file has, each with its place in the file.
+Registry readRegistry(std::filesystem::path const& file);
+
+} // namespace host
