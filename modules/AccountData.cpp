@@ -126,7 +126,7 @@ void AccountData::load(RWDBConnection const& connection, RowReport const& report
     // Without its parent an account is no parent either.
     RowFault<Account> const unknownParent = [this](Account const& row) {
         return row.parentId && account(*row.parentId) == nullptr
-                   ? noUsableRow("ACCOUNT", namedValue("ACCOUNT_ID", std::to_string(*row.parentId)))
+                   ? noUsableRow("ACCOUNT", {{"ACCOUNT_ID", std::to_string(*row.parentId)}})
                    : std::string();
     };
     while (tables.leaveOut(accountTable, accountsM, unknownParent)) {
@@ -166,15 +166,14 @@ void AccountData::dump(std::ostream& out, Asked const& asked) const {
 
 std::string AccountData::unknownAccount(std::uint64_t accountId) const {
     return account(accountId) == nullptr
-               ? noUsableRow("ACCOUNT", namedValue("ACCOUNT_ID", std::to_string(accountId)))
+               ? noUsableRow("ACCOUNT", {{"ACCOUNT_ID", std::to_string(accountId)}})
                : std::string();
 }
 
 std::string AccountData::unknownService(OwnedItem const& item) const {
     return item.serviceId && service(item.accountId, *item.serviceId) == nullptr
-               ? noUsableRow("ACCOUNT_SERVICE",
-                             namedValue("SERVICE_ID", std::to_string(*item.serviceId)) +
-                                 " of this account")
+               ? noUsableRow("ACCOUNT_SERVICE", {{"ACCOUNT_ID", std::to_string(item.accountId)},
+                                                 {"SERVICE_ID", std::to_string(*item.serviceId)}})
                : std::string();
 }
 

@@ -55,14 +55,13 @@ void BalanceData::load(RWDBConnection const& connection, RowReport const& report
     balancesM = tables.load<Balance>(balanceTable, [this](Balance const& row) {
         return group(row.groupId) == nullptr
                    ? noUsableRow("BALANCE_GROUP",
-                                 namedValue("BALANCE_GROUP_ID", std::to_string(row.groupId)))
+                                 {{"BALANCE_GROUP_ID", std::to_string(row.groupId)}})
                    : validityFault(row);
     });
     subBalancesM = tables.load<SubBalance>(subBalanceTable, [this](SubBalance const& row) {
         return balanceOf(row) == nullptr
-                   ? noUsableRow("BALANCE",
-                                 namedValue("BALANCE_GROUP_ID", std::to_string(row.groupId)) +
-                                     ", " + namedValue("RESOURCE", textsM[row.resource]))
+                   ? noUsableRow("BALANCE", {{"BALANCE_GROUP_ID", std::to_string(row.groupId)},
+                                             {"RESOURCE", std::string(textsM[row.resource])}})
                    : validityFault(row);
     });
 }
@@ -80,10 +79,10 @@ void BalanceData::dump(std::ostream& out,
 void BalanceData::dumpGroup(DumpText& text, std::uint64_t groupId) const {
     auto const* const found = group(groupId);
     if (found == nullptr) {
-        text.line("  Balance group {}: not in memory", groupId);
+        text.line("  balance group {}: not in memory", groupId);
         return;
     }
-    text.line("  Balance group {} of account {}", groupId, found->accountId);
+    text.line("  balance group {} of account {}", groupId, found->accountId);
     text.line("    Balances");
     text.list<Balance>(6, balanceList, rowsOfGroup(balancesM, groupId));
     text.line("    Sub-balances, in the units of their balances");

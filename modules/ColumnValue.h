@@ -23,7 +23,8 @@ using ColumnMember =
                  EndTime Row::*, Text Row::*, std::optional<std::uint64_t> Row::*,
                  std::optional<Decimal> Row::*, std::optional<Text> Row::*>;
 
-// Takes a value from its text. Returns null, or what was expected of the text instead.
+// Takes a value from its text, which is not empty. Returns null, or what was expected of the text
+// instead.
 char const* parseValue(std::string_view text, std::uint64_t& value, TextIntake& texts);
 char const* parseValue(std::string_view text, std::int64_t& value, TextIntake& texts);
 char const* parseValue(std::string_view text, Decimal& value, TextIntake& texts);
@@ -35,12 +36,6 @@ template <class Value>
 char const* parseValue(std::string_view text, std::optional<Value>& value, TextIntake& texts) {
     return parseValue(text, value.emplace(), texts);
 }
-// Feeding systems write the empty text for no text.
-inline char const* parseValue(std::string_view text, std::optional<Text>& value,
-                              TextIntake& texts) {
-    return text.empty() ? nullptr : parseValue(text, value.emplace(), texts);
-}
-
 // Whether a member is left as it was built when its column is NULL.
 template <class Value>
 constexpr bool takesNull = false;

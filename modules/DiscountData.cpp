@@ -89,8 +89,8 @@ void DiscountData::load(RWDBConnection const& connection, RowReport const& repor
     stepsM = tables.load<DiscountStep>(stepTable, [this](DiscountStep const& row) {
         return ruleOf(row) == nullptr
                    ? noUsableRow("DISCOUNT_RULE",
-                                 namedValue("MODEL_NAME", textsM[row.modelName]) + ", " +
-                                     namedValue("RULE_NO", std::to_string(row.ruleNumber)))
+                                 {{"MODEL_NAME", std::string(textsM[row.modelName])},
+                                  {"RULE_NO", std::to_string(row.ruleNumber)}})
                    : thresholdFault(row);
     });
     RowFault<DiscountObject> const objectFault = [this](DiscountObject const& row) {
@@ -163,7 +163,7 @@ void DiscountData::dumpModel(DumpText& text, std::string_view name) const {
 
 std::string DiscountData::unknownModel(Text name) const {
     return model(textsM[name]) == nullptr
-               ? noUsableRow("DISCOUNT_MODEL", namedValue("MODEL_NAME", textsM[name]))
+               ? noUsableRow("DISCOUNT_MODEL", {{"MODEL_NAME", std::string(textsM[name])}})
                : std::string();
 }
 

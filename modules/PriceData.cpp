@@ -66,7 +66,7 @@ void PriceData::load(RWDBConnection const& connection, RowReport const& report) 
     modelsM = tables.load(modelTable);
     stepsM = tables.load<PriceStep>(stepTable, [this](PriceStep const& row) {
         if (model(textsM[row.code]) == nullptr) {
-            return noUsableRow("PRICEMODEL", namedValue("PRICEMODEL_CODE", textsM[row.code]));
+            return noUsableRow("PRICEMODEL", {{"PRICEMODEL_CODE", std::string(textsM[row.code])}});
         }
         if (row.perQuantity <= Decimal()) {
             return std::string("PER_QUANTITY is not above zero");
@@ -77,8 +77,8 @@ void PriceData::load(RWDBConnection const& connection, RowReport const& report) 
     impactsM = tables.load<PriceImpact>(impactTable, [this](PriceImpact const& row) {
         return stepOf(row) == nullptr
                    ? noUsableRow("PRICEMODEL_STEP",
-                                 namedValue("PRICEMODEL_CODE", textsM[row.code]) + ", " +
-                                     namedValue("STEP_NO", std::to_string(row.stepNumber)))
+                                 {{"PRICEMODEL_CODE", std::string(textsM[row.code])},
+                                  {"STEP_NO", std::to_string(row.stepNumber)}})
                    : std::string();
     });
 }
@@ -95,11 +95,11 @@ void PriceData::dump(std::ostream& out, RWTValOrderedVector<BAS::String> const& 
 void PriceData::dumpModel(DumpText& text, std::string_view code) const {
     auto const* const found = model(code);
     if (found == nullptr) {
-        text.line("  Price model {}: not in memory", shownText(code));
+        text.line("  price model {}: not in memory", shownText(code));
         return;
     }
     auto const description = shownValue(found->description, textsM);
-    text.line("  Price model {}{}{}", shownText(code), description.empty() ? "" : ": ",
+    text.line("  price model {}{}{}", shownText(code), description.empty() ? "" : ": ",
               description);
     text.line("    Steps, amounts in {}", shownValue(found->currency, textsM));
     text.list<PriceStep>(6, stepList, rowsOfModel(stepsM, code, textsM));

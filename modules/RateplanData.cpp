@@ -52,8 +52,8 @@ void RateplanData::load(RWDBConnection const& connection, RowReport const& repor
     rateplansM = tables.load<Rateplan>(rateplanTable, validityFault<Rateplan>);
     entriesM = tables.load<RateplanEntry>(entryTable, [this](RateplanEntry const& row) {
         return rateplan(textsM[row.code], row.version) == nullptr
-                   ? noUsableRow("RATEPLAN", namedValue("RATEPLAN_CODE", textsM[row.code]) + ", " +
-                                                 namedValue("VERSION", std::to_string(row.version)))
+                   ? noUsableRow("RATEPLAN", {{"RATEPLAN_CODE", std::string(textsM[row.code])},
+                                              {"VERSION", std::to_string(row.version)}})
                    : std::string();
     });
 }

@@ -62,8 +62,13 @@ std::string namedValue(char const* column, std::string_view value) {
     return std::string(column) + " '" + shownText(value) + "'";
 }
 
-std::string noUsableRow(char const* table, std::string const& key) {
-    return std::string(table) + " has no usable row with " + key;
+std::string noUsableRow(char const* table,
+                        std::initializer_list<std::pair<char const*, std::string>> key) {
+    std::string text;
+    for (auto const& [column, value] : key) {
+        text += (text.empty() ? "" : ", ") + namedValue(column, value);
+    }
+    return std::string(table) + " has no usable row with " + text;
 }
 
 } // namespace MOD

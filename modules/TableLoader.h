@@ -14,9 +14,11 @@
 
 #include <algorithm>
 #include <functional>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace MOD {
@@ -91,7 +93,8 @@ private:
 std::string namedValue(char const* column, std::string_view value);
 
 // The fault of a reference to a row that isn't there, or that was left out.
-std::string noUsableRow(char const* table, std::string const& key);
+std::string noUsableRow(char const* table,
+                        std::initializer_list<std::pair<char const*, std::string>> key);
 
 // The fault of a validity that ends before it begins.
 template <class Row>
@@ -165,7 +168,8 @@ std::string TableLoader::takeRow(Table<Row> const& table, Row& row) {
 
 template <class Value>
 std::string TableLoader::takeValue(Cell const& cell, Value& value) {
-    if (cell.isNull) {
+    // Feeding systems write the empty text where there is no value.
+    if (cell.isNull || cell.text.isNull()) {
         return takesNull<Value> ? std::string() : std::string(cell.column) + " is missing";
     }
     auto const* const expected = parseValue(cell.text.view(), value, textsM);

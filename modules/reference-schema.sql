@@ -3,7 +3,7 @@
 -- No keys and references are declared: rows come from the feeding systems as they are, and a module
 -- that can't use a row reports it with its table and key and goes on without it. What each table is
 -- keyed by, and what its columns refer to, stands with the table; a column is mandatory unless
--- NULL is explained.
+-- NULL is explained. An empty text counts as NULL.
 --
 -- Values that occur in many tables:
 --   numbers    identifiers, from 0 up; those that an EDR carries stand there after the "_", such as
