@@ -100,83 +100,175 @@ unsigned long unixSeconds(unsigned long seconds) {
 
 // ---- What is kept of one event -----------------------------------------------------------------
 
-void EventDetailRecord::prepareForRefill() {
+SharingMap::Place SharingMap::findOrInsert(unsigned long ownerId) {
+    auto const place = std::lower_bound(orderM.begin(), orderM.end(), ownerId,
+                                        [&](std::uint32_t position, unsigned long id) {
+                                            return entriesM[position].owner.ownerId < id;
+                                        });
+    if (place != orderM.end() && entriesM[*place].owner.ownerId == ownerId) {
+        return {entriesM[*place], false};
+    }
+    orderM.insert(place, static_cast<std::uint32_t>(entriesM.entries()));
+    auto& entry = entriesM.append();
+    entry.owner.ownerId = ownerId;
+    entry.items.clear();
+    return {entry, true};
+}
+
+void SharingMap::clear() noexcept {
+    entriesM.clear();
+    orderM.clear();
+}
+
+void EventDetailRecord::prepareForRefill() noexcept {
     accountInfo.ownDiscounts.clear();
     accountInfo.productInfo.priceModelCodes.clear();
     sharingMap.clear();
 }
 
+void EventDetailRecord::startAnew() noexcept {
+    auto& product = accountInfo.productInfo;
+    for (auto* const text : {&identifier, &eventType, &serviceType, &serviceCode, &product.name,
+                             &product.internalRatePlan, &product.impactCategory,
+                             &product.serviceCodeUsed, &product.serviceClassUsed}) {
+        text->clear();
+    }
+    serviceId = 0;
+    chargingStartTime = 0;
+    accountInfo.accountId = 0;
+    accountInfo.balanceGroupId = 0;
+    product.ratePlanVersion = 0;
+    prepareForRefill();
+}
+
 // ---- The bounded store of events ---------------------------------------------------------------
 
-std::size_t EventKeyHash::operator()(EventKey const& key) const noexcept {
+namespace {
+
+std::size_t hashOf(EventKey const& key) noexcept {
     std::hash<std::string_view> const hash;
     constexpr std::size_t oddMultiplier = 0x9e3779b97f4a7c15;
     return hash(viewOf(key.first)) * oddMultiplier + hash(viewOf(key.second));
 }
 
-EventDetailRecord* EventMap::find(EventKey const& key) const {
-    auto const found = entriesM.find(key);
-    return found == entriesM.end() ? nullptr : found->second.get();
-}
+} // namespace
 
-EventKey const* EventMap::add(EventKey const& key) {
-    return &entriesM.try_emplace(key).first->first;
-}
-
-void EventMap::rename(EventKey const* key, EventKey const& newKey) {
-    auto entry = entriesM.extract(*key);
-    entry.mapped().reset();
-    entry.key() = newKey;
-    entriesM.insert(std::move(entry));
-}
-
-EventDetailRecord* EventMap::createRecord(EventKey const& key) {
-    auto& record = entriesM.at(key);
-    record = std::make_unique<EventDetailRecord>();
-    return record.get();
-}
-
-void EventMap::remove(EventKey const* key) {
-    entriesM.erase(entriesM.find(*key));
-}
-
-EventQueue::Position EventQueue::find(EventKey const& key) const {
-    auto const found = placesM.find(&key);
-    return found == placesM.end() ? end() : found->second;
-}
-
-void EventQueue::pushFront(EventKey const* key) {
-    if (spareNodeM.empty()) {
-        spareNodeM.emplace_front();
+CapturedEvent* EventMap::find(EventKey const& key) const noexcept {
+    if (slotsM.empty()) {
+        return nullptr;
     }
-    spareNodeM.front() = key;
-    if (key != nullptr && !sparePlaceM.empty()) {
-        sparePlaceM.key() = key;
-        sparePlaceM.mapped() = spareNodeM.begin();
-        placesM.insert(std::move(sparePlaceM));
-    } else if (key != nullptr) {
-        placesM.emplace(key, spareNodeM.begin());
+    auto const hash = hashOf(key);
+    for (auto slot = homeOf(hash); slotsM[slot].event != nullptr; slot = slotAfter(slot)) {
+        EventKey const& entered = *slotsM[slot].event;
+        if (slotsM[slot].hash == hash && entered == key) {
+            return slotsM[slot].event;
+        }
     }
-    nodesM.splice(nodesM.begin(), spareNodeM, spareNodeM.begin());
+    return nullptr;
 }
 
-void EventQueue::moveToFront(Position position) {
-    nodesM.splice(nodesM.begin(), nodesM, position);
+CapturedEvent& EventMap::add(EventKey const& key) {
+    reserve(eventsM.size() + 1);
+    auto event = std::make_unique<CapturedEvent>();
+    static_cast<EventKey&>(*event) = key;
+    event->keyHash = hashOf(key);
+    eventsM.push_back(std::move(event));
+    enter(*eventsM.back());
+    return *eventsM.back();
 }
 
-EventKey const* EventQueue::remove(Position position) {
-    auto const* const key = *position;
-    if (key != nullptr) {
-        sparePlaceM = placesM.extract(key);
+void EventMap::rename(CapturedEvent& event, EventKey const& newKey) {
+    leave(event);
+    event.hasRecord = false;
+    try {
+        static_cast<EventKey&>(event) = newKey;
+    } catch (...) {
+        auto const own = std::find_if(eventsM.begin(), eventsM.end(),
+                                      [&](auto const& owned) { return owned.get() == &event; });
+        eventsM.erase(own);
+        throw;
     }
-    spareNodeM.clear();
-    spareNodeM.splice(spareNodeM.begin(), nodesM, position);
-    return key;
+    event.keyHash = hashOf(newKey);
+    enter(event);
+}
+
+void EventMap::clear() noexcept {
+    std::fill(slotsM.begin(), slotsM.end(), Slot());
+    eventsM.clear();
+}
+
+void EventMap::reserve(std::size_t events) {
+    constexpr std::size_t fewestSlots = 16;
+    if (events * 2 <= slotsM.size()) {
+        return;
+    }
+    std::vector<Slot> larger(std::max(slotsM.size() * 2, fewestSlots));
+    slotsM.swap(larger);
+    for (auto const& event : eventsM) {
+        enter(*event);
+    }
+}
+
+void EventMap::enter(CapturedEvent& event) noexcept {
+    auto slot = homeOf(event.keyHash);
+    while (slotsM[slot].event != nullptr) {
+        slot = slotAfter(slot);
+    }
+    slotsM[slot] = {&event, event.keyHash};
+}
+
+// Frees the event's slot and closes the gap: every event behind it that may stand nearer to its
+// home moves up.
+void EventMap::leave(CapturedEvent const& event) noexcept {
+    auto gap = homeOf(event.keyHash);
+    while (slotsM[gap].event != &event) {
+        gap = slotAfter(gap);
+    }
+    for (auto slot = slotAfter(gap); slotsM[slot].event != nullptr; slot = slotAfter(slot)) {
+        auto const mask = slotsM.size() - 1;
+        auto const distanceFromHome = (slot - homeOf(slotsM[slot].hash)) & mask;
+        auto const distanceFromGap = (slot - gap) & mask;
+        if (distanceFromHome >= distanceFromGap) {
+            slotsM[gap] = slotsM[slot];
+            gap = slot;
+        }
+    }
+    slotsM[gap] = Slot();
+}
+
+void EventQueue::pushFront(CapturedEvent* event) noexcept {
+    linkAtFront(event == nullptr ? emptyEntryM : *event);
+    ++countM;
+}
+
+void EventQueue::moveToFront(CapturedEvent& event) noexcept {
+    unlink(event);
+    linkAtFront(event);
+}
+
+CapturedEvent* EventQueue::removeBack() noexcept {
+    auto& back = *endsM.newer;
+    unlink(back);
+    --countM;
+    return &back == &emptyEntryM ? nullptr : static_cast<CapturedEvent*>(&back);
 }
 
 void EventQueue::clear() noexcept {
-    placesM.clear();
-    nodesM.clear();
+    endsM.newer = &endsM;
+    endsM.older = &endsM;
+    countM = 0;
+}
+
+void EventQueue::linkAtFront(QueueEntry& entry) noexcept {
+    entry.newer = &endsM;
+    entry.older = endsM.older;
+    endsM.older->newer = &entry;
+    endsM.older = &entry;
+}
+
+void EventQueue::unlink(QueueEntry& entry) noexcept {
+    entry.newer->older = entry.older;
+    entry.older->newer = entry.newer;
 }
 
 // ---- The plug-in object ------------------------------------------------------------------------
@@ -612,7 +704,9 @@ void PlugIn::capture(EDR::Container* container) {
     auto const accountId =
         objectNumber(container->getString(fields.idxAccountParentId, currentObjects));
 
-    auto const* const key = checkUniquenessInQueue({identifier, serviceCode});
+    currentKey.first = identifier;
+    currentKey.second = serviceCode;
+    auto* const key = checkUniquenessInQueue(currentKey);
     EventDetailRecord* record = nullptr;
     if (key == nullptr || !checkForEventAllocation(key, record) || record == nullptr) {
         return;
@@ -629,43 +723,37 @@ void PlugIn::capture(EDR::Container* container) {
     populateProductInfo(container, key, record);
 }
 
-EventKey const* PlugIn::checkUniquenessInQueue(EventKey const& key) {
+CapturedEvent* PlugIn::checkUniquenessInQueue(EventKey const& key) {
     if (eventQueue.entries() == 0 && numberOfEvents == 0) {
         eventQueue.pushFront(nullptr);
         return nullptr;
     }
-    if (auto const found = eventQueue.find(key); found != eventQueue.end()) {
-        eventQueue.moveToFront(found);
-        return *found;
+    // The queue holds the events of the map, each once, and an empty entry equals no key: so what
+    // the map finds is what a search of the queue from its front would find first.
+    if (auto* const known = eventMap.find(key)) {
+        eventQueue.moveToFront(*known);
+        return known;
     }
     if (eventQueue.entries() < numberOfEvents) {
-        return addNewKey(key);
+        auto& added = eventMap.add(key);
+        eventQueue.pushFront(&added);
+        return &added;
     }
-    auto const* const oldest = eventQueue.remove(eventQueue.back());
+    auto* const oldest = eventQueue.removeBack();
     if (oldest != nullptr) {
-        eventMap.rename(oldest, key);
+        eventMap.rename(*oldest, key);
     }
     eventQueue.pushFront(oldest);
     return oldest;
 }
 
-EventKey const* PlugIn::addNewKey(EventKey const& key) {
-    auto const* const added = eventMap.add(key);
-    try {
-        eventQueue.pushFront(added);
-    } catch (...) {
-        eventMap.remove(added);
-        throw;
-    }
-    return added;
-}
-
-bool PlugIn::checkForEventAllocation(EventKey const* key, EventDetailRecord*& record) {
-    record = eventMap.find(*key);
-    if (record != nullptr) {
+bool PlugIn::checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& record) {
+    record = &key->record;
+    if (key->hasRecord) {
         record->prepareForRefill();
     } else {
-        record = eventMap.createRecord(*key);
+        record->startAnew();
+        key->hasRecord = true;
     }
     return true;
 }
@@ -690,6 +778,18 @@ void PlugIn::applyUTCOffset(BAS::DateTime& dateTime, EDR::Container const* conta
     dateTime.seconds(seconds);
 }
 
+namespace {
+
+void appendShared(RefillList<SharedItemInfo>& items, unsigned long id, BAS::String const& model,
+                  BAS::String const& sharingType) {
+    auto& item = items.append();
+    item.objectId = id;
+    item.name = model;
+    item.sharingType = sharingType;
+}
+
+} // namespace
+
 bool PlugIn::populateDiscAndSpon(EDR::Container* container, EventKey const* /*key*/,
                                  EventDetailRecord* record) {
     return populateDiscounts(container, record) && populateSponsorships(container, record);
@@ -704,14 +804,16 @@ bool PlugIn::populateDiscounts(EDR::Container* container, EventDetailRecord* rec
     while (itDlPd(blocks.blkCustADl)) {
         auto const owner = readOwner(itDlPd, ownerFields);
         bool const own = owner.accountId == record->accountInfo.accountId;
-        auto* const shared = own ? nullptr : &record->sharingMap[owner];
+        auto* const shared = own ? nullptr : &sharedItems(*record, owner);
         while (itDlPd(blocks.blkDlPd)) {
             auto const& model = itDlPd.getString(fields.idxPdDiscountModel);
             auto const id = objectNumber(itDlPd.getString(fields.idxPdDiscountId));
-            if (own) {
-                record->accountInfo.ownDiscounts.append(OwnDiscountInfo(id, model));
+            if (shared == nullptr) {
+                auto& discount = record->accountInfo.ownDiscounts.append();
+                discount.objectId = id;
+                discount.name = model;
             } else {
-                shared->append(SharedItemInfo(id, model, SharingTypeDiscount));
+                appendShared(*shared, id, model, SharingTypeDiscount);
             }
         }
     }
@@ -730,25 +832,33 @@ bool PlugIn::populateSponsorships(EDR::Container* container, EventDetailRecord* 
         auto const owner = readOwner(itDlPd, ownerFields);
         // What an account sponsors for itself is not recorded.
         bool const own = owner.accountId == record->accountInfo.accountId;
-        auto* const shared = own ? nullptr : &record->sharingMap[owner];
+        auto* const shared = own ? nullptr : &sharedItems(*record, owner);
         while (itSlSd(blocks.blkSlSd)) {
             auto const& model = itDlPd.getString(fields.idxSdDiscountModel);
             auto const id = objectNumber(itDlPd.getString(fields.idxSdSponsorshipId));
-            if (!own) {
-                shared->append(SharedItemInfo(id, model, SharingTypeSponsor));
+            if (shared != nullptr) {
+                appendShared(*shared, id, model, SharingTypeSponsor);
             }
         }
     }
     return true;
 }
 
-SharingAccountInfo PlugIn::readOwner(EDR::Iterator const& iterator, OwnerFields const& from) {
-    SharingAccountInfo owner;
-    owner.balanceGroupId = objectNumber(iterator.getString(from.balanceGroupId));
-    owner.accountId = objectNumber(iterator.getString(from.accountId));
-    owner.ownerId = objectNumber(iterator.getString(from.ownerId));
-    owner.ownerType = iterator.getString(from.ownerType);
-    return owner;
+PlugIn::Owner PlugIn::readOwner(EDR::Iterator const& iterator, OwnerFields const& from) {
+    return {objectNumber(iterator.getString(from.balanceGroupId)),
+            objectNumber(iterator.getString(from.accountId)),
+            objectNumber(iterator.getString(from.ownerId)), iterator.getString(from.ownerType)};
+}
+
+// An owner that is known already keeps the fields of the block in which it was met first.
+RefillList<SharedItemInfo>& PlugIn::sharedItems(EventDetailRecord& record, Owner const& owner) {
+    auto const place = record.sharingMap.findOrInsert(owner.ownerId);
+    if (place.isNew) {
+        place.entry.owner.accountId = owner.accountId;
+        place.entry.owner.balanceGroupId = owner.balanceGroupId;
+        place.entry.owner.ownerType = owner.ownerType;
+    }
+    return place.entry.items;
 }
 
 bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*key*/,
@@ -881,10 +991,11 @@ void writeRecord(std::ostream& out, EventDetailRecord const& record) {
         writeOwnDiscount(out, record.accountInfo.ownDiscounts[i]);
     }
     out << "\n\n  DiscountSharing & Sponsorship:" << std::endl;
-    for (auto const& [owner, items] : record.sharingMap) {
+    for (std::size_t i = 0; i < record.sharingMap.entries(); ++i) {
+        auto const& [owner, items] = record.sharingMap[i];
         writeSharingOwner(out, owner);
-        for (std::size_t i = 0; i < items.entries(); ++i) {
-            writeSharedItem(out, items[i]);
+        for (std::size_t j = 0; j < items.entries(); ++j) {
+            writeSharedItem(out, items[j]);
         }
     }
 }
@@ -896,14 +1007,12 @@ void writeRecord(std::ostream& out, EventDetailRecord const& record) {
 template <class EventWriter>
 void PlugIn::forEachEventFromOldest(EventWriter writeEvent) {
     dumpCounter = static_cast<long>(eventQueue.entries());
-    auto position = eventQueue.end();
-    while (dumpCounter > 0) {
+    for (auto const* const event : eventQueue) {
         --dumpCounter;
-        auto const* const key = *--position;
-        if (key == nullptr) {
+        if (event == nullptr) {
             return;
         }
-        writeEvent(*key, eventMap.find(*key));
+        writeEvent(*event, event->hasRecord ? &event->record : nullptr);
     }
 }
 
@@ -1030,7 +1139,8 @@ private:
     void writeSharing(EventDetailRecord const& record) {
         outM << "\n\nAll DiscountSharing & Sponsorship Information:" << std::endl;
         outM << "--------------------------------------------------" << std::endl;
-        for (auto const& [owner, items] : record.sharingMap) {
+        for (std::size_t i = 0; i < record.sharingMap.entries(); ++i) {
+            auto const& [owner, items] = record.sharingMap[i];
             clearLists();
             writeSharingOwner(outM, owner);
             if (modulesM.balance != nullptr) {
@@ -1043,7 +1153,7 @@ private:
         }
     }
 
-    void writeSharedItems(RWTValOrderedVector<SharedItemInfo> const& items) {
+    void writeSharedItems(RefillList<SharedItemInfo> const& items) {
         for (std::size_t i = 0; i < items.entries(); ++i) {
             auto const& item = items[i];
             writeSharedItem(outM, item);

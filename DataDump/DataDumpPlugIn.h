@@ -19,13 +19,12 @@
 #include "RW/RWTPtrOrderedVector.h"
 #include "RW/RWTValOrderedVector.h"
 
+#include <cstdint>
 #include <iosfwd>
-#include <iterator>
-#include <list>
 #include <map>
 #include <memory>
-#include <unordered_map>
 #include <utility>
+#include <vector>
 
 class RWDBReader;
 namespace DAT::Account {
@@ -82,7 +81,6 @@ struct BaseAccountInfo {
 template <PricingInfoType type>
 struct BasePriceInfo {
     BasePriceInfo() = default;
-    BasePriceInfo(unsigned long id, BAS::String const& itemName) : objectId(id), name(itemName) {}
     BasePriceInfo(BasePriceInfo const&) = default;
     BasePriceInfo(BasePriceInfo&&) noexcept = default;
     BasePriceInfo& operator=(BasePriceInfo const&) = default;
@@ -107,6 +105,45 @@ struct ProductInfo : BasePriceInfo<PricingInfoType::usedProduct> {
 
 using OwnDiscountInfo = BasePriceInfo<PricingInfoType::ownDiscount>;
 
+// A list that is emptied and filled again for every EDR of its event: its elements keep their
+// storage, so that filling it with elements of like size allocates nothing. An unusually long list
+// gives the storage beyond the usual length back when it is emptied.
+template <class Element>
+class RefillList {
+public:
+    RefillList() = default;
+    RefillList(RefillList const&) = delete;
+    RefillList(RefillList&& other) noexcept
+        : elementsM(std::move(other.elementsM)), countM(std::exchange(other.countM, 0)) {}
+    RefillList& operator=(RefillList const&) = delete;
+    RefillList& operator=(RefillList&&) = delete;
+
+    // Appends an element, which still holds what it held before the list was emptied: the caller
+    // sets every field.
+    Element& append() {
+        if (countM == elementsM.size()) {
+            elementsM.emplace_back();
+        }
+        return elementsM[countM++];
+    }
+    void clear() noexcept {
+        constexpr std::size_t usualLength = 32;
+        countM = 0;
+        if (elementsM.size() > usualLength) {
+            elementsM.clear();
+            elementsM.shrink_to_fit();
+        }
+    }
+
+    std::size_t entries() const noexcept { return countM; }
+    Element& operator[](std::size_t position) { return elementsM[position]; }
+    Element const& operator[](std::size_t position) const { return elementsM[position]; }
+
+private:
+    std::vector<Element> elementsM;
+    std::size_t countM = 0;
+};
+
 // What the event's own account contributed.
 struct EventAccountInfo : BaseAccountInfo<AccountType::eventAccount> {
     EventAccountInfo() = default;
@@ -115,7 +152,7 @@ struct EventAccountInfo : BaseAccountInfo<AccountType::eventAccount> {
     virtual ~EventAccountInfo() = default;
 
     ProductInfo productInfo;
-    RWTValOrderedVector<OwnDiscountInfo> ownDiscounts;
+    RefillList<OwnDiscountInfo> ownDiscounts;
 };
 
 // An owner that shares discounts with the event's account or sponsors it. Owners are the same when
@@ -123,7 +160,9 @@ struct EventAccountInfo : BaseAccountInfo<AccountType::eventAccount> {
 struct SharingAccountInfo : BaseAccountInfo<AccountType::sharingAccount> {
     SharingAccountInfo() = default;
     SharingAccountInfo(SharingAccountInfo const&) = default;
+    SharingAccountInfo(SharingAccountInfo&&) noexcept = default;
     SharingAccountInfo& operator=(SharingAccountInfo const&) = default;
+    SharingAccountInfo& operator=(SharingAccountInfo&&) noexcept = default;
     virtual ~SharingAccountInfo() = default;
 
     unsigned long ownerId = 0;
@@ -137,16 +176,40 @@ struct SharingAccountInfo : BaseAccountInfo<AccountType::sharingAccount> {
 // A shared discount or a sponsorship.
 template <PricingInfoType type>
 struct SharedPriceInfo : BasePriceInfo<type> {
-    SharedPriceInfo(unsigned long id, BAS::String const& itemName, BAS::String const& kind)
-        : BasePriceInfo<type>(id, itemName), sharingType(kind) {}
-
     // SharingTypeDiscount or SharingTypeSponsor.
     BAS::String sharingType;
 };
 
 using SharedItemInfo = SharedPriceInfo<PricingInfoType::sharedPrice>;
-// Owners in ascending order of owner id, each with its items in the order met.
-using SharingMap = std::map<SharingAccountInfo, RWTValOrderedVector<SharedItemInfo>>;
+
+// The owners of one event with what each shares, in ascending order of owner id.
+class SharingMap {
+public:
+    struct Entry {
+        SharingAccountInfo owner;
+        // In the order met.
+        RefillList<SharedItemInfo> items;
+    };
+
+    // The entry of that owner id. A new one has no items, and the fields of its owner other than
+    // the id are for the caller to set.
+    struct Place {
+        Entry& entry;
+        bool isNew;
+    };
+    Place findOrInsert(unsigned long ownerId);
+    void clear() noexcept;
+
+    std::size_t entries() const noexcept { return orderM.size(); }
+    // By position in ascending order of owner id.
+    Entry const& operator[](std::size_t position) const { return entriesM[orderM[position]]; }
+
+private:
+    // In the order of insertion, so that no entry ever moves.
+    RefillList<Entry> entriesM;
+    // Positions in entriesM, in ascending order of owner id.
+    std::vector<std::uint32_t> orderM;
+};
 
 // The state of one captured event, as its latest EDR left it.
 struct EventDetailRecord {
@@ -156,7 +219,9 @@ struct EventDetailRecord {
 
     // Empties the lists for a new EDR of the same key. Texts and numbers keep their values until
     // the new EDR's overwrite them.
-    void prepareForRefill();
+    void prepareForRefill() noexcept;
+    // Empties everything for another key; only storage is kept.
+    void startAnew() noexcept;
 
     BAS::String identifier;
     BAS::String eventType;
@@ -176,84 +241,110 @@ struct EventDetailRecord {
 // The customer identifier of the event's service, and the internal service code.
 using EventKey = std::pair<BAS::String, BAS::String>;
 
-struct EventKeyHash {
-    std::size_t operator()(EventKey const& key) const noexcept;
+// An entry's links to its neighbours in the event queue.
+struct QueueEntry {
+    QueueEntry* newer = nullptr;
+    QueueEntry* older = nullptr;
 };
 
-// Owns every event key and the record of each. A key object keeps its address from add or rename
-// until remove or clear. A key may be without a record, from its creation until its record is
-// made. Finding, adding and renaming take constant time.
+// A key object with what belongs to it: its record and its place in the queue. The event map owns
+// it; it keeps its address when it is given another key.
+struct CapturedEvent : EventKey, QueueEntry {
+    std::size_t keyHash = 0;
+    // False until the first EDR's record is made: a key may be without a record.
+    bool hasRecord = false;
+    EventDetailRecord record;
+};
+
+// Owns the key objects and their records. No two keys are equal. Finding, adding and renaming take
+// constant time; renaming allocates nothing but room for a longer text.
 class EventMap {
 public:
-    // The record of a key of equal value; null without a key or without a record.
-    EventDetailRecord* find(EventKey const& key) const;
+    // The key object of equal value, or null.
+    CapturedEvent* find(EventKey const& key) const noexcept;
 
-    // A new key object, without a record. No equal key may be in the map.
-    EventKey const* add(EventKey const& key);
-    // Destroys the key's record and overwrites the key object, which must be the map's own, with
-    // the new key, of which no equal may be in the map. If that fails, the key object is gone.
-    void rename(EventKey const* key, EventKey const& newKey);
-    // Gives a key of the map, which has no record, an empty one.
-    EventDetailRecord* createRecord(EventKey const& key);
-    // Destroys the key object, which must be the map's own, and its record.
-    void remove(EventKey const* key);
-    void clear() noexcept { entriesM.clear(); }
+    // A new key object, without a record. No equal key may be in the map. A failure leaves the map
+    // as it was.
+    CapturedEvent& add(EventKey const& key);
+    // Takes the record away and overwrites the key object with the new key, of which no equal may
+    // be in the map. If that fails, the key object is gone.
+    void rename(CapturedEvent& event, EventKey const& newKey);
+    void clear() noexcept;
 
-    std::size_t entries() const noexcept { return entriesM.size(); }
+    std::size_t entries() const noexcept { return eventsM.size(); }
 
 private:
-    std::unordered_map<EventKey, std::unique_ptr<EventDetailRecord>, EventKeyHash> entriesM;
+    // A hash table with linear probing, at most half full. A free slot has no event.
+    struct Slot {
+        CapturedEvent* event = nullptr;
+        std::size_t hash = 0;
+    };
+
+    std::size_t slotAfter(std::size_t slot) const noexcept {
+        return (slot + 1) & (slotsM.size() - 1);
+    }
+    std::size_t homeOf(std::size_t hash) const noexcept { return hash & (slotsM.size() - 1); }
+    void reserve(std::size_t events);
+    void enter(CapturedEvent& event) noexcept;
+    void leave(CapturedEvent const& event) noexcept;
+
+    std::vector<std::unique_ptr<CapturedEvent>> eventsM;
+    // A power of two, or none.
+    std::vector<Slot> slotsM;
 };
 
-// The order in which events were seen: the front is the most recently seen key, the back the one
-// seen longest ago. It owns its nodes and not the keys that they point to, and no two entries point
-// to equal keys. An entry may be empty, that is point to no key: it equals nothing. Finding, moving
-// to the front and removing take constant time at any length, and a key that takes the place of a
-// removed one allocates nothing.
+// The order in which events were seen: the front is the most recently seen one, the back the one
+// seen longest ago. It links the events, which are the event map's, and owns none. At most one
+// entry is empty: it stands for no event and equals no key. Every operation takes constant time;
+// none can fail.
 class EventQueue {
-    using Nodes = std::list<EventKey const*>;
-
 public:
-    EventQueue() = default;
+    EventQueue() noexcept { clear(); }
     EventQueue(EventQueue const&) = delete;
     EventQueue& operator=(EventQueue const&) = delete;
 
-    // A place in the queue; it stays with its entry until the entry is removed.
-    using Position = Nodes::const_iterator;
+    std::size_t entries() const noexcept { return countM; }
 
-    std::size_t entries() const noexcept { return nodesM.size(); }
-    // Iterates from the front to the place behind the back.
-    Position begin() const noexcept { return nodesM.begin(); }
-    Position end() const noexcept { return nodesM.end(); }
-    // The place of the back; the queue must not be empty.
-    Position back() const noexcept { return std::prev(nodesM.end()); }
-
-    // The place of the entry whose key equals this one; end() when there is none.
-    Position find(EventKey const& key) const;
-
-    // Null puts an empty entry. The key must not change while it is in the queue. A failure leaves
-    // the queue as it was.
-    void pushFront(EventKey const* key);
-    void moveToFront(Position position);
-    // Takes the entry out and returns its key.
-    EventKey const* remove(Position position);
-    // Doesn't touch the keys, which may be gone already.
+    // Null puts the empty entry.
+    void pushFront(CapturedEvent* event) noexcept;
+    void moveToFront(CapturedEvent& event) noexcept;
+    // Takes the back out, which must exist; null when it was the empty entry.
+    CapturedEvent* removeBack() noexcept;
+    // Doesn't touch the events, which may be gone already.
     void clear() noexcept;
 
-private:
-    struct PointedHash {
-        std::size_t operator()(EventKey const* key) const noexcept { return EventKeyHash{}(*key); }
-    };
-    struct PointedEqual {
-        bool operator()(EventKey const* a, EventKey const* b) const noexcept { return *a == *b; }
-    };
-    using Places = std::unordered_map<EventKey const*, Position, PointedHash, PointedEqual>;
+    // Walks from the back to the front; an empty entry is null.
+    class OldestFirst {
+    public:
+        CapturedEvent const* operator*() const noexcept { return queueM->eventOf(entryM); }
+        OldestFirst& operator++() noexcept {
+            entryM = entryM->newer;
+            return *this;
+        }
+        bool operator==(OldestFirst const&) const noexcept = default;
 
-    Nodes nodesM;
-    Places placesM;
-    // The node of the entry removed last, for the next one that is put.
-    Nodes spareNodeM;
-    Places::node_type sparePlaceM;
+    private:
+        friend class EventQueue;
+        OldestFirst(EventQueue const* queue, QueueEntry const* entry) noexcept
+            : queueM(queue), entryM(entry) {}
+
+        EventQueue const* queueM;
+        QueueEntry const* entryM;
+    };
+    OldestFirst begin() const noexcept { return {this, endsM.newer}; }
+    OldestFirst end() const noexcept { return {this, &endsM}; }
+
+private:
+    CapturedEvent const* eventOf(QueueEntry const* entry) const noexcept {
+        return entry == &emptyEntryM ? nullptr : static_cast<CapturedEvent const*>(entry);
+    }
+    void linkAtFront(QueueEntry& entry) noexcept;
+    static void unlink(QueueEntry& entry) noexcept;
+
+    // Closes the ring: its newer is the back, its older the front.
+    QueueEntry endsM;
+    QueueEntry emptyEntryM;
+    std::size_t countM = 0;
 };
 
 // ---- The EDR handles ---------------------------------------------------------------------------
@@ -347,9 +438,9 @@ protected:
     // Capture.
     // The key object that now stands at the front of the queue for this key; null when nothing is
     // to be captured.
-    EventKey const* checkUniquenessInQueue(EventKey const& key);
+    CapturedEvent* checkUniquenessInQueue(EventKey const& key);
     // Sets record to the key's record, ready to be filled. Always true.
-    bool checkForEventAllocation(EventKey const* key, EventDetailRecord*& record);
+    bool checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& record);
     // The charging start in seconds since 1970-01-01 00:00:00 GMT.
     unsigned long getGMTStartTime(EDR::Container const* container) const;
     // Moves a date-time in the EDR's local time to GMT.
@@ -391,6 +482,8 @@ protected:
     unsigned long numberOfEvents = 3;
     // How many events of the report in progress are still to be written.
     long dumpCounter = 0;
+    // The key of the EDR at hand; kept for its storage.
+    EventKey currentKey;
 
 private:
     enum class ErrorForm { statusThenLog, setStatus };
@@ -400,6 +493,12 @@ private:
         EDR::Index const& accountId;
         EDR::Index const& ownerId;
         EDR::Index const& ownerType;
+    };
+    struct Owner {
+        unsigned long balanceGroupId;
+        unsigned long accountId;
+        unsigned long ownerId;
+        BAS::String const& ownerType;
     };
 
     bool isValid() const;
@@ -420,8 +519,9 @@ private:
     bool writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone, Writer writer);
 
     void capture(EDR::Container* container);
-    EventKey const* addNewKey(EventKey const& key);
-    static SharingAccountInfo readOwner(EDR::Iterator const& iterator, OwnerFields const& from);
+    static Owner readOwner(EDR::Iterator const& iterator, OwnerFields const& from);
+    // The list that takes what the owner shares.
+    static RefillList<SharedItemInfo>& sharedItems(EventDetailRecord& record, Owner const& owner);
     bool populateDiscounts(EDR::Container* container, EventDetailRecord* record);
     bool populateSponsorships(EDR::Container* container, EventDetailRecord* record);
     template <class EventWriter>

@@ -1,7 +1,9 @@
 // An ordered vector of values: it grows at its end, keeps the order in which values were appended
-// and owns them.
+// and owns them. Emptying it keeps the storage, that of the elements included, so that a vector
+// that is filled again with values of like size allocates nothing.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
 #include <utility>
@@ -11,24 +13,43 @@ template <class T>
 class RWTValOrderedVector {
 public:
     RWTValOrderedVector() = default;
-    RWTValOrderedVector(std::initializer_list<T> values) : valuesM(values) {}
+    RWTValOrderedVector(std::initializer_list<T> values) : valuesM(values), countM(values.size()) {}
 
-    void append(T value) { valuesM.push_back(std::move(value)); }
-    // Empties the vector and keeps its storage.
-    void clear() noexcept { valuesM.clear(); }
+    RWTValOrderedVector(RWTValOrderedVector const&) = default;
+    RWTValOrderedVector(RWTValOrderedVector&& other) noexcept
+        : valuesM(std::move(other.valuesM)), countM(std::exchange(other.countM, 0)) {}
+    RWTValOrderedVector& operator=(RWTValOrderedVector other) noexcept {
+        valuesM.swap(other.valuesM);
+        std::swap(countM, other.countM);
+        return *this;
+    }
 
-    std::size_t entries() const noexcept { return valuesM.size(); }
+    void append(T const& value) {
+        if (countM < valuesM.size()) {
+            valuesM[countM] = value;
+        } else {
+            valuesM.push_back(value);
+        }
+        ++countM;
+    }
+    void clear() noexcept { countM = 0; }
+
+    std::size_t entries() const noexcept { return countM; }
     // The position counts from 0 and must be less than entries().
     T& operator[](std::size_t position) { return valuesM[position]; }
     T const& operator[](std::size_t position) const { return valuesM[position]; }
 
-    auto begin() noexcept { return valuesM.begin(); }
-    auto end() noexcept { return valuesM.end(); }
-    auto begin() const noexcept { return valuesM.begin(); }
-    auto end() const noexcept { return valuesM.end(); }
+    T* begin() noexcept { return valuesM.data(); }
+    T* end() noexcept { return valuesM.data() + countM; }
+    T const* begin() const noexcept { return valuesM.data(); }
+    T const* end() const noexcept { return valuesM.data() + countM; }
 
-    friend bool operator==(RWTValOrderedVector const&, RWTValOrderedVector const&) = default;
+    friend bool operator==(RWTValOrderedVector const& a, RWTValOrderedVector const& b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end());
+    }
 
 private:
     std::vector<T> valuesM;
+    // How many of the values are in use; those behind are kept for their storage.
+    std::size_t countM = 0;
 };

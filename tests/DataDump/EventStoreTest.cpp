@@ -1,6 +1,10 @@
 // The event queue and the event map: order, eviction and who owns what.
 #include "PlugInFixture.h"
 
+#include <iterator>
+#include <list>
+#include <map>
+
 namespace DataDumpTest {
 
 using FCT::DataDump::EventKey;
@@ -52,11 +56,12 @@ TEST_F(PlugInFixture, EvictionReusesTheKeyObjectAndStartsANewRecord) {
     keys["NumberOfEvents"] = "2";
     start();
     process({{"INTERN_SERVICE_CODE", "TEL"}, {"A_NUMBER", "K1"}, {"EVENT_TYPE", "/event/one"}});
-    auto const* const first = *plugIn->eventQueue.begin();
+    auto const* const first = plugIn->eventMap.find({"K1", "TEL"});
     processCustomer("K2");
     processCustomer("K3");
-    EXPECT_EQ(*plugIn->eventQueue.begin(), first);
-    EXPECT_EQ(*first, EventKey("K3", "TEL"));
+    EXPECT_THAT(queued(), ElementsAre("K3", "K2"));
+    EXPECT_EQ(plugIn->eventMap.find({"K3", "TEL"}), first);
+    EXPECT_EQ(static_cast<EventKey const&>(*first), EventKey("K3", "TEL"));
     EXPECT_EQ(recordOf("K1"), nullptr);
     EXPECT_EQ(recordOf("K3")->eventType, "");
 }
@@ -85,45 +90,56 @@ TEST_F(PlugInFixture, EvictedEmptyEntryGivesWayToAnEmptyEntry) {
     EXPECT_THAT(queued(), ElementsAre("K2", "(empty)"));
 }
 
-// Against a list that is searched from its front, over a long run of changes.
-TEST(EventQueue, BehavesLikeAListSearchedFromItsFront) {
-    std::vector<EventKey> keys;
-    for (int i = 0; i < 40; ++i) {
-        keys.emplace_back("c" + std::to_string(i / 4), "s" + std::to_string(i % 4));
-    }
-    FCT::DataDump::EventQueue queue;
-    std::list<EventKey const*> plain;
+// Against a list that is searched from its front, over a long run of EDRs: few keys and many, so
+// that keys come back after they were evicted.
+TEST_F(PlugInFixture, QueueBehavesLikeAListSearchedFromItsFront) {
+    std::size_t const capacity = 50;
+    keys["NumberOfEvents"] = std::to_string(capacity);
+    start();
+    std::list<std::string> plain;
     unsigned random = 1;
-    for (int step = 0; step < 5000; ++step) {
+    for (int step = 0; step < 1500; ++step) {
         random = random * 1103515245 + 12345;
-        auto const& key = keys[random / 65536 % keys.size()];
-        auto const found = queue.find(key);
-        auto const plainFound = std::find_if(plain.begin(), plain.end(), [&](auto const* entry) {
-            return entry != nullptr && *entry == key;
-        });
-        ASSERT_EQ(found == queue.end(), plainFound == plain.end());
-        if (found == queue.end()) {
-            queue.pushFront(&key);
-            plain.push_front(&key);
-        } else if (step % 3 == 0) {
-            queue.moveToFront(found);
-            plain.splice(plain.begin(), plain, plainFound);
-        } else {
-            ASSERT_EQ(queue.remove(found), &key);
-            plain.erase(plainFound);
+        auto const customer = std::to_string(random / 65536 % (step % 7 == 0 ? 500 : 60));
+        processCustomer(customer.c_str());
+        plain.remove(customer);
+        plain.push_front(customer);
+        if (plain.size() > capacity) {
+            plain.pop_back();
         }
-        if (step % 50 == 0) {
-            queue.pushFront(nullptr);
-            plain.push_front(nullptr);
-        }
-        ASSERT_EQ(queue.entries(), plain.size());
-        ASSERT_TRUE(std::equal(queue.begin(), queue.end(), plain.begin(), plain.end()));
-        ASSERT_EQ(*queue.back(), plain.back());
-        if (step % 1000 == 999) {
-            queue.clear();
-            plain.clear();
-        }
+        ASSERT_EQ(queued(), std::vector<std::string>(plain.begin(), plain.end()));
+        ASSERT_EQ(recordOf(customer.c_str())->identifier, customer);
+        ASSERT_EQ(plugIn->eventMap.entries(), plain.size());
     }
+}
+
+// Keys that are crowded into one corner of the table are found whatever is taken out between them.
+TEST(EventMap, FindsEveryKeyAfterAnyRenaming) {
+    FCT::DataDump::EventMap map;
+    std::map<std::string, FCT::DataDump::CapturedEvent*> plain;
+    for (int i = 0; i < 300; ++i) {
+        auto const name = "c" + std::to_string(i);
+        plain[name] = &map.add({name, ""});
+    }
+    unsigned random = 1;
+    for (int step = 0; step < 3000; ++step) {
+        random = random * 1103515245 + 12345;
+        auto const from = std::next(plain.begin(), random / 65536 % 300);
+        auto* const event = from->second;
+        ASSERT_EQ(map.find({from->first, ""}), event);
+        auto const oldName = from->first;
+        plain.erase(from);
+        auto const newName = "n" + std::to_string(step);
+        map.rename(*event, {newName, ""});
+        plain[newName] = event;
+        ASSERT_EQ(map.find({oldName, ""}), nullptr);
+    }
+    for (auto const& [name, event] : plain) {
+        ASSERT_EQ(map.find({name, ""}), event);
+    }
+    map.clear();
+    EXPECT_EQ(map.find({plain.begin()->first, ""}), nullptr);
+    EXPECT_EQ(map.entries(), 0U);
 }
 
 } // namespace DataDumpTest

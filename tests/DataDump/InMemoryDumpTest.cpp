@@ -26,20 +26,13 @@ protected:
         product.serviceCodeUsed = "TEL";
         product.serviceClassUsed = "*";
         product.priceModelCodes = {"PM1", "PM2", "PM1"};
-        record.accountInfo.ownDiscounts.append({11, "D1"});
-        record.accountInfo.ownDiscounts.append({11, "D1"});
-        FCT::DataDump::SharingAccountInfo owner;
-        owner.accountId = 2;
-        owner.ownerId = 20;
-        owner.ownerType = "/group";
-        owner.balanceGroupId = 200;
-        auto& items = record.sharingMap[owner];
-        items.append({5, "S5", FCT::DataDump::SharingTypeDiscount});
-        items.append({9, "S9", FCT::DataDump::SharingTypeSponsor});
-        items.append({8, "S8", "DiscountSharin"});
-        owner.ownerId = 30;
-        owner.balanceGroupId = 300;
-        record.sharingMap[owner];
+        addDiscount(record, 11, "D1");
+        addDiscount(record, 11, "D1");
+        addOwner(record, 2, 20, "/group", 200,
+                 {{5, "S5", FCT::DataDump::SharingTypeDiscount},
+                  {9, "S9", FCT::DataDump::SharingTypeSponsor},
+                  {8, "S8", "DiscountSharin"}});
+        addOwner(record, 2, 30, "/group", 300, {});
     }
     std::string dump() {
         std::ostringstream out;
@@ -146,15 +139,13 @@ TEST_F(InMemoryDump, LeavesOutWhatAMissingModuleWouldShow) {
 
 TEST_F(InMemoryDump, GoesFromTheOldestAndStopsAtAnEmptyEntry) {
     start();
-    FCT::DataDump::EventKey const oldest{"49171", "TEL"};
-    FCT::DataDump::EventKey const newest{"1", "TEL"};
-    plugIn->eventQueue.pushFront(&oldest);
+    putKey("49171");
     EXPECT_EQ(dump(), "Begin: 1" + heading + "\n\n");
-    plugIn->eventQueue.pushFront(&newest);
+    auto& newest = putKey("1");
     EXPECT_THAT(dump(), testing::AllOf(testing::StartsWith("Begin: 1" + heading + "\n\nBegin: 2\n"),
                                        testing::EndsWith("= 1   Service Code = TEL\n\n\n")));
     plugIn->eventQueue.pushFront(nullptr);
-    plugIn->eventQueue.moveToFront(plugIn->eventQueue.find(newest));
+    plugIn->eventQueue.moveToFront(newest);
     EXPECT_EQ(dump(), "Begin: 1" + heading + "\n\n");
     EXPECT_EQ(plugIn->dumpCounter, 1);
 }

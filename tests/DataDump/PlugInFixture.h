@@ -218,6 +218,34 @@ public:
     explicit Probe(std::string const& name) : PlugIn(name, "10003") {}
 };
 
+inline void addDiscount(FCT::DataDump::EventDetailRecord& record, unsigned long id,
+                        char const* model) {
+    auto& discount = record.accountInfo.ownDiscounts.append();
+    discount.objectId = id;
+    discount.name = model;
+}
+
+// Adds an owner, or finds the one of that id, and what it shares.
+struct SharedItem {
+    unsigned long id;
+    char const* model;
+    BAS::String sharingType;
+};
+inline void addOwner(FCT::DataDump::EventDetailRecord& record, unsigned long accountId,
+                     unsigned long ownerId, char const* ownerType, unsigned long balanceGroupId,
+                     std::vector<SharedItem> const& items) {
+    auto const place = record.sharingMap.findOrInsert(ownerId);
+    place.entry.owner.accountId = accountId;
+    place.entry.owner.ownerType = ownerType;
+    place.entry.owner.balanceGroupId = balanceGroupId;
+    for (auto const& item : items) {
+        auto& shared = place.entry.items.append();
+        shared.objectId = item.id;
+        shared.name = item.model;
+        shared.sharingType = item.sharingType;
+    }
+}
+
 inline std::vector<std::string> texts(RWTValOrderedVector<BAS::String> const& values) {
     std::vector<std::string> result;
     for (auto const& value : values) {
@@ -290,15 +318,22 @@ protected:
 
     FCT::DataDump::EventDetailRecord* recordOf(char const* customer,
                                                char const* serviceCode = "TEL") {
-        return plugIn->eventMap.find({customer, serviceCode});
+        auto* const event = plugIn->eventMap.find({customer, serviceCode});
+        return event == nullptr || !event->hasRecord ? nullptr : &event->record;
     }
     // The customers in the queue, front to back.
     std::vector<std::string> queued() const {
         std::vector<std::string> customers;
-        for (auto const* key : plugIn->eventQueue) {
-            customers.push_back(key == nullptr ? "(empty)" : key->first.str());
+        for (auto const* event : plugIn->eventQueue) {
+            customers.insert(customers.begin(), event == nullptr ? "(empty)" : event->first.str());
         }
         return customers;
+    }
+    // Puts a key without a record to the front of the queue.
+    FCT::DataDump::CapturedEvent& putKey(char const* customer) {
+        auto& event = plugIn->eventMap.add({customer, "TEL"});
+        plugIn->eventQueue.pushFront(&event);
+        return event;
     }
     std::string report() {
         std::ostringstream out;

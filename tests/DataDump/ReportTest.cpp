@@ -19,20 +19,12 @@ void fillRecord(FCT::DataDump::EventDetailRecord& record) {
     record.accountInfo.balanceGroupId = 2001;
     record.accountInfo.productInfo.name = "VOICE_STD";
     record.accountInfo.productInfo.priceModelCodes = {"PM1", "PM2"};
-    record.accountInfo.ownDiscounts.append({11, "D1"});
-    record.accountInfo.ownDiscounts.append({12, "D2"});
-    for (unsigned long const ownerId : {7UL, 3UL}) {
-        FCT::DataDump::SharingAccountInfo owner;
-        owner.accountId = 100 + ownerId;
-        owner.balanceGroupId = 200 + ownerId;
-        owner.ownerId = ownerId;
-        owner.ownerType = "/group/sharing";
-        auto& items = record.sharingMap[owner];
-        if (ownerId == 7) {
-            items.append({5, "S1", FCT::DataDump::SharingTypeDiscount});
-            items.append({9, "S2", FCT::DataDump::SharingTypeSponsor});
-        }
-    }
+    addDiscount(record, 11, "D1");
+    addDiscount(record, 12, "D2");
+    addOwner(record, 107, 7, "/group/sharing", 207,
+             {{5, "S1", FCT::DataDump::SharingTypeDiscount},
+              {9, "S2", FCT::DataDump::SharingTypeSponsor}});
+    addOwner(record, 103, 3, "/group/sharing", 203, {});
 }
 
 // Counts how often it is flushed, and what had arrived by then.
@@ -132,20 +124,16 @@ TEST_F(PlugInFixture, EmptyRecordWritesItsHeadings) {
 
 TEST_F(PlugInFixture, ReportGoesFromTheOldestAndStopsAtAnEmptyEntry) {
     start();
-    FCT::DataDump::EventKey const keyOnly{"B", "TEL"};
     auto const lines = [&](std::string const& key) {
         return separator + "\nEvent type= Identifier=" + key + "   Service Code = TEL\n" +
                separator + "\n";
     };
-    FCT::DataDump::EventKey const newer{"A", "TEL"};
-    plugIn->eventQueue.pushFront(&keyOnly);
-    plugIn->eventQueue.pushFront(&newer);
+    putKey("B");
+    auto& newer = putKey("A");
     EXPECT_EQ(report(), lines("B") + lines("A"));
 
-    plugIn->eventQueue.clear();
-    plugIn->eventQueue.pushFront(&keyOnly);
     plugIn->eventQueue.pushFront(nullptr);
-    plugIn->eventQueue.pushFront(&newer);
+    plugIn->eventQueue.moveToFront(newer);
     EXPECT_EQ(report(), lines("B"));
     EXPECT_EQ(plugIn->dumpCounter, 1);
 }
