@@ -212,7 +212,8 @@ private:
                 if (asInput != inputUsesM.end()) {
                     problemsM.add(asInput->second.front().position,
                                   "this input is the reject file of the input '" +
-                                      input.file.string() + "' and would be overwritten");
+                                      input.file.filename().string() +
+                                      "' and would be overwritten");
                 }
             }
         }

@@ -1,0 +1,56 @@
+// A function plug-in that counts what it is handed and tells it to its trace.
+#include "Trace.h"
+
+#include "BAS/ProtectedBool.h"
+#include "EDR/Container.h"
+#include "PLG/FunctionPlugIn.h"
+
+namespace {
+
+class Counter : public PLG::FunctionPlugIn {
+public:
+    explicit Counter(BAS::String const& name) : FunctionPlugIn(name, "1") {
+        if (!traceM.step("build")) {
+            setStatus("ERR_REG_ENTRY_NOT_FOUND", BAS::Status::critical, "SomeKey", true);
+            isValidM = false;
+        }
+    }
+    ~Counter() override { traceM.step("destroy"); }
+
+    bool init() override { return traceM.step("init"); }
+    bool finalInit() override { return traceM.step("finalInit"); }
+    bool install() override { return traceM.step("install"); }
+    bool startup() override { return traceM.step("startup"); }
+    bool shutdown() override { return traceM.step("shutdown"); }
+    bool uninstall() override { return traceM.step("uninstall"); }
+
+    bool isActive() const override { return traceM.step("isActive"); }
+
+    bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) override {
+        countM += batch.entries();
+        return traceM.step("batch", " of " + std::to_string(batch.entries()));
+    }
+
+    // Works on the key "Count"; an update with the key "Refuse" is rejected with a status.
+    bool registryUpdate(BAS::RegistryEntry const* update, BAS::ProtectedBool& workDone) override {
+        if (update->find("Refuse") != nullptr) {
+            setStatus("ERR_REG_VALUE_INVALID", BAS::Status::error, "Refuse", true);
+            return false;
+        }
+        if (update->find("Count") != nullptr) {
+            workDone.set(true);
+        }
+        traceM.step("update", " after " + std::to_string(countM));
+        return true;
+    }
+
+private:
+    Trace traceM{*this};
+    std::size_t countM = 0;
+};
+
+} // namespace
+
+extern "C" BAS::RegisteredObject* TestCounterModuleStart(BAS::String const& name) {
+    return new Counter(name);
+}

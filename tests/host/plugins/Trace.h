@@ -1,0 +1,39 @@
+// What a test module was asked, one line each, in the file that its registry key "Trace" names;
+// and what it is to do wrong, which its keys "Throw" and "Fail" name.
+#pragma once
+
+#include "BAS/RegisteredObject.h"
+#include "BAS/RegistryEntry.h"
+
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+class Trace {
+public:
+    explicit Trace(BAS::RegisteredObject const& object) : objectM(object) {}
+
+    // The part of the name that the test gave: "...Functions.NAME.Module".
+    std::string ownName() const {
+        auto const parts = objectM.name().split('.');
+        return parts[parts.entries() - 2].str();
+    }
+
+    // Writes the line, throws if that is wanted, and returns false if a failure is.
+    bool step(std::string const& name, std::string const& detail = {}) const {
+        std::ofstream(value("Trace"), std::ios::app) << ownName() << " " << name << detail << "\n";
+        if (value("Throw") == name) {
+            throw std::runtime_error("thrown in " + name);
+        }
+        return value("Fail") != name;
+    }
+
+private:
+    std::string value(char const* key) const {
+        auto const* const registry = objectM.registry();
+        auto const* const entry = registry == nullptr ? nullptr : registry->find(key);
+        return entry == nullptr ? std::string() : entry->value().str();
+    }
+
+    BAS::RegisteredObject const& objectM;
+};
