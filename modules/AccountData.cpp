@@ -184,7 +184,7 @@ Account const* AccountData::account(std::uint64_t accountId) const {
 AccountService const* AccountData::service(std::uint64_t accountId, std::uint64_t serviceId) const {
     return equalRow(servicesM, [&](AccountService const& row) {
         auto const order = row.accountId <=> accountId;
-        return order == 0 ? row.id <=> serviceId : order;
+        return std::is_eq(order) ? row.id <=> serviceId : order;
     });
 }
 

@@ -96,7 +96,7 @@ BalanceGroup const* BalanceData::group(std::uint64_t groupId) const {
 Balance const* BalanceData::balanceOf(SubBalance const& part) const {
     return equalRow(balancesM, [&](Balance const& row) {
         auto const order = row.groupId <=> part.groupId;
-        return order == 0 ? compareValues(row.resource, part.resource, textsM) : order;
+        return std::is_eq(order) ? compareValues(row.resource, part.resource, textsM) : order;
     });
 }
 

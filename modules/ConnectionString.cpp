@@ -1,5 +1,7 @@
 #include "ConnectionString.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -57,7 +59,7 @@ ConnectionString::ConnectionString(std::string const& givenText,
             value = file->string();
         }
         readOnly = readOnly || name == "readonly";
-        text += name + "=\"" + value + "\" ";
+        text += fmt::format("{}=\"{}\" ", name, value);
     }
     text += readOnly ? "" : "readonly=\"true\"";
 }

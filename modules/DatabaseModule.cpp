@@ -48,7 +48,7 @@ bool DatabaseModule::start() {
         return fail("ERR_DATABASE",
                     "the database file '" + given.file->string() + "' does not exist");
     }
-    auto const opened = connection();
+    RWDBConnection const opened(connectionTextM);
     return opened.isValid() || fail("ERR_DATABASE", errorMessage(opened.status()));
 }
 

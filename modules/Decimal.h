@@ -21,7 +21,7 @@ public:
     // By value: 1.5 equals 1.50.
     friend std::strong_ordering operator<=>(Decimal const& a, Decimal const& b) noexcept;
     friend bool operator==(Decimal const& a, Decimal const& b) noexcept {
-        return (a <=> b) == std::strong_ordering::equal;
+        return std::is_eq(a <=> b);
     }
 
 private:

@@ -174,7 +174,7 @@ DiscountModel const* DiscountData::model(std::string_view name) const {
 DiscountRule const* DiscountData::ruleOf(DiscountStep const& step) const {
     return equalRow(rulesM, [&](DiscountRule const& row) {
         auto const order = compareValues(row.modelName, step.modelName, textsM);
-        return order == 0 ? row.number <=> step.ruleNumber : order;
+        return std::is_eq(order) ? row.number <=> step.ruleNumber : order;
     });
 }
 

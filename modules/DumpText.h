@@ -96,7 +96,10 @@ void DumpText::list(std::size_t indent, std::span<ListColumn<Row> const> columns
         for (auto const& column : columns) {
             auto text = std::visit([&](auto member) { return shownValue(row.*member, textsM); },
                                    column.member);
-            cells.push_back(text.empty() ? column.absent : std::move(text));
+            if (text.empty()) {
+                text = column.absent;
+            }
+            cells.push_back(std::move(text));
         }
     }
     layOut(layout, lines);

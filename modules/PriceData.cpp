@@ -114,7 +114,7 @@ PriceModel const* PriceData::model(std::string_view code) const {
 PriceStep const* PriceData::stepOf(PriceImpact const& impact) const {
     return equalRow(stepsM, [&](PriceStep const& row) {
         auto const order = compareValues(row.code, impact.code, textsM);
-        return order == 0 ? row.number <=> impact.stepNumber : order;
+        return std::is_eq(order) ? row.number <=> impact.stepNumber : order;
     });
 }
 

@@ -37,7 +37,7 @@ template <class Row>
 std::strong_ordering orderTo(Row const& row, std::string_view code, std::int64_t version,
                              TextPool const& texts) {
     auto const order = texts[row.code] <=> code;
-    return order == 0 ? row.version <=> version : order;
+    return std::is_eq(order) ? row.version <=> version : order;
 }
 
 // "*" matches everything, in an entry as in what is asked for.

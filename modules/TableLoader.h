@@ -180,7 +180,7 @@ std::string TableLoader::takeValue(Cell const& cell, Value& value) {
 template <class Row>
 void TableLoader::sortByColumns(Table<Row> const& table, std::vector<Row>& rows) const {
     auto const less = [&](Row const& a, Row const& b) {
-        return compareRows(table.columns, a, b) < 0;
+        return std::is_lt(compareRows(table.columns, a, b));
     };
     // Most databases return most tables in the order of their keys.
     if (!std::is_sorted(rows.begin(), rows.end(), less)) {
@@ -193,7 +193,7 @@ void TableLoader::leaveOutRepeatedKeys(Table<Row> const& table, std::vector<Row>
     auto const key = table.columns.first(table.keyLength);
     std::size_t kept = 0;
     for (auto const& row : rows) {
-        if (kept > 0 && compareRows(key, rows[kept - 1], row) == 0) {
+        if (kept > 0 && std::is_eq(compareRows(key, rows[kept - 1], row))) {
             reportM(table.name, keyOf(table, row), "another row has the same key");
         } else {
             rows[kept++] = row;
@@ -209,7 +209,7 @@ std::strong_ordering TableLoader::compareRows(std::span<Column<Row> const> colum
         auto const order = std::visit(
             [&](auto member) { return compareValues(a.*member, b.*member, textsM.pool()); },
             column.member);
-        if (order != 0) {
+        if (std::is_neq(order)) {
             return order;
         }
     }
@@ -232,9 +232,9 @@ std::string TableLoader::keyOf(Table<Row> const& table, Row const& row) const {
 template <class Row, class Order>
 std::span<Row const> equalRows(std::vector<Row> const& rows, Order order) {
     auto const first = std::partition_point(rows.begin(), rows.end(),
-                                            [&](Row const& row) { return order(row) < 0; });
-    auto const last =
-        std::partition_point(first, rows.end(), [&](Row const& row) { return order(row) == 0; });
+                                            [&](Row const& row) { return std::is_lt(order(row)); });
+    auto const last = std::partition_point(first, rows.end(),
+                                           [&](Row const& row) { return std::is_eq(order(row)); });
     return {first, last};
 }
 

@@ -25,7 +25,10 @@ public:
 
     std::string text() const;
 
-    friend auto operator<=>(UtcTime const&, UtcTime const&) = default;
+    friend bool operator==(UtcTime const&, UtcTime const&) = default;
+    friend std::strong_ordering operator<=>(UtcTime const& a, UtcTime const& b) noexcept {
+        return a.secondsM <=> b.secondsM;
+    }
 
 private:
     // Since 1970-01-01 00:00:00 UTC.
@@ -41,7 +44,10 @@ public:
     // "open" for an open end.
     std::string text() const { return timeM == UtcTime::never() ? "open" : timeM.text(); }
 
-    friend auto operator<=>(EndTime const&, EndTime const&) = default;
+    friend bool operator==(EndTime const&, EndTime const&) = default;
+    friend std::strong_ordering operator<=>(EndTime const& a, EndTime const& b) noexcept {
+        return a.timeM <=> b.timeM;
+    }
 
 private:
     UtcTime timeM = UtcTime::never();

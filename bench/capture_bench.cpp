@@ -1,0 +1,244 @@
+// What the capture costs: the plug-in and other ways to keep events, each as a ratio to the floor,
+// that is the same host reads and number conversions with nothing kept.
+//
+//   capture_bench              the table of ratios (medians of interleaved runs), then the
+//                              percentiles of single EDRs
+//   capture_bench --benchmark_filter=...  as usual for the benchmark library
+#include "DataDump/SmallHost.h"
+#include "EventStream.h"
+#include "Keepers.h"
+#include "support/AllocationCounter.h"
+
+#include <benchmark/benchmark.h>
+#include <fmt/format.h>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Nanoseconds = std::chrono::duration<double, std::nano>;
+
+// Keys that are handed over before anything is measured: enough to fill the largest capacity.
+constexpr std::size_t warmUpEvents = 600'000;
+constexpr std::size_t batchSize = 64;
+
+class Host : public DataDumpTest::SmallHost {
+public:
+    explicit Host(std::string const& capacity) {
+        keys["NumberOfEvents"] = capacity;
+        sql += "INSERT INTO KWL_ALIAS_MAP VALUES('SMS', 'Account_CustA', 'ALL', 1),"
+               "('DATA', 'Account_CustA', 'ALL', 1), ('CONTENT', 'Account_CustA', 'ALL', 1);";
+        // One customer field for every service.
+        sql += "DELETE FROM KWL_ALIAS_MAP WHERE REFERENCE = 'UniData_CustA';";
+        prepare();
+    }
+};
+
+using MakePlugIn = std::function<std::unique_ptr<PLG::FunctionPlugIn>(Host&, std::size_t)>;
+
+template <class Keeper>
+MakePlugIn reading() {
+    return [](Host&, std::size_t capacity) {
+        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName, capacity);
+    };
+}
+template <class Keeper>
+MakePlugIn writing(char const* file) {
+    return [file](Host& host, std::size_t) {
+        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName,
+                                                      (host.directory.path() / file).string());
+    };
+}
+
+struct Way {
+    char const* name;
+    MakePlugIn make;
+    // Searching a list of that length would take for ever.
+    std::size_t largestCapacity;
+};
+
+std::vector<Way> const ways = {
+    {"floor", reading<NothingKeeper>(), 1'000'000},
+    {"plug-in",
+     [](Host&, std::size_t) {
+         return std::make_unique<FCT::DataDump::PlugIn>(DataDumpTest::plugInName, "10003");
+     },
+     1'000'000},
+    {"list and map", reading<RecordKeeper<ListAndMap>>(), 1'000},
+    {"multi-index", reading<RecordKeeper<MultiIndexStore>>(), 1'000'000},
+    {"log line", writing<LogKeeper>("events.log"), 10},
+    {"database row", writing<RowKeeper>("events.db"), 10},
+};
+
+struct Stream {
+    char const* name;
+    KeyStream keys;
+    std::size_t capacity;
+};
+constexpr Stream streams[] = {
+    {"repeats, 10", KeyStream::repeats, 10},
+    {"zipf, 10", KeyStream::zipf, 10},
+    {"zipf, 1000", KeyStream::zipf, 1'000},
+    {"zipf, 100000", KeyStream::zipf, 100'000},
+    {"distinct, 10", KeyStream::distinct, 10},
+    {"distinct, 1000", KeyStream::distinct, 1'000},
+    {"distinct, 100000", KeyStream::distinct, 100'000},
+};
+
+// One way in a host of its own, warmed up.
+class Run {
+public:
+    Run(Way const& way, Stream const& stream)
+        : hostM(std::to_string(stream.capacity)), keysM(stream.keys), edrsM(hostM.description),
+          plugInM(way.make(hostM, stream.capacity)) {
+        if (!plugInM->isUsable()) {
+            throw std::runtime_error("the plug-in is not usable");
+        }
+        auto const events = stream.capacity < 100'000 ? warmUpEvents / 10 : warmUpEvents;
+        for (std::size_t done = 0; done < events; done += batchSize) {
+            process(batchSize);
+        }
+    }
+
+    // Hands a batch over and returns what that took.
+    Nanoseconds process(std::size_t size) {
+        batchM.clear();
+        for (std::size_t i = 0; i < size; ++i) {
+            batchM.append(edrsM.next(keysM.next()));
+        }
+        auto const begin = Clock::now();
+        plugInM->processEdrContainer(batchM);
+        return Clock::now() - begin;
+    }
+
+private:
+    Host hostM;
+    Keys keysM;
+    PreparedEdrs edrsM;
+    std::unique_ptr<PLG::FunctionPlugIn> plugInM;
+    RWTPtrOrderedVector<EDR::Container> batchM;
+};
+
+void measure(benchmark::State& state, Way const& way, Stream const& stream) {
+    Run run(way, stream);
+    std::size_t counted = 0;
+    for (auto _ : state) {
+        auto const before = support::allocationCount();
+        state.SetIterationTime(run.process(batchSize).count() * 1e-9);
+        counted += support::allocationCount() - before;
+    }
+    auto const events = static_cast<double>(state.iterations()) * batchSize;
+    state.counters["ns/EDR"] = benchmark::Counter(events * 1e-9, benchmark::Counter::kIsRate |
+                                                                     benchmark::Counter::kInvert);
+    state.counters["allocations/EDR"] = static_cast<double>(counted) / events;
+}
+
+// Keeps the medians and prints them side by side.
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    RatioReporter() : ConsoleReporter(OO_None) {}
+
+    void ReportRuns(std::vector<Run> const& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (auto const& run : runs) {
+            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
+                medianM[run.run_name.function_name] = {run.counters.at("ns/EDR"),
+                                                       run.counters.at("allocations/EDR")};
+            }
+        }
+    }
+
+    void printRatios() const {
+        fmt::print("\n{:<18}", "ratio to floor");
+        for (auto const& way : ways) {
+            fmt::print("{:>20}", way.name);
+        }
+        fmt::print("\n");
+        for (auto const& stream : streams) {
+            fmt::print("{:<18}", stream.name);
+            for (auto const& way : ways) {
+                auto const found = medianM.find(nameOf(way, stream));
+                auto const floor = medianM.find(nameOf(ways.front(), stream));
+                if (found == medianM.end() || floor == medianM.end()) {
+                    fmt::print("{:>20}", "-");
+                } else {
+                    fmt::print("{:>20}",
+                               fmt::format("{:.2f} ({:.0f} ns, {:.1f})",
+                                           found->second.nanoseconds / floor->second.nanoseconds,
+                                           found->second.nanoseconds, found->second.allocations));
+                }
+            }
+            fmt::print("\n");
+        }
+        fmt::print("in brackets: nanoseconds and heap allocations an EDR\n");
+    }
+
+    static std::string nameOf(Way const& way, Stream const& stream) {
+        return fmt::format("{} | {}", way.name, stream.name);
+    }
+
+private:
+    struct Median {
+        double nanoseconds;
+        double allocations;
+    };
+    std::map<std::string, Median> medianM;
+};
+
+// Single EDRs, timed one by one. What reading the clock twice takes is taken off.
+void printPercentiles() {
+    constexpr std::size_t events = 300'000;
+    fmt::print("\n{:<34}{:>10}{:>10}{:>10}\n", "single EDRs, ns", "median", "99.9 %", "ratio");
+    for (auto const& stream : streams) {
+        for (auto const& way : {ways[0], ways[1]}) {
+            Run run(way, stream);
+            std::vector<double> taken;
+            std::vector<double> clock;
+            for (std::size_t i = 0; i < events; ++i) {
+                taken.push_back(run.process(1).count());
+                clock.push_back(run.process(0).count());
+            }
+            auto const at = [](std::vector<double>& times, double share) {
+                auto const place = times.begin() + static_cast<std::ptrdiff_t>(
+                                                       share * static_cast<double>(times.size()));
+                std::nth_element(times.begin(), place, times.end());
+                return *place;
+            };
+            auto const empty = at(clock, 0.5);
+            auto const median = at(taken, 0.5) - empty;
+            auto const slowest = at(taken, 0.999) - empty;
+            fmt::print("{:<34}{:>10.0f}{:>10.0f}{:>10.2f}\n", RatioReporter::nameOf(way, stream),
+                       median, slowest, slowest / median);
+        }
+    }
+}
+
+} // namespace
+
+} // namespace bench
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    for (auto const& way : bench::ways) {
+        for (auto const& stream : bench::streams) {
+            if (stream.capacity <= way.largestCapacity) {
+                benchmark::RegisterBenchmark(
+                    bench::RatioReporter::nameOf(way, stream).c_str(),
+                    [&](benchmark::State& state) { bench::measure(state, way, stream); })
+                    ->UseManualTime();
+            }
+        }
+    }
+    bench::RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printRatios();
+    bench::printPercentiles();
+}
