@@ -64,8 +64,18 @@ bool contains(RWTValOrderedVector<BAS::String> const& texts, BAS::String const& 
     return false;
 }
 
-// The number of an identifier text such as "1_2001": what follows the first underscore, read as
-// far as it is a decimal number; 0 when there is none.
+// Seconds of an offset from UTC that is written as a sign, hours and two digits of minutes, and
+// read as one decimal number.
+long offsetSeconds(long hoursAndMinutes) {
+    return hoursAndMinutes / 100 * 3600 + hoursAndMinutes % 100 * 60;
+}
+
+unsigned long unixSeconds(unsigned long seconds) {
+    return seconds > BAS::DateTime::rwToUnixSecsCM ? seconds - BAS::DateTime::rwToUnixSecsCM : 0;
+}
+
+} // namespace
+
 unsigned long objectNumber(BAS::String const& identifier) {
     auto rest = viewOf(identifier);
     auto const underscore = rest.find('_');
@@ -85,18 +95,6 @@ unsigned long objectNumber(BAS::String const& identifier) {
     }
     return static_cast<unsigned long>(number);
 }
-
-// Seconds of an offset from UTC that is written as a sign, hours and two digits of minutes, and
-// read as one decimal number.
-long offsetSeconds(long hoursAndMinutes) {
-    return hoursAndMinutes / 100 * 3600 + hoursAndMinutes % 100 * 60;
-}
-
-unsigned long unixSeconds(unsigned long seconds) {
-    return seconds > BAS::DateTime::rwToUnixSecsCM ? seconds - BAS::DateTime::rwToUnixSecsCM : 0;
-}
-
-} // namespace
 
 // ---- What is kept of one event -----------------------------------------------------------------
 

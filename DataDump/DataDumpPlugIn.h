@@ -70,6 +70,10 @@ enum class AccountType {
 extern BAS::String const SharingTypeDiscount;
 extern BAS::String const SharingTypeSponsor;
 
+// The number of an identifier text such as "1_2001": what follows the first underscore, read as
+// far as it is a decimal number; 0 when there is none.
+unsigned long objectNumber(BAS::String const& identifier);
+
 // The identification of an account by object numbers.
 template <AccountType type>
 struct BaseAccountInfo {

@@ -159,7 +159,7 @@ public:
     void printRatios() const {
         fmt::print("\n{:<18}", "ratio to floor");
         for (auto const& way : ways) {
-            fmt::print("{:>20}", way.name);
+            fmt::print("{:>24}", way.name);
         }
         fmt::print("\n");
         for (auto const& stream : streams) {
@@ -168,9 +168,9 @@ public:
                 auto const found = medianM.find(nameOf(way, stream));
                 auto const floor = medianM.find(nameOf(ways.front(), stream));
                 if (found == medianM.end() || floor == medianM.end()) {
-                    fmt::print("{:>20}", "-");
+                    fmt::print("{:>24}", "-");
                 } else {
-                    fmt::print("{:>20}",
+                    fmt::print("{:>24}",
                                fmt::format("{:.2f} ({:.0f} ns, {:.1f})",
                                            found->second.nanoseconds / floor->second.nanoseconds,
                                            found->second.nanoseconds, found->second.allocations));

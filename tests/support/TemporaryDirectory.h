@@ -1,8 +1,6 @@
 // A directory of a test's own, removed with everything in it when the object goes.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
