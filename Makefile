@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test golden format tidy clean packages
+.PHONY: help build demo test bench golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -30,6 +30,13 @@ test: packages ## build everything and run all tests, plainly and under the sani
 	cmake --build --preset asan
 	ctest --preset release
 	ctest --preset asan
+
+bench: packages ## measure the capture against other ways to keep events
+	@tools/install-packages libbenchmark-dev libspdlog-dev
+	@cmake --preset bench -Wno-dev --log-level=WARNING
+	@cmake --build --preset bench --target capture_bench
+	build/bench/bin/capture_bench --benchmark_repetitions=5 --benchmark_min_time=0.3 \
+	    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true
 
 golden: build ## run the demo, show what differs from the expected reports, and take it over
 	@tools/run-demo build/release build/golden
