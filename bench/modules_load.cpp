@@ -13,6 +13,7 @@
 #include <sqlite3.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -80,6 +81,15 @@ void measure(char const* name, std::string const& file, std::size_t rowCount) {
                static_cast<double>(bytes) / count, rejected);
 }
 
+void measureAll(char const* schemaFile, std::string const& file, std::string const& accounts) {
+    if (!std::filesystem::exists(file)) {
+        generate(schemaFile, file, accounts);
+    }
+    auto const count = std::stoul(accounts);
+    measure<MOD::AccountData>("account", file, count * 5);
+    measure<MOD::BalanceData>("balance", file, count * 11);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -87,13 +97,11 @@ int main(int argc, char** argv) {
         fmt::print(stderr, "modules_load SCHEMA DATABASE [ACCOUNTS]\n");
         return EXIT_FAILURE;
     }
-    std::string const file = argv[2];
-    std::string const accounts = argc > 3 ? argv[3] : "200000";
-    if (!std::filesystem::exists(file)) {
-        generate(argv[1], file, accounts);
+    try {
+        measureAll(argv[1], argv[2], argc > 3 ? argv[3] : "200000");
+        return EXIT_SUCCESS;
+    } catch (std::exception const& error) {
+        std::fputs(error.what(), stderr);
+        return EXIT_FAILURE;
     }
-    auto const count = std::stoul(accounts);
-    measure<MOD::AccountData>("account", file, count * 5);
-    measure<MOD::BalanceData>("balance", file, count * 11);
-    return EXIT_SUCCESS;
 }

@@ -110,6 +110,7 @@ TEST_F(Modules, giveEachThreadAConnectionThatOnlyReads) {
     database.run("INSERT INTO ACCOUNT VALUES (1, 'ACTIVE', 'EUR', NULL);");
     std::vector<int> rows(4);
     std::vector<std::thread> threads;
+    threads.reserve(rows.size());
     for (auto& count : rows) {
         threads.emplace_back([&module, &count] {
             auto const source = module.connection().database();
