@@ -1030,8 +1030,8 @@ void PlugIn::dumpAllEvents(std::ostream& out) {
 
 namespace {
 
-// Writes the sections of one dump. The working lists are filled for one call of a module and
-// emptied after it; nothing is kept between events. A module that is not configured is null, and
+// Writes the sections of one dump. The working lists are filled for the calls of a section and
+// emptied between sections, owners and events. A module that is not configured is null, and
 // what is left out with it depends on the section.
 class InMemoryDataWriter {
 public:
@@ -1054,6 +1054,7 @@ public:
     }
 
     void writeRecord(EventDetailRecord const& record) {
+        clearLists();
         writeEventRows(outM, record);
         writeAccount(record);
         writeProduct(record.accountInfo.productInfo);

@@ -120,6 +120,20 @@ TEST_F(InMemoryDump, AsksEveryModuleAndFramesWhatItWrites) {
     EXPECT_EQ(dump(), expected);
 }
 
+TEST_F(InMemoryDump, TakesNothingFromOneEventToTheNext) {
+    startWithOneEvent();
+    processCustomer("49172");
+    plugIn->balanceDataModule = &balance;
+    plugIn->discountDataModule = &discount;
+    addOwner(*recordOf("49171"), 2, 30, "/group", 300,
+             {{6, "S6", "Sponsorship"}, {4, "S4", FCT::DataDump::SharingTypeDiscount}});
+    dump();
+    ASSERT_GT(calls.list().size(), 4U);
+    EXPECT_THAT(std::vector(calls.list().end() - 4, calls.list().end()),
+                ElementsAre("account(49172,0,,) w2' '", "balance{0} w2' '", "discounts{} w2' '",
+                            "models{} w2' '"));
+}
+
 TEST_F(InMemoryDump, LeavesOutWhatAMissingModuleWouldShow) {
     startWithOneEvent();
     plugIn->accountDataModule = nullptr;
