@@ -133,7 +133,7 @@ void Host::logSummary(PipelineRunner const& pipeline) const {
 }
 
 CommandResult Host::execute(Command const& command) {
-    auto const result = executeCommand(command, lockFor(command.update.name()));
+    auto result = executeCommand(command, lockFor(command.update.name()));
     logM.write(result.isHandled ? makeStatus(BAS::Status::info, result.object, "MSG_COMMAND_RESULT",
                                              {resultText(result)})
                                 : makeStatus(BAS::Status::error, result.object,

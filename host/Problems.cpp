@@ -4,6 +4,8 @@
 #include "StartFailure.h"
 
 #include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace host {
 
@@ -16,16 +18,18 @@ void Problems::throwIfAny() const {
         return;
     }
     auto sorted = problemsM;
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [](auto const& a, auto const& b) { return a.position < b.position; });
-    StartFailure failure;
+    std::stable_sort(sorted.begin(), sorted.end(), [](auto const& a, auto const& b) {
+        return std::tie(a.position.line, a.position.column) <
+               std::tie(b.position.line, b.position.column);
+    });
+    std::vector<BAS::Status> statuses;
+    statuses.reserve(sorted.size());
     for (auto const& problem : sorted) {
-        failure.problems.push_back(
-            makeStatus(BAS::Status::critical, {}, "ERR_CONFIGURATION",
-                       {fileM.string(), std::to_string(problem.position.line),
-                        std::to_string(problem.position.column), problem.text}));
+        statuses.push_back(makeStatus(BAS::Status::critical, {}, "ERR_CONFIGURATION",
+                                      {fileM.string(), std::to_string(problem.position.line),
+                                       std::to_string(problem.position.column), problem.text}));
     }
-    throw failure;
+    throw StartFailure{std::move(statuses)};
 }
 
 } // namespace host

@@ -3,19 +3,17 @@
 
 #include "BAS/Status.h"
 
-#include <compare>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace host {
 
-// A place in a text file; lines and columns count from 1. Compares by order in the file.
+// A place in a text file; lines and columns count from 1.
 struct FilePosition {
     int line = 1;
     int column = 1;
-
-    friend auto operator<=>(FilePosition const&, FilePosition const&) = default;
 };
 
 class Problems {

@@ -8,7 +8,8 @@
 
 namespace {
 
-BAS::Status status(char const* object, char const* name, std::vector<std::string> arguments) {
+BAS::Status status(char const* object, char const* name,
+                   std::vector<std::string> const& arguments) {
     BAS::Status made;
     made.set(object, name, BAS::Status::critical, "");
     made.arguments().clear();

@@ -273,7 +273,8 @@ TEST_F(Program, CountsRejectedLinesAndFailedInputs) {
 
 TEST_F(Program, FailsWhenWhatItWritesIsLost) {
     writeRegistry(pipeline("P", "two.jsonl"));
-    auto const command = "run r.yaml --at-end 'host.Pipelines.P.Functions.F.Module A' >/dev/full 2>err #";
+    auto const command =
+        "run r.yaml --at-end 'host.Pipelines.P.Functions.F.Module A' >/dev/full 2>err #";
     EXPECT_EQ(program(command).exitCode, 4);
     writeRegistry(pipeline("P", "two.jsonl", "ModuleName: TestCounter", "      Log: /dev/full\n"));
     EXPECT_EQ(program("run r.yaml").exitCode, 4);

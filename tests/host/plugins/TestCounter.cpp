@@ -15,7 +15,7 @@ public:
             isValidM = false;
         }
     }
-    ~Counter() override { traceM.step("destroy"); }
+    ~Counter() override { traceM.note("destroy"); }
 
     bool init() override { return traceM.step("init"); }
     bool finalInit() override { return traceM.step("finalInit"); }

@@ -8,7 +8,7 @@ namespace {
 class Data : public PLG::StdPlugIn {
 public:
     explicit Data(BAS::String const& name) : StdPlugIn(name, "1") { traceM.step("build"); }
-    ~Data() override { traceM.step("destroy"); }
+    ~Data() override { traceM.note("destroy"); }
 
     bool startup() override { return traceM.step("startup"); }
     bool shutdown() override { return traceM.step("shutdown"); }

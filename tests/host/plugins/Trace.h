@@ -19,9 +19,13 @@ public:
         return parts[parts.entries() - 2].str();
     }
 
-    // Writes the line, throws if that is wanted, and returns false if a failure is.
+    void note(std::string const& line) const {
+        std::ofstream(value("Trace"), std::ios::app) << ownName() << " " << line << "\n";
+    }
+
+    // Notes the step, throws if that is wanted, and returns false if a failure is.
     bool step(std::string const& name, std::string const& detail = {}) const {
-        std::ofstream(value("Trace"), std::ios::app) << ownName() << " " << name << detail << "\n";
+        note(name + detail);
         if (value("Throw") == name) {
             throw std::runtime_error("thrown in " + name);
         }
