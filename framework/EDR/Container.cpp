@@ -123,12 +123,6 @@ void Container::setField(Index const& field, std::string_view text) {
     }
 }
 
-Container::Cell const* Container::cellAt(Index const& field, std::uint32_t block) const noexcept {
-    auto const& store = storesM[field.blockKind()];
-    return block < store.count ? &store.cells[std::size_t{block} * store.fieldCount + field.field()]
-                               : nullptr;
-}
-
 Container::Cell const* Container::firstCell(Index const& field) const noexcept {
     return field.isValid() && storesM[field.blockKind()].reachedByFirsts ? cellAt(field, 0)
                                                                          : nullptr;
@@ -186,10 +180,6 @@ bool Container::advance(BlockIndex const& block) noexcept {
     auto const next = store.cursor == beforeFirst ? range.begin : store.cursor + 1;
     store.cursor = next < range.end ? next : pastLast;
     return next < range.end;
-}
-
-Container::Cell const* Container::cellAtCursor(Index const& field) const noexcept {
-    return field.isValid() ? cellAt(field, storesM[field.blockKind()].cursor) : nullptr;
 }
 
 } // namespace EDR

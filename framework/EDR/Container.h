@@ -102,4 +102,16 @@ private:
     std::vector<BlockStore> storesM;
 };
 
+// Inline, for they are what every read of a field comes down to.
+inline Container::Cell const* Container::cellAt(Index const& field,
+                                                std::uint32_t block) const noexcept {
+    auto const& store = storesM[field.blockKind()];
+    return block < store.count ? &store.cells[std::size_t{block} * store.fieldCount + field.field()]
+                               : nullptr;
+}
+
+inline Container::Cell const* Container::cellAtCursor(Index const& field) const noexcept {
+    return field.isValid() ? cellAt(field, storesM[field.blockKind()].cursor) : nullptr;
+}
+
 } // namespace EDR
