@@ -17,13 +17,11 @@
 #include "RW/RWZone.h"
 
 #include <algorithm>
-#include <charconv>
 #include <fstream>
 #include <iomanip>
 #include <limits>
 #include <ostream>
 #include <string_view>
-#include <system_error>
 
 namespace FCT::DataDump {
 
@@ -55,6 +53,10 @@ std::string_view viewOf(BAS::String const& text) {
     return {text.data(), text.length()};
 }
 
+bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 bool contains(RWTValOrderedVector<BAS::String> const& texts, BAS::String const& text) {
     for (std::size_t i = 0; i < texts.entries(); ++i) {
         if (texts[i] == text) {
@@ -77,23 +79,29 @@ unsigned long unixSeconds(unsigned long seconds) {
 } // namespace
 
 unsigned long objectNumber(BAS::String const& identifier) {
-    auto rest = viewOf(identifier);
-    auto const underscore = rest.find('_');
-    if (underscore == std::string_view::npos) {
-        return 0;
+    auto const text = viewOf(identifier);
+    auto const underscore = text.find('_');
+    auto at = underscore == std::string_view::npos ? text.size() : underscore + 1;
+    while (at < text.size() && isBlank(text[at])) {
+        ++at;
     }
-    rest.remove_prefix(underscore + 1);
-    rest.remove_prefix(std::min(rest.find_first_not_of(" \t\n\v\f\r"), rest.size()));
-    bool const negative = rest.substr(0, 1) == "-";
-    if (rest.substr(0, 1) == "+" && rest.substr(1, 1) != "-") {
-        rest.remove_prefix(1);
+    bool const negative = at < text.size() && text[at] == '-';
+    if (at < text.size() && (text[at] == '-' || text[at] == '+')) {
+        ++at;
     }
-    long number = 0;
-    auto const [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
-    if (error == std::errc::result_out_of_range) {
-        number = negative ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
+    // What is out of range ends at the nearest signed number.
+    unsigned long const limit = std::numeric_limits<long>::max() + (negative ? 1UL : 0UL);
+    constexpr unsigned long alwaysExtensible = std::numeric_limits<long>::max() / 10 - 1;
+    unsigned long number = 0;
+    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+        auto const digit = static_cast<unsigned long>(text[at] - '0');
+        if (number > alwaysExtensible && number > (limit - digit) / 10) {
+            number = limit;
+            break;
+        }
+        number = number * 10 + digit;
     }
-    return static_cast<unsigned long>(number);
+    return negative ? 0 - number : number;
 }
 
 // ---- What is kept of one event -----------------------------------------------------------------
@@ -124,13 +132,15 @@ void EventDetailRecord::prepareForRefill() noexcept {
     sharingMap.clear();
 }
 
-void EventDetailRecord::startAnew() noexcept {
+void EventDetailRecord::startAnew(BAS::String const& customer, BAS::String const& service) {
     auto& product = accountInfo.productInfo;
-    for (auto* const text : {&identifier, &eventType, &serviceType, &serviceCode, &product.name,
-                             &product.internalRatePlan, &product.impactCategory,
-                             &product.serviceCodeUsed, &product.serviceClassUsed}) {
+    for (auto* const text :
+         {&eventType, &serviceType, &product.name, &product.internalRatePlan,
+          &product.impactCategory, &product.serviceCodeUsed, &product.serviceClassUsed}) {
         text->clear();
     }
+    identifier = customer;
+    serviceCode = service;
     serviceId = 0;
     chargingStartTime = 0;
     accountInfo.accountId = 0;
@@ -713,9 +723,7 @@ void PlugIn::capture(EDR::Container* container) {
     record->accountInfo.balanceGroupId = balanceGroupId;
     record->serviceType = serviceType;
     record->serviceId = serviceId;
-    record->serviceCode = serviceCode;
     record->chargingStartTime = startTime;
-    record->identifier = identifier;
     record->eventType = eventType;
     populateDiscAndSpon(container, key, record);
     populateProductInfo(container, key, record);
@@ -750,7 +758,7 @@ bool PlugIn::checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& rec
     if (key->hasRecord) {
         record->prepareForRefill();
     } else {
-        record->startAnew();
+        record->startAnew(key->first, key->second);
         key->hasRecord = true;
     }
     return true;

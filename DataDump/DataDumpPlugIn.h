@@ -224,8 +224,8 @@ struct EventDetailRecord {
     // Empties the lists for a new EDR of the same key. Texts and numbers keep their values until
     // the new EDR's overwrite them.
     void prepareForRefill() noexcept;
-    // Empties everything for another key; only storage is kept.
-    void startAnew() noexcept;
+    // Empties everything for another key and takes its texts; only storage is kept.
+    void startAnew(BAS::String const& customer, BAS::String const& service);
 
     BAS::String identifier;
     BAS::String eventType;
