@@ -4,128 +4,19 @@
 //   capture_bench              the table of ratios (medians of interleaved runs), then the
 //                              percentiles of single EDRs
 //   capture_bench --benchmark_filter=...  as usual for the benchmark library
-#include "DataDump/SmallHost.h"
-#include "EventStream.h"
-#include "Keepers.h"
+#include "CaptureRun.h"
 #include "support/AllocationCounter.h"
 
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
-#include <chrono>
-#include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace bench {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-using Nanoseconds = std::chrono::duration<double, std::nano>;
-
-// Keys that are handed over before anything is measured: enough to fill the largest capacity.
-constexpr std::size_t warmUpEvents = 600'000;
-constexpr std::size_t batchSize = 64;
-
-class Host : public DataDumpTest::SmallHost {
-public:
-    explicit Host(std::string const& capacity) {
-        keys["NumberOfEvents"] = capacity;
-        sql += "INSERT INTO KWL_ALIAS_MAP VALUES('SMS', 'Account_CustA', 'ALL', 1),"
-               "('DATA', 'Account_CustA', 'ALL', 1), ('CONTENT', 'Account_CustA', 'ALL', 1);";
-        // One customer field for every service.
-        sql += "DELETE FROM KWL_ALIAS_MAP WHERE REFERENCE = 'UniData_CustA';";
-        prepare();
-    }
-};
-
-using MakePlugIn = std::function<std::unique_ptr<PLG::FunctionPlugIn>(Host&, std::size_t)>;
-
-template <class Keeper>
-MakePlugIn reading() {
-    return [](Host&, std::size_t capacity) {
-        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName, capacity);
-    };
-}
-template <class Keeper>
-MakePlugIn writing(char const* file) {
-    return [file](Host& host, std::size_t) {
-        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName,
-                                                      (host.directory.path() / file).string());
-    };
-}
-
-struct Way {
-    char const* name;
-    MakePlugIn make;
-    // Searching a list of that length would take for ever.
-    std::size_t largestCapacity;
-};
-
-std::vector<Way> const ways = {
-    {"floor", reading<NothingKeeper>(), 1'000'000},
-    {"plug-in",
-     [](Host&, std::size_t) {
-         return std::make_unique<FCT::DataDump::PlugIn>(DataDumpTest::plugInName, "10003");
-     },
-     1'000'000},
-    {"list and map", reading<RecordKeeper<ListAndMap>>(), 1'000},
-    {"multi-index", reading<RecordKeeper<MultiIndexStore>>(), 1'000'000},
-    {"log line", writing<LogKeeper>("events.log"), 10},
-    {"database row", writing<RowKeeper>("events.db"), 10},
-};
-
-struct Stream {
-    char const* name;
-    KeyStream keys;
-    std::size_t capacity;
-};
-constexpr Stream streams[] = {
-    {"repeats, 10", KeyStream::repeats, 10},
-    {"zipf, 10", KeyStream::zipf, 10},
-    {"zipf, 1000", KeyStream::zipf, 1'000},
-    {"zipf, 100000", KeyStream::zipf, 100'000},
-    {"distinct, 10", KeyStream::distinct, 10},
-    {"distinct, 1000", KeyStream::distinct, 1'000},
-    {"distinct, 100000", KeyStream::distinct, 100'000},
-};
-
-// One way in a host of its own, warmed up.
-class Run {
-public:
-    Run(Way const& way, Stream const& stream)
-        : hostM(std::to_string(stream.capacity)), keysM(stream.keys), edrsM(hostM.description),
-          plugInM(way.make(hostM, stream.capacity)) {
-        if (!plugInM->isUsable()) {
-            throw std::runtime_error("the plug-in is not usable");
-        }
-        auto const events = stream.capacity < 100'000 ? warmUpEvents / 10 : warmUpEvents;
-        for (std::size_t done = 0; done < events; done += batchSize) {
-            process(batchSize);
-        }
-    }
-
-    // Hands a batch over and returns what that took.
-    Nanoseconds process(std::size_t size) {
-        batchM.clear();
-        for (std::size_t i = 0; i < size; ++i) {
-            batchM.append(edrsM.next(keysM.next()));
-        }
-        auto const begin = Clock::now();
-        plugInM->processEdrContainer(batchM);
-        return Clock::now() - begin;
-    }
-
-private:
-    Host hostM;
-    Keys keysM;
-    PreparedEdrs edrsM;
-    std::unique_ptr<PLG::FunctionPlugIn> plugInM;
-    RWTPtrOrderedVector<EDR::Container> batchM;
-};
 
 void measure(benchmark::State& state, Way const& way, Stream const& stream) {
     Run run(way, stream);
