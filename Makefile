@@ -51,7 +51,7 @@ format: ## format all sources
 
 tidy: build ## check all sources with clang-tidy
 	@tools/install-packages clang-tidy
-	@clang-tidy --quiet -p build/release $(filter-out tests/%,$(filter %.cpp,$(SOURCES)))
+	@clang-tidy --quiet -p build/release --extra-arg=-Wno-unknown-warning-option $(filter-out tests/%,$(filter %.cpp,$(SOURCES)))
 
 clean: ## remove everything that was built
 	@rm -rf build

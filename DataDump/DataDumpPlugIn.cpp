@@ -674,7 +674,7 @@ FCT::Account::ServiceFieldMapEntry* PlugIn::serviceEntry(BAS::String const& serv
     auto entry = std::make_unique<FCT::Account::ServiceFieldMapEntry>(serviceCode);
     auto key = std::make_unique<BAS::String>(serviceCode);
     serviceFieldMap.emplace(key.get(), entry.get());
-    key.release();
+    static_cast<void>(key.release());
     return entry.release();
 }
 
