@@ -2,8 +2,8 @@
 #pragma once
 
 #include "DataDump/SmallHost.h"
+#include "DataDumpPlugIn.h"
 #include "EventStream.h"
-#include "Keepers.h"
 
 #include <chrono>
 #include <functional>
@@ -17,8 +17,6 @@ namespace bench {
 using Clock = std::chrono::steady_clock;
 using Nanoseconds = std::chrono::duration<double, std::nano>;
 
-// Keys that are handed over before anything is measured: enough to fill the largest capacity.
-inline constexpr std::size_t warmUpEvents = 600'000;
 inline constexpr std::size_t batchSize = 64;
 
 class Host : public DataDumpTest::SmallHost {
@@ -33,41 +31,12 @@ public:
     }
 };
 
+// Builds a plug-in of that capacity in the host.
 using MakePlugIn = std::function<std::unique_ptr<PLG::FunctionPlugIn>(Host&, std::size_t)>;
 
-template <class Keeper>
-MakePlugIn reading() {
-    return [](Host&, std::size_t capacity) {
-        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName, capacity);
-    };
+inline std::unique_ptr<PLG::FunctionPlugIn> makePlugIn(Host& /*host*/, std::size_t /*capacity*/) {
+    return std::make_unique<FCT::DataDump::PlugIn>(DataDumpTest::plugInName, "10003");
 }
-template <class Keeper>
-MakePlugIn writing(char const* file) {
-    return [file](Host& host, std::size_t) {
-        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName,
-                                                      (host.directory.path() / file).string());
-    };
-}
-
-struct Way {
-    char const* name;
-    MakePlugIn make;
-    // Searching a list of that length would take for ever.
-    std::size_t largestCapacity;
-};
-
-inline std::vector<Way> const ways = {
-    {"floor", reading<NothingKeeper>(), 1'000'000},
-    {"plug-in",
-     [](Host&, std::size_t) {
-         return std::make_unique<FCT::DataDump::PlugIn>(DataDumpTest::plugInName, "10003");
-     },
-     1'000'000},
-    {"list and map", reading<RecordKeeper<ListAndMap>>(), 1'000},
-    {"multi-index", reading<RecordKeeper<MultiIndexStore>>(), 1'000'000},
-    {"log line", writing<LogKeeper>("events.log"), 10},
-    {"database row", writing<RowKeeper>("events.db"), 10},
-};
 
 struct Stream {
     char const* name;
@@ -87,14 +56,13 @@ inline constexpr Stream streams[] = {
 // One way in a host of its own, warmed up.
 class Run {
 public:
-    Run(Way const& way, Stream const& stream)
+    Run(MakePlugIn const& make, Stream const& stream, std::size_t warmUpEvents)
         : hostM(std::to_string(stream.capacity)), keysM(stream.keys), edrsM(hostM.description),
-          plugInM(way.make(hostM, stream.capacity)) {
+          plugInM(make(hostM, stream.capacity)) {
         if (!plugInM->isUsable()) {
             throw std::runtime_error("the plug-in is not usable");
         }
-        auto const events = stream.capacity < 100'000 ? warmUpEvents / 10 : warmUpEvents;
-        for (std::size_t done = 0; done < events; done += batchSize) {
+        for (std::size_t done = 0; done < warmUpEvents; done += batchSize) {
             process(batchSize);
         }
     }

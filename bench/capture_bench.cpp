@@ -5,6 +5,7 @@
 //                              percentiles of single EDRs
 //   capture_bench --benchmark_filter=...  as usual for the benchmark library
 #include "CaptureRun.h"
+#include "Keepers.h"
 #include "support/AllocationCounter.h"
 
 #include <benchmark/benchmark.h>
@@ -18,8 +19,43 @@ namespace bench {
 
 namespace {
 
+template <class Keeper>
+MakePlugIn reading() {
+    return [](Host&, std::size_t capacity) {
+        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName, capacity);
+    };
+}
+template <class Keeper>
+MakePlugIn writing(char const* file) {
+    return [file](Host& host, std::size_t) {
+        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName,
+                                                      (host.directory.path() / file).string());
+    };
+}
+
+struct Way {
+    char const* name;
+    MakePlugIn make;
+    // Searching a list of that length would take for ever.
+    std::size_t largestCapacity;
+};
+
+std::vector<Way> const ways = {
+    {"floor", reading<NothingKeeper>(), 1'000'000},
+    {"plug-in", makePlugIn, 1'000'000},
+    {"list and map", reading<RecordKeeper<ListAndMap>>(), 1'000},
+    {"multi-index", reading<RecordKeeper<MultiIndexStore>>(), 1'000'000},
+    {"log line", writing<LogKeeper>("events.log"), 10},
+    {"database row", writing<RowKeeper>("events.db"), 10},
+};
+
+// Enough keys before anything is measured to fill the capacity.
+std::size_t warmUpEvents(Stream const& stream) {
+    return stream.capacity < 100'000 ? 60'000 : 600'000;
+}
+
 void measure(benchmark::State& state, Way const& way, Stream const& stream) {
-    Run run(way, stream);
+    Run run(way.make, stream, warmUpEvents(stream));
     std::size_t counted = 0;
     for (auto _ : state) {
         auto const before = support::allocationCount();
@@ -90,7 +126,7 @@ void printPercentiles() {
     fmt::print("\n{:<34}{:>10}{:>10}{:>10}\n", "single EDRs, ns", "median", "99.9 %", "ratio");
     for (auto const& stream : streams) {
         for (auto const& way : {ways[0], ways[1]}) {
-            Run run(way, stream);
+            Run run(way.make, stream, warmUpEvents(stream));
             std::vector<double> taken;
             std::vector<double> clock;
             for (std::size_t i = 0; i < events; ++i) {

@@ -1,29 +1,20 @@
-// Runs one way to keep events over a fixed stream, for counting its instructions: they are the same
-// in every run of the same binary.
+// Hands a fixed stream of events to the plug-in, so that its instructions can be counted: they are
+// the same in every run of the same binary. Prints how many events that were.
 //
-//   capture_count WAY STREAM EVENTS     such as: capture_count plug-in "zipf, 1000" 20000
+//   capture_count STREAM     such as: capture_count "zipf, 1000"
 #include "CaptureRun.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fputs("usage: capture_count WAY STREAM EVENTS\n", stderr);
-        return 2;
-    }
-    for (auto const& way : bench::ways) {
-        for (auto const& stream : bench::streams) {
-            if (std::string(argv[1]) == way.name && std::string(argv[2]) == stream.name) {
-                bench::Run run(way, stream);
-                auto const events = std::strtoul(argv[3], nullptr, 10);
-                for (std::size_t done = 0; done < events; done += bench::batchSize) {
-                    run.process(bench::batchSize);
-                }
-                return 0;
-            }
+    constexpr std::size_t events = 20'480;
+    for (auto const& stream : bench::streams) {
+        if (argc == 2 && std::string(argv[1]) == stream.name) {
+            bench::Run const run(bench::makePlugIn, stream, events);
+            std::printf("%zu\n", events);
+            return 0;
         }
     }
-    std::fputs("capture_count: no such way or stream\n", stderr);
+    std::fputs("usage: capture_count STREAM\n", stderr);
     return 2;
 }
