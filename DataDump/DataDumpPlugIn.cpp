@@ -57,6 +57,10 @@ bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 bool contains(RWTValOrderedVector<BAS::String> const& texts, BAS::String const& text) {
     for (std::size_t i = 0; i < texts.entries(); ++i) {
         if (texts[i] == text) {
@@ -79,22 +83,24 @@ unsigned long unixSeconds(unsigned long seconds) {
 } // namespace
 
 unsigned long objectNumber(BAS::String const& identifier) {
-    auto const text = viewOf(identifier);
-    auto const underscore = text.find('_');
-    auto at = underscore == std::string_view::npos ? text.size() : underscore + 1;
-    while (at < text.size() && isBlank(text[at])) {
+    auto const* const end = identifier.data() + identifier.length();
+    auto const* at = std::find(identifier.data(), end, '_');
+    if (at != end) {
         ++at;
     }
-    bool const negative = at < text.size() && text[at] == '-';
-    if (at < text.size() && (text[at] == '-' || text[at] == '+')) {
+    while (at != end && isBlank(*at)) {
+        ++at;
+    }
+    bool const negative = at != end && *at == '-';
+    if (negative || (at != end && *at == '+')) {
         ++at;
     }
     // What is out of range ends at the nearest signed number.
     unsigned long const limit = std::numeric_limits<long>::max() + (negative ? 1UL : 0UL);
     constexpr unsigned long alwaysExtensible = std::numeric_limits<long>::max() / 10 - 1;
     unsigned long number = 0;
-    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
-        auto const digit = static_cast<unsigned long>(text[at] - '0');
+    for (; at != end && isDigit(*at); ++at) {
+        auto const digit = static_cast<unsigned long>(*at - '0');
         if (number > alwaysExtensible && number > (limit - digit) / 10) {
             number = limit;
             break;
