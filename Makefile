@@ -34,9 +34,10 @@ test: packages ## build everything and run all tests, plainly and under the sani
 bench: packages ## measure the capture against other ways to keep events
 	@tools/install-packages libbenchmark-dev libspdlog-dev
 	@cmake --preset bench -Wno-dev --log-level=WARNING
-	@cmake --build --preset bench --target capture_bench
+	@cmake --build --preset bench --target capture_bench report_bench
 	build/bench/bin/capture_bench --benchmark_repetitions=5 --benchmark_min_time=0.3 \
 	    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true
+	build/bench/bin/report_bench
 
 golden: build ## run the demo, show what differs from the expected reports, and take it over
 	@tools/run-demo build/release build/golden
@@ -51,7 +52,9 @@ format: ## format all sources
 
 tidy: build ## check all sources with clang-tidy
 	@tools/install-packages clang-tidy
-	@clang-tidy --quiet -p build/release --extra-arg=-Wno-unknown-warning-option $(filter-out tests/%,$(filter %.cpp,$(SOURCES)))
+	@printf '%s\n' $(filter-out tests/% bench/%,$(filter %.cpp,$(SOURCES))) | \
+	    xargs -n 4 -P $$(nproc) clang-tidy --quiet -p build/release \
+	        --extra-arg=-Wno-unknown-warning-option
 
 clean: ## remove everything that was built
 	@rm -rf build

@@ -78,6 +78,8 @@ public:
         return Clock::now() - begin;
     }
 
+    PLG::FunctionPlugIn& plugIn() { return *plugInM; }
+
 private:
     Host hostM;
     Keys keysM;
