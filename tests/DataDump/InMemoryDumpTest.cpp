@@ -34,6 +34,12 @@ protected:
                   {8, "S8", "DiscountSharin"}});
         addOwner(record, 2, 30, "/group", 300, {});
     }
+    void configureAllModules() {
+        plugIn->balanceDataModule = &balance;
+        plugIn->discountDataModule = &discount;
+        plugIn->rateplanDataModule = &rateplan;
+        plugIn->priceDataModule = &price;
+    }
     std::string dump() {
         std::ostringstream out;
         // The fill of each module's first value is set anew.
@@ -98,10 +104,7 @@ std::string const itemRows = R"(     Discount/Sponsorship Object id    : 5
 
 TEST_F(InMemoryDump, AsksEveryModuleAndFramesWhatItWrites) {
     startWithOneEvent();
-    plugIn->balanceDataModule = &balance;
-    plugIn->discountDataModule = &discount;
-    plugIn->rateplanDataModule = &rateplan;
-    plugIn->priceDataModule = &price;
+    configureAllModules();
     auto const ownerBalance = "\n\nSharing owner Balance Information:100\n 7";
     auto const expected = "Begin: 1" + heading + eventRows + accountHeading + " 7\n" +
                           productHeading + " 7\n" + priceHeading + " 7\n" +
@@ -162,6 +165,20 @@ TEST_F(InMemoryDump, GoesFromTheOldestAndStopsAtAnEmptyEntry) {
     plugIn->eventQueue.moveToFront(newest);
     EXPECT_EQ(dump(), "Begin: 1" + heading + "\n\n");
     EXPECT_EQ(plugIn->dumpCounter, 1);
+}
+
+TEST_F(InMemoryDump, EveryLineIsFlushed) {
+    startWithOneEvent();
+    configureAllModules();
+    FlushRecorder buffer;
+    std::ostream out(&buffer);
+    plugIn->dumpAllInMemoryData(out);
+    EXPECT_EQ(buffer.flushed.size(), 50U);
+    EXPECT_EQ(buffer.flushed.front(), "Begin: 1\n");
+    EXPECT_EQ(buffer.flushed.back(), buffer.str());
+    for (auto const& text : buffer.flushed) {
+        EXPECT_TRUE(text.ends_with('\n'));
+    }
 }
 
 } // namespace DataDumpTest

@@ -84,6 +84,18 @@ inline std::vector<std::string> texts(RWTValOrderedVector<BAS::String> const& va
     return result;
 }
 
+// Keeps what had arrived at each flush.
+class FlushRecorder : public std::stringbuf {
+public:
+    std::vector<std::string> flushed;
+
+protected:
+    int sync() override {
+        flushed.push_back(str());
+        return 0;
+    }
+};
+
 class PlugInFixture : public testing::Test, protected SmallHost {
 protected:
     Probe& start(std::string const& name = plugInName) {

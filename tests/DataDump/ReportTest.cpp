@@ -27,18 +27,6 @@ void fillRecord(FCT::DataDump::EventDetailRecord& record) {
     addOwner(record, 103, 3, "/group/sharing", 203, {});
 }
 
-// Counts how often it is flushed, and what had arrived by then.
-class FlushRecorder : public std::stringbuf {
-public:
-    std::vector<std::string> flushed;
-
-protected:
-    int sync() override {
-        flushed.push_back(str());
-        return 0;
-    }
-};
-
 } // namespace
 
 TEST_F(PlugInFixture, ReportOfNothingIsEmpty) {
