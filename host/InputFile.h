@@ -1,10 +1,15 @@
-// The bytes of one input, a file or standard input.
+// The bytes of one input, a file or standard input. What gzip or zstd compressed is decompressed:
+// files whose names end in .gz or .zst, and any other input that begins like compressed data.
 #pragma once
 
+#include "Decompressor.h"
 #include "FileDescriptor.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <span>
+#include <vector>
 
 namespace host {
 
@@ -14,12 +19,25 @@ public:
     explicit InputFile(std::filesystem::path file);
 
     // Waits for bytes and returns how many there are, 0 at the end. Throws a BAS::Status when
-    // reading fails.
+    // reading fails, and when compressed data are damaged or break off; what stands before that has
+    // then been returned by the calls before.
     std::size_t read(std::span<char> target);
 
 private:
+    std::size_t readFile(std::span<char> target);
+    // Reads more bytes behind the pending ones, with which the buffer must begin; false at the end.
+    bool fillBuffer();
+    void recogniseCompression();
+    std::size_t takeFromBuffer(std::span<char> target);
+    std::size_t decompress(std::span<char> target);
+
     std::filesystem::path fileM;
     FileDescriptor descriptorM;
+    std::vector<char> bufferM;
+    std::span<char const> pendingM; // of the buffer
+    std::uint64_t bytesReadM = 0;   // from the file
+    bool isRecognisedM = false;
+    std::unique_ptr<Decompressor> decompressorM; // null when the bytes are plain
 };
 
 } // namespace host
