@@ -120,10 +120,11 @@ SharingMap::Place SharingMap::findOrInsert(unsigned long ownerId) {
     if (place != orderM.end() && entriesM[*place].owner.ownerId == ownerId) {
         return {entriesM[*place], false};
     }
-    orderM.insert(place, static_cast<std::uint32_t>(entriesM.entries()));
+    // The entry first: should there be no room for its position, nothing points to it.
     auto& entry = entriesM.append();
     entry.owner.ownerId = ownerId;
     entry.items.clear();
+    orderM.insert(place, static_cast<std::uint32_t>(entriesM.entries() - 1));
     return {entry, true};
 }
 

@@ -110,8 +110,8 @@ struct ProductInfo : BasePriceInfo<PricingInfoType::usedProduct> {
 using OwnDiscountInfo = BasePriceInfo<PricingInfoType::ownDiscount>;
 
 // A list that is emptied and filled again for every EDR of its event: its elements keep their
-// storage, so that filling it with elements of like size allocates nothing. An unusually long list
-// gives the storage beyond the usual length back when it is emptied.
+// storage, so that filling it with elements of like size allocates nothing; only an unusually long
+// list gives its storage back.
 template <class Element>
 class RefillList {
 public:
@@ -134,8 +134,7 @@ public:
         constexpr std::size_t usualLength = 32;
         countM = 0;
         if (elementsM.size() > usualLength) {
-            elementsM.clear();
-            elementsM.shrink_to_fit();
+            std::vector<Element>().swap(elementsM);
         }
     }
 
@@ -195,8 +194,8 @@ public:
         RefillList<SharedItemInfo> items;
     };
 
-    // The entry of that owner id. A new one has no items, and the fields of its owner other than
-    // the id are for the caller to set.
+    // The entry of that owner id, which stands until the next one is asked for. A new one has no
+    // items, and the fields of its owner other than the id are for the caller to set.
     struct Place {
         Entry& entry;
         bool isNew;
@@ -209,7 +208,7 @@ public:
     Entry const& operator[](std::size_t position) const { return entriesM[orderM[position]]; }
 
 private:
-    // In the order of insertion, so that no entry ever moves.
+    // In the order of insertion, so that a new owner leaves the others where they are.
     RefillList<Entry> entriesM;
     // Positions in entriesM, in ascending order of owner id.
     std::vector<std::uint32_t> orderM;

@@ -1,6 +1,7 @@
 // An ordered vector of values: it grows at its end, keeps the order in which values were appended
 // and owns them. Emptying it keeps the storage, that of the elements included, so that a vector
-// that is filled again with values of like size allocates nothing.
+// that is filled again with values of like size allocates nothing; only an unusually long one gives
+// its storage back.
 #pragma once
 
 #include <algorithm>
@@ -32,7 +33,13 @@ public:
         }
         ++countM;
     }
-    void clear() noexcept { countM = 0; }
+    void clear() noexcept {
+        constexpr std::size_t usualLength = 32;
+        countM = 0;
+        if (valuesM.size() > usualLength) {
+            std::vector<T>().swap(valuesM);
+        }
+    }
 
     std::size_t entries() const noexcept { return countM; }
     // The position counts from 0 and must be less than entries().
