@@ -12,6 +12,11 @@ BAS::String DatabasePlugIn::errorMessage(RWDBStatus const& status) {
     // Drivers end their texts with a line end and put more of them inside.
     text.erase(text.find_last_not_of("\r\n ") + 1);
     std::replace(text.begin(), text.end(), '\n', ' ');
+    // Some put the name of one of their functions in front.
+    auto const colon = text.find(": ");
+    if (colon != std::string::npos && text.find("::") < colon && text.find(' ') > colon) {
+        text.erase(0, colon + 2);
+    }
     return text;
 }
 
