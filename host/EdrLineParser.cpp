@@ -127,6 +127,13 @@ void passOver(simdjson::ondemand::value value, int depth) {
     }
 }
 
+std::string withoutFullStop(std::string text) {
+    if (text.ends_with('.')) {
+        text.pop_back();
+    }
+    return text;
+}
+
 } // namespace
 
 EdrLineParser::EdrLineParser(EDR::Description const& description)
@@ -152,7 +159,8 @@ void EdrLineParser::parse(std::string_view line, EDR::Container& container) {
         auto const at = path();
         throw EdrLineError(error.error() == simdjson::UTF8_ERROR
                                ? std::string("bad UTF-8")
-                               : "no JSON" + (at.empty() ? at : " at " + at) + ": " + error.what());
+                               : "no JSON" + (at.empty() ? at : " at " + at) + ": " +
+                                     withoutFullStop(error.what()));
     }
 }
 
@@ -160,8 +168,10 @@ void EdrLineParser::parseRecord(std::string_view line, EDR::Container& container
     container.clear(EDR::detailRecord);
     simdjson::ondemand::document document = parserM.iterate(
         simdjson::padded_string_view(line.data(), line.size(), line.size() + padding));
-    if (auto const type = document.type().value(); type != json_type::object) {
-        fail("expected a JSON object, not " + std::string(typeName(type)));
+    // Not told apart any further: the parser takes a line that is no JSON at all for a word or a
+    // number, by its first letter.
+    if (document.type().value() != json_type::object) {
+        fail("expected a JSON object, which begins with '{'");
     }
     parseBlock(document.get_object(), EDR::Description::root().blockKind(), container);
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {

@@ -112,9 +112,10 @@ TEST_F(EdrInputs, RejectLinesThatCantBeTaken) {
         std::string line;
         char const* reason; // its beginning
     } const cases[] = {
-        {"[1]", "expected a JSON object, not an array"},
-        {"\"x\"", "expected a JSON object, not a string"},
+        {"[1]", "expected a JSON object, which begins"},
+        {"\"x\"", "expected a JSON object, which begins"},
         {"plain text", "no JSON: "},
+        {"this is no json", "expected a JSON object, which begins"},
         {R"({"A":"x")", "no JSON: "},
         {R"({"A":"x"}})", "more text after the JSON object"},
         {R"({"A":"x"} {"A":"y"})", "more text after the JSON object"},
