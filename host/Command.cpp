@@ -4,12 +4,12 @@
 #include "BAS/RegisteredObject.h"
 #include "ExceptionText.h"
 #include "MessageCatalogue.h"
-#include "PrintableText.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <stdexcept>
 #include <vector>
 
@@ -44,15 +44,13 @@ std::vector<std::string> splitWords(std::string_view text) {
     return words;
 }
 
-std::string keysOf(BAS::RegistryEntry const& update) {
-    std::string keys;
-    for (auto const& key : update.children()) {
-        keys += (keys.empty() ? "" : " ") + key->name().str();
-        if (!key->value().isNull()) {
-            keys += "=" + key->value().str();
-        }
+CommandResult resultOf(Command const& command) {
+    CommandResult result;
+    result.object = command.update.name().str();
+    for (auto const& key : command.update.children()) {
+        result.keys.push_back({key->name().str(), key->value().str()});
     }
-    return keys;
+    return result;
 }
 
 bool isSame(BAS::Status const& one, BAS::Status const& other) {
@@ -77,7 +75,10 @@ void update(BAS::RegisteredObject& object, BAS::RegistryEntry const& entry, Comm
 } // namespace
 
 Command parseCommand(std::string_view text) {
-    auto const words = splitWords(text);
+    return parseCommand(splitWords(text));
+}
+
+Command parseCommand(std::span<std::string const> words) {
     if (words.size() < 2) {
         throw std::invalid_argument("expected OBJECT KEY[=VALUE]...");
     }
@@ -97,33 +98,24 @@ Command parseCommand(std::string_view text) {
     return command;
 }
 
-CommandResult executeCommand(Command const& command, std::mutex* pipelineLock) {
-    CommandResult result;
-    result.object = command.update.name().str();
-    result.keys = keysOf(command.update);
-    auto const begin = std::chrono::steady_clock::now();
+CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
+                             FairLock* pipelineLock) {
+    auto result = resultOf(command);
     auto const guard =
-        pipelineLock == nullptr ? std::unique_lock<std::mutex>() : std::unique_lock(*pipelineLock);
-    if (auto* const object = BAS::RegisteredObject::find(command.update.name())) {
-        update(*object, command.update, result);
-    } else {
-        result.fault = "there is no such object";
-    }
+        pipelineLock == nullptr ? std::unique_lock<FairLock>() : std::unique_lock(*pipelineLock);
+    NamedFiles const files(command.update);
+    auto const begin = std::chrono::steady_clock::now();
+    update(object, command.update, result);
     result.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    result.files = files.report();
     return result;
 }
 
-std::string resultText(CommandResult const& result) {
-    auto const verdict = result.fault       ? "not handled, " + *result.fault
-                         : result.isHandled ? std::string("handled")
-                                            : std::string("rejected");
-    auto text = fmt::format("{} {}: {}, {}", result.object, result.keys, verdict,
-                            result.isWorkDone ? "work done" : "no work done");
-    if (result.newStatus) {
-        text += ", status " + statusText(*result.newStatus);
-    }
-    return printable(fmt::format("{}, {:.3f} s", text, result.seconds));
+CommandResult unexecutedCommand(Command const& command, std::string reason) {
+    auto result = resultOf(command);
+    result.fault = std::move(reason);
+    return result;
 }
 
 } // namespace host

@@ -3,11 +3,18 @@
 
 #include "BAS/RegistryEntry.h"
 #include "BAS/Status.h"
+#include "FairLock.h"
+#include "NamedFiles.h"
 
-#include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+namespace BAS {
+class RegisteredObject;
+}
 
 namespace host {
 
@@ -17,26 +24,35 @@ struct Command {
 };
 
 struct CommandResult {
+    struct Key {
+        std::string name;
+        std::string value;
+    };
+
     std::string object;
-    std::string keys; // as they were given
+    std::vector<Key> keys;
     bool isHandled = false;
     bool isWorkDone = false;
     // Why the object had no say: it doesn't exist, or it threw.
     std::optional<std::string> fault;
     // The object's status, if the command changed it.
     std::optional<BAS::Status> newStatus;
-    double seconds = 0;
+    std::vector<NamedFile> files;
+    double seconds = 0; // of the object's work
 };
 
 // From a text OBJECT KEY[=VALUE]... with blanks between the parts; a part, or a piece of one, that
 // holds blanks stands in single or double quotes. Throws std::invalid_argument with what is wrong.
 Command parseCommand(std::string_view text);
+// From the parts.
+Command parseCommand(std::span<std::string const> words);
 
 // Hands the command to its object. The lock of the object's pipeline, if it has one, keeps batches
 // away meanwhile. Throws nothing: what the object throws is the result's fault.
-CommandResult executeCommand(Command const& command, std::mutex* pipelineLock);
+CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
+                             FairLock* pipelineLock);
 
-// The result on one line, for people.
-std::string resultText(CommandResult const& result);
+// The result of a command that no object had a say in, with the reason.
+CommandResult unexecutedCommand(Command const& command, std::string reason);
 
 } // namespace host

@@ -1,21 +1,31 @@
 // What the caller of the program asks for.
 #pragma once
 
+#include "BAS/Status.h"
 #include "Command.h"
 #include "ExitCode.h"
 
+#include <chrono>
 #include <filesystem>
+#include <optional>
 #include <variant>
 #include <vector>
 
 namespace host {
 
 struct CommandLine {
-    enum class Verb { run, check };
+    enum class Verb { run, check, send };
 
     Verb verb = Verb::run;
     std::filesystem::path registry;
-    std::vector<Command> atEnd; // of a run, in order
+    BAS::Status::Severity leastSeverity = BAS::Status::info; // of what is logged
+    // Of a run:
+    std::vector<Command> atEnd; // in order
+    bool isQuiet = false;
+    bool isJson = false;
+    // Of send:
+    std::optional<Command> sent;
+    std::chrono::duration<double> timeout{30};
 };
 
 // Prints help, the version or what is wrong, and then gives the exit code.

@@ -25,11 +25,16 @@ bool isBlank(std::string_view text) {
 } // namespace
 
 EdrInput::EdrInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                   EDR::Description const& description, BAS::LogSink& log)
+                   EDR::Description const& description, BAS::LogSink& log, Event const* stop,
+                   InputPosition const& start)
     : pipelineM(pipeline.registeredName), nameM(input.file.string()),
-      maxLineLengthM(pipeline.maxLineLength), logM(log), fileM(input.file),
+      maxLineLengthM(pipeline.maxLineLength), logM(log), fileM(input.file, stop),
       linesM(fileM, maxLineLengthM, EdrLineParser::padding), parserM(description),
-      rejectFileM(input.rejectFile) {
+      rejectFileM(input.rejectFile, start.rejectedBytes) {
+    while (linesM.offset() < start.bytes && linesM.nextLine()) {
+        while (linesM.nextPiece()) {
+        }
+    }
 }
 
 bool EdrInput::next(EDR::Container& container) {

@@ -6,6 +6,7 @@
 #include "BAS/String.h"
 #include "EdrLineParser.h"
 #include "InputFile.h"
+#include "InputStateFile.h"
 #include "LineReader.h"
 #include "Registry.h"
 #include "RejectFile.h"
@@ -20,15 +21,22 @@ namespace host {
 
 class EdrInput {
 public:
-    // Opens the input. Statuses bear the pipeline's registered name and go to the log, which stays
-    // the caller's, as the description does. Throws a BAS::Status when a file fails.
+    // Opens the input and goes on behind the start. Statuses bear the pipeline's registered name
+    // and go to the log, which stays the caller's, as the description does. Throws a BAS::Status
+    // when a file fails.
     EdrInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-             EDR::Description const& description, BAS::LogSink& log);
+             EDR::Description const& description, BAS::LogSink& log, Event const* stop = nullptr,
+             InputPosition const& start = {});
 
     // Fills the container with the next EDR; false at the end of the input. Throws a BAS::Status
-    // when reading, or writing the reject file, fails.
+    // when reading, or writing the reject file, fails, and InputStopped when stop is set while the
+    // input has nothing to read.
     bool next(EDR::Container& container);
 
+    // Behind the last EDR and everything that was rejected before it.
+    InputPosition position() const noexcept { return {linesM.offset(), rejectFileM.size()}; }
+    // Of the file, compressed as it may be.
+    std::uint64_t bytesRead() const noexcept { return fileM.bytesRead(); }
     std::uint64_t rejectedLines() const noexcept { return rejectedLinesM; }
 
 private:

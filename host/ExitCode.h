@@ -10,6 +10,10 @@ enum ExitCode : int {
     usageWrong = 2,
     startFailed = 3,
     inputOrOutputFailed = 4,
+    // No host answered a command in time.
+    noAnswer = 75,
+    // A second signal, or a signal to a program that waits for an answer.
+    interrupted = 130,
 };
 
 } // namespace host

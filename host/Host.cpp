@@ -1,20 +1,24 @@
 #include "Host.h"
 
 #include "BAS/LogSink.h"
+#include "CommandDirectory.h"
+#include "CommandReport.h"
 #include "ExceptionText.h"
 #include "MessageCatalogue.h"
+#include "NearestName.h"
 #include "PLG/FunctionPlugIn.h"
 #include "StartFailure.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <thread>
 
 namespace host {
 
-Host::Host(Registry registry, ModuleLoader loader, BAS::LogSink& log)
-    : registryM(std::move(registry)), loaderM(std::move(loader)), logM(log) {
+Host::Host(Registry registry, ModuleLoader loader, BAS::LogSink& log,
+           BAS::Status::Severity leastSeverity)
+    : registryM(std::move(registry)), loaderM(std::move(loader)), logM(log),
+      leastSeverityM(leastSeverity) {
     BAS::RegisteredObject::bindRegistry(registryM.root.get(),
                                         registryM.configuration.directory.string());
     BAS::RegisteredObject::bindProcessLog(&logM);
@@ -30,17 +34,32 @@ Host::~Host() {
 }
 
 void Host::start() {
-    buildDataPool();
-    throwIfAnyProblem();
-    buildPipelines();
-    throwIfAnyProblem();
-    buildFunctions();
-    throwIfAnyProblem();
-    startLifeCycle();
-    throwIfAnyProblem();
+    for (auto const stage : stagesM) {
+        (this->*stage)();
+        if (!problemsM.empty()) {
+            throw StartFailure{problemsM};
+        }
+    }
     logM.write(makeStatus(BAS::Status::info, {}, "MSG_STARTED",
                           {std::to_string(registryM.configuration.dataPool.size()),
                            std::to_string(pipelinesM.size())}));
+}
+
+std::vector<BAS::Status> Host::check() {
+    for (auto const stage : stagesM) {
+        (this->*stage)();
+    }
+    return problemsM;
+}
+
+void Host::checkCommandDirectory() {
+    try {
+        if (registryM.configuration.commandDirectory) {
+            CommandDirectory::requireSafe(*registryM.configuration.commandDirectory);
+        }
+    } catch (BAS::Status const& status) {
+        problemsM.push_back(status);
+    }
 }
 
 void Host::buildDataPool() {
@@ -52,7 +71,7 @@ void Host::buildDataPool() {
 void Host::buildPipelines() {
     for (auto const& configuration : registryM.configuration.pipelines) {
         try {
-            auto pipeline = std::make_unique<PipelineRunner>(configuration, logM);
+            auto pipeline = std::make_unique<PipelineRunner>(configuration, logM, leastSeverityM);
             objectsM.push_back(pipeline->makeRegisteredObject());
             pipelinesM.push_back(std::move(pipeline));
         } catch (StartFailure const& failure) {
@@ -84,11 +103,8 @@ void Host::startLifeCycle() {
         }
     }
     lifeCycleM.emplace(std::move(plugIns), logM);
-    try {
-        lifeCycleM->start();
-    } catch (BAS::Status const& status) {
-        problemsM.push_back(status);
-    }
+    auto problems = lifeCycleM->start();
+    problemsM.insert(problemsM.end(), problems.begin(), problems.end());
 }
 
 BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind kind) {
@@ -105,49 +121,59 @@ BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind 
     return nullptr;
 }
 
-void Host::throwIfAnyProblem() const {
-    if (!problemsM.empty()) {
-        throw StartFailure{problemsM};
-    }
-}
-
-void Host::runPipelines() {
-    std::vector<std::jthread> threads;
-    threads.reserve(pipelinesM.size());
+void Host::logSummaries() const {
     for (auto const& pipeline : pipelinesM) {
-        threads.emplace_back([&pipeline] { pipeline->run(); });
+        auto const counters = pipeline->counters();
+        logM.write(makeStatus(
+            BAS::Status::notice, pipeline->configuration().registeredName, "MSG_PIPELINE_SUMMARY",
+            {std::to_string(counters.read), std::to_string(counters.details),
+             std::to_string(counters.rejected), std::to_string(counters.batches),
+             fmt::format("{:.3f}", counters.seconds), std::to_string(counters.commands),
+             std::to_string(counters.failedInputs)}));
     }
-    threads.clear(); // waits for all of them
-    for (auto const& pipeline : pipelinesM) {
-        logSummary(*pipeline);
-    }
-}
-
-void Host::logSummary(PipelineRunner const& pipeline) const {
-    auto const& counters = pipeline.counters();
-    logM.write(makeStatus(BAS::Status::notice, pipeline.configuration().registeredName,
-                          "MSG_PIPELINE_SUMMARY",
-                          {std::to_string(counters.read), std::to_string(counters.details),
-                           std::to_string(counters.rejected), std::to_string(counters.batches),
-                           fmt::format("{:.3f}", counters.seconds)}));
 }
 
 CommandResult Host::execute(Command const& command) {
-    auto result = executeCommand(command, lockFor(command.update.name()));
+    auto const name = command.update.name();
+    auto* const pipeline = pipelineOf(name);
+    auto* const object = BAS::RegisteredObject::find(name);
+    auto result =
+        object == nullptr
+            ? unexecutedCommand(command, unknownObjectText(name))
+            : executeCommand(command, *object, pipeline == nullptr ? nullptr : &pipeline->lock());
+    if (pipeline != nullptr) {
+        pipeline->countCommand();
+    }
     logM.write(result.isHandled ? makeStatus(BAS::Status::info, result.object, "MSG_COMMAND_RESULT",
                                              {resultText(result)})
                                 : makeStatus(BAS::Status::error, result.object,
                                              "ERR_COMMAND_REJECTED", {resultText(result)}));
+    for (auto const& file : result.files) {
+        if (!file.isOpened) {
+            logM.write(makeStatus(BAS::Status::warning, result.object,
+                                  "ERR_COMMAND_FILE_NOT_OPENED",
+                                  {file.key, file.path.string(), file.reason}));
+        }
+    }
     return result;
 }
 
-std::mutex* Host::lockFor(BAS::String const& object) const {
+PipelineRunner* Host::pipelineOf(BAS::String const& object) const {
     for (auto const& pipeline : pipelinesM) {
-        if (object.view().starts_with(pipeline->configuration().registeredName + ".")) {
-            return &pipeline->lock();
+        auto const& name = pipeline->configuration().registeredName;
+        if (object == name || object.view().starts_with(name + ".")) {
+            return pipeline.get();
         }
     }
     return nullptr;
+}
+
+std::string Host::unknownObjectText(BAS::String const& object) const {
+    std::vector<std::string> names;
+    for (auto const& known : objectsM) {
+        names.push_back(known->name().str());
+    }
+    return "there is no such object" + nearestNameHint(object.view(), {names.begin(), names.end()});
 }
 
 bool Host::hasFailed() const {
@@ -157,7 +183,8 @@ bool Host::hasFailed() const {
 
 bool Host::hasFaults() const {
     return std::any_of(pipelinesM.begin(), pipelinesM.end(), [](auto const& pipeline) {
-        return pipeline->counters().rejected > 0 || pipeline->counters().faults > 0;
+        auto const counters = pipeline->counters();
+        return counters.rejected > 0 || counters.faults > 0;
     });
 }
 

@@ -18,8 +18,10 @@ namespace host {
 
 class Host {
 public:
-    // The log stays the caller's and becomes the process log.
-    Host(Registry registry, ModuleLoader loader, BAS::LogSink& log);
+    // The log stays the caller's and becomes the process log. Logs of the pipelines take what is at
+    // least that severe.
+    Host(Registry registry, ModuleLoader loader, BAS::LogSink& log,
+         BAS::Status::Severity leastSeverity);
     Host(Host const&) = delete;
     Host& operator=(Host const&) = delete;
     ~Host();
@@ -28,12 +30,19 @@ public:
     // that don't follow from each other: those of the data modules, else those of the pipelines'
     // descriptions and logs, else those of the plug-ins.
     void start();
+    // Does the same to find all problems: goes on with what can still be started, and returns what
+    // is wrong.
+    std::vector<BAS::Status> check();
 
-    // Runs every pipeline in a thread of its own until all inputs have ended, and logs a summary.
-    void runPipelines();
+    HostConfiguration const& configuration() const noexcept { return registryM.configuration; }
+    std::vector<std::unique_ptr<PipelineRunner>> const& pipelines() const noexcept {
+        return pipelinesM;
+    }
+    BAS::LogSink& log() const noexcept { return logM; }
 
-    // Hands a command to its object and logs the result. Any thread.
+    // Hands a command to its object, counts it and logs the result. Any thread.
     CommandResult execute(Command const& command);
+    void logSummaries() const;
 
     // An input, a reject file or a pipeline's log failed.
     bool hasFailed() const;
@@ -41,18 +50,25 @@ public:
     bool hasFaults() const;
 
 private:
+    void checkCommandDirectory();
     void buildDataPool();
     void buildPipelines();
     void buildFunctions();
     void startLifeCycle();
     void logSummary(PipelineRunner const& pipeline) const;
     BAS::RegisteredObject* load(ModuleConfiguration const& module, ModuleKind kind);
-    void throwIfAnyProblem() const;
-    std::mutex* lockFor(BAS::String const& object) const;
+    PipelineRunner* pipelineOf(BAS::String const& object) const;
+    std::string unknownObjectText(BAS::String const& object) const;
+
+    // The start, step by step; each adds to the problems.
+    static constexpr void (Host::*stagesM[])() = {&Host::checkCommandDirectory,
+                                                  &Host::buildDataPool, &Host::buildPipelines,
+                                                  &Host::buildFunctions, &Host::startLifeCycle};
 
     Registry registryM;
     ModuleLoader loaderM;
     BAS::LogSink& logM;
+    BAS::Status::Severity leastSeverityM;
     std::vector<std::unique_ptr<PipelineRunner>> pipelinesM;
     std::vector<std::unique_ptr<BAS::RegisteredObject>> objectsM; // in the order of creation
     std::optional<LifeCycle> lifeCycleM;

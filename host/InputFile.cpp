@@ -2,6 +2,7 @@
 
 #include "GzipDecompressor.h"
 #include "SystemError.h"
+#include "Waiting.h"
 #include "ZstdDecompressor.h"
 
 #include <fmt/format.h>
@@ -41,8 +42,8 @@ BAS::Status damage(std::filesystem::path const& file, std::string const& reason)
 
 } // namespace
 
-InputFile::InputFile(std::filesystem::path file)
-    : fileM(std::move(file)),
+InputFile::InputFile(std::filesystem::path file, Event const* stop)
+    : fileM(std::move(file)), stopM(stop),
       descriptorM(fileM == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                : ::open(fileM.c_str(), O_RDONLY | O_CLOEXEC)) {
     if (!descriptorM.isOpen()) {
@@ -110,7 +111,18 @@ bool InputFile::fillBuffer() {
     return count > 0;
 }
 
+void InputFile::waitForBytes() const {
+    if (stopM == nullptr) {
+        return;
+    }
+    waitForAny({descriptorM.number(), stopM->descriptor()});
+    if (stopM->isSet() && !waitForAny({descriptorM.number()}, std::chrono::steady_clock::now())) {
+        throw InputStopped();
+    }
+}
+
 std::size_t InputFile::readFile(std::span<char> target) {
+    waitForBytes();
     for (;;) {
         auto const count = ::read(descriptorM.number(), target.data(), target.size());
         if (count >= 0) {

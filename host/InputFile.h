@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Decompressor.h"
+#include "Event.h"
 #include "FileDescriptor.h"
 
 #include <cstdint>
@@ -13,17 +14,26 @@
 
 namespace host {
 
+// Thrown when the wait for bytes ends because the program is to end.
+struct InputStopped {};
+
 class InputFile {
 public:
-    // The path "-" is standard input. Throws a BAS::Status when the file can't be opened.
-    explicit InputFile(std::filesystem::path file);
+    // The path "-" is standard input. The event, if there is one, ends the wait for bytes and must
+    // outlive the object. Throws a BAS::Status when the file can't be opened.
+    explicit InputFile(std::filesystem::path file, Event const* stop = nullptr);
 
     // Waits for bytes and returns how many there are, 0 at the end. Throws a BAS::Status when
     // reading fails, and when compressed data are damaged or break off; what stands before that has
-    // then been returned by the calls before.
+    // then been returned by the calls before. Throws InputStopped when stop is set and it would
+    // have to wait.
     std::size_t read(std::span<char> target);
 
+    // How many bytes were read from the file, compressed as they may be.
+    std::uint64_t bytesRead() const noexcept { return bytesReadM; }
+
 private:
+    void waitForBytes() const;
     std::size_t readFile(std::span<char> target);
     // Reads more bytes behind the pending ones, with which the buffer must begin; false at the end.
     bool fillBuffer();
@@ -32,6 +42,7 @@ private:
     std::size_t decompress(std::span<char> target);
 
     std::filesystem::path fileM;
+    Event const* stopM;
     FileDescriptor descriptorM;
     std::vector<char> bufferM;
     std::span<char const> pendingM; // of the buffer

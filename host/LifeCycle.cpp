@@ -29,12 +29,12 @@ std::optional<BAS::Status> perform(PLG::StdPlugIn& plugIn, char const* name, Ope
 
 } // namespace
 
-void LifeCycle::start() {
-    // What counts the plug-ins that have an operation behind them, if something must undo it.
+std::vector<BAS::Status> LifeCycle::start() {
+    // Whom an operation succeeded with is kept, if something must undo it.
     struct Step {
         char const* name;
         Operation operation;
-        std::size_t LifeCycle::*done;
+        std::vector<PLG::StdPlugIn*> LifeCycle::*done;
     };
     static constexpr Step steps[] = {
         {"init", &PLG::StdPlugIn::init, nullptr},
@@ -42,31 +42,38 @@ void LifeCycle::start() {
         {"install", &PLG::StdPlugIn::install, &LifeCycle::installedM},
         {"startup", &PLG::StdPlugIn::startup, &LifeCycle::startedM},
     };
+    std::vector<BAS::Status> problems;
+    auto remaining = plugInsM;
     for (auto const& step : steps) {
-        for (auto* const plugIn : plugInsM) {
+        std::vector<PLG::StdPlugIn*> succeeded;
+        for (auto* const plugIn : remaining) {
             if (auto const problem = perform(*plugIn, step.name, step.operation)) {
-                throw BAS::Status(*problem);
-            }
-            if (step.done != nullptr) {
-                ++(this->*step.done);
+                problems.push_back(*problem);
+            } else {
+                succeeded.push_back(plugIn);
             }
         }
+        remaining = succeeded;
+        if (step.done != nullptr) {
+            this->*step.done = std::move(succeeded);
+        }
     }
+    return problems;
 }
 
 LifeCycle::~LifeCycle() {
     struct Step {
         char const* name;
         Operation operation;
-        std::size_t count;
+        std::vector<PLG::StdPlugIn*> const& plugIns;
     };
     Step const steps[] = {
         {"shutdown", &PLG::StdPlugIn::shutdown, startedM},
         {"uninstall", &PLG::StdPlugIn::uninstall, installedM},
     };
     for (auto const& step : steps) {
-        for (auto i = step.count; i > 0; --i) {
-            if (auto const problem = perform(*plugInsM[i - 1], step.name, step.operation)) {
+        for (auto plugIn = step.plugIns.rbegin(); plugIn != step.plugIns.rend(); ++plugIn) {
+            if (auto const problem = perform(**plugIn, step.name, step.operation)) {
                 logM.write(*problem);
             }
         }

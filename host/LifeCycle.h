@@ -2,6 +2,8 @@
 // shut down and uninstalled after the last.
 #pragma once
 
+#include "BAS/Status.h"
+
 #include <vector>
 
 namespace BAS {
@@ -24,16 +26,16 @@ public:
     LifeCycle(LifeCycle const&) = delete;
     LifeCycle& operator=(LifeCycle const&) = delete;
 
-    // Takes every plug-in through one operation before the next operation begins. Throws a
-    // BAS::Status at the first that fails or throws.
-    void start();
+    // Takes every plug-in through one operation before the next operation begins. A plug-in of
+    // which one fails or throws is taken no further. Returns what went wrong.
+    std::vector<BAS::Status> start();
 
 private:
     std::vector<PLG::StdPlugIn*> plugInsM;
     BAS::LogSink& logM;
-    // How many plug-ins were installed and how many started.
-    std::size_t installedM = 0;
-    std::size_t startedM = 0;
+    // In the order in which that was done.
+    std::vector<PLG::StdPlugIn*> installedM;
+    std::vector<PLG::StdPlugIn*> startedM;
 };
 
 } // namespace host

@@ -53,11 +53,13 @@ bool LineReader::takePiece() {
         isCompleteM = found != nullptr;
         if (isCompleteM) {
             pieceEndM = static_cast<std::size_t>(found - bufferM.data()) + 1;
+            offsetM += pieceEndM - beginM;
             return true;
         }
         auto const searched = endM - beginM;
         if (searched == capacity() || !readMore()) {
             pieceEndM = endM;
+            offsetM += searched;
             isCompleteM = isAtEndM;
             return searched > 0;
         }

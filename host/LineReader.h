@@ -26,6 +26,8 @@ public:
 
     // Counts from 1.
     std::uint64_t number() const noexcept { return numberM; }
+    // The bytes of the input up to the end of the line, or of the present piece of it.
+    std::uint64_t offset() const noexcept { return offsetM; }
     bool isTooLong() const noexcept { return isTooLongM; }
     // The line without its end; meaningless for a line that is too long.
     std::string_view line() const noexcept;
@@ -47,6 +49,7 @@ private:
     std::size_t pieceEndM = 0;
     std::size_t endM = 0; // of the bytes read
     std::uint64_t numberM = 0;
+    std::uint64_t offsetM = 0;
     bool isTooLongM = false;
     bool isCompleteM = true;
     bool isAtEndM = false;

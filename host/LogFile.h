@@ -6,22 +6,27 @@
 #pragma once
 
 #include "BAS/LogSink.h"
+#include "BAS/Status.h"
 #include "FileDescriptor.h"
 
 #include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <mutex>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace host {
 
 class LogFile : public BAS::LogSink {
 public:
-    // Writes to standard error.
-    LogFile() = default;
+    // Writes to standard error what is at least that severe. On a terminal, a record takes the
+    // place of the progress line.
+    explicit LogFile(BAS::Status::Severity least);
     // Appends to the file. Throws a BAS::Status when it can't be opened.
-    explicit LogFile(std::filesystem::path const& file);
+    LogFile(std::filesystem::path const& file, BAS::Status::Severity least);
 
     void write(BAS::Status const& status) override;
 
@@ -31,8 +36,16 @@ public:
 private:
     std::mutex lockM;
     FileDescriptor fileM;
+    BAS::Status::Severity leastM;
+    bool isTerminalM = false;
     std::atomic<bool> hasFailedM{false};
 };
+
+// The level of that name, or nothing.
+std::optional<BAS::Status::Severity> levelOfName(std::string_view name);
+std::string levelName(BAS::Status::Severity level);
+// The names of all levels, from the least severe.
+std::span<std::string_view const> levelNames();
 
 // The record of a status, with its line end. The pipeline is read from the object's registered
 // name.

@@ -13,18 +13,24 @@ bool sameLetter(char a, char b) {
            std::tolower(static_cast<unsigned char>(b));
 }
 
-// How many letters have to be inserted, dropped or changed to make one name the other; case doesn't
-// count.
+// How many letters have to be inserted, dropped, changed or swapped with their neighbour to make
+// one name the other; case doesn't count.
 std::size_t editDistance(std::string_view one, std::string_view other) {
+    std::vector<std::size_t> beforeLast(other.size() + 1);
+    std::vector<std::size_t> last(other.size() + 1);
     std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < one.size(); ++i) {
-        auto diagonal = row[0];
-        row[0] = i + 1;
-        for (std::size_t j = 0; j < other.size(); ++j) {
-            auto const changed = diagonal + (sameLetter(one[i], other[j]) ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    for (std::size_t i = 1; i <= one.size(); ++i) {
+        beforeLast.swap(last);
+        last.swap(row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= other.size(); ++j) {
+            auto const changed = last[j - 1] + (sameLetter(one[i - 1], other[j - 1]) ? 0 : 1);
+            row[j] = std::min({changed, last[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && sameLetter(one[i - 1], other[j - 2]) &&
+                sameLetter(one[i - 2], other[j - 1])) {
+                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+            }
         }
     }
     return row.back();
@@ -36,6 +42,9 @@ std::string nearestNameHint(std::string_view mistyped, std::vector<std::string_v
     auto best = std::max<std::size_t>(1, mistyped.size() / 3) + 1;
     std::string_view nearest;
     for (auto const candidate : known) {
+        if (candidate == mistyped) {
+            return {};
+        }
         auto const distance = editDistance(mistyped, candidate);
         if (distance < best) {
             best = distance;

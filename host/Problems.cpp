@@ -13,10 +13,7 @@ void Problems::add(FilePosition position, std::string text) {
     problemsM.push_back({position, std::move(text)});
 }
 
-void Problems::throwIfAny() const {
-    if (problemsM.empty()) {
-        return;
-    }
+std::vector<BAS::Status> Problems::statuses() const {
     auto sorted = problemsM;
     std::stable_sort(sorted.begin(), sorted.end(), [](auto const& a, auto const& b) {
         return std::tie(a.position.line, a.position.column) <
@@ -29,7 +26,13 @@ void Problems::throwIfAny() const {
                                       {fileM.string(), std::to_string(problem.position.line),
                                        std::to_string(problem.position.column), problem.text}));
     }
-    throw StartFailure{std::move(statuses)};
+    return statuses;
+}
+
+void Problems::throwIfAny() const {
+    if (!problemsM.empty()) {
+        throw StartFailure{statuses()};
+    }
 }
 
 } // namespace host

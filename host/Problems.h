@@ -22,7 +22,9 @@ public:
 
     void add(FilePosition position, std::string text);
     bool empty() const noexcept { return problemsM.empty(); }
-    // Throws a StartFailure with all problems, in the order of their places, if there are any.
+    // In the order of their places.
+    std::vector<BAS::Status> statuses() const;
+    // Throws a StartFailure with all problems if there are any.
     void throwIfAny() const;
 
 private:

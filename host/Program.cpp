@@ -1,10 +1,18 @@
 #include "Program.h"
 
 #include "CommandLine.h"
+#include "CommandReport.h"
 #include "Host.h"
 #include "LogFile.h"
+#include "MessageCatalogue.h"
+#include "ProgressLine.h"
+#include "SendCommand.h"
+#include "Service.h"
 #include "StartFailure.h"
+#include "StopSignals.h"
+#include "Summary.h"
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -15,8 +23,10 @@ namespace {
 // The process log, and standard error as long as, or besides, there is none.
 class Logs {
 public:
+    explicit Logs(BAS::Status::Severity least) : leastM(least), standardErrorM(least) {}
+
     void openProcessLog(std::filesystem::path const& file) {
-        processLogM = std::make_unique<LogFile>(file);
+        processLogM = std::make_unique<LogFile>(file, leastM);
     }
     LogFile& process() { return processLogM == nullptr ? standardErrorM : *processLogM; }
 
@@ -29,42 +39,104 @@ public:
     }
 
 private:
+    BAS::Status::Severity leastM;
     LogFile standardErrorM;
     std::unique_ptr<LogFile> processLogM;
 };
 
-// Returns whether all commands were handled.
-bool executeAll(Host& host, std::vector<Command> const& commands) {
-    bool areHandled = true;
-    for (auto const& command : commands) {
-        auto const result = host.execute(command);
-        std::cout << resultText(result) << std::endl;
-        areHandled = areHandled && result.isHandled;
+// Prints the results as they come, unless they are to be JSON.
+std::vector<CommandResult> executeAtEnd(Host& host, CommandLine const& commandLine) {
+    std::vector<CommandResult> results;
+    for (auto const& command : commandLine.atEnd) {
+        results.push_back(host.execute(command));
+        if (!commandLine.isJson) {
+            std::cout << resultText(results.back()) << std::endl;
+        }
     }
-    return areHandled;
+    return results;
 }
 
-ExitCode run(Host& host, CommandLine const& commandLine) {
-    host.runPipelines();
-    bool const areHandled = executeAll(host, commandLine.atEnd);
-    if (host.hasFailed() || !std::cout) {
-        return inputOrOutputFailed;
+void printSummary(Host const& host, CommandLine const& commandLine,
+                  std::vector<CommandResult> const& results) {
+    if (commandLine.isJson) {
+        std::cout << summaryJson(host.pipelines(), results) << std::flush;
+    } else if (!commandLine.isQuiet) {
+        std::cout << summaryTable(host.pipelines()) << std::flush;
     }
-    return host.hasFaults() || !areHandled ? doneWithFaults : done;
 }
 
-ExitCode perform(CommandLine const& commandLine, Logs& logs) {
+ExitCode run(CommandLine const& commandLine, Logs& logs) {
+    Event stop;
+    StopSignals const signals(stop);
     auto registry = readRegistry(commandLine.registry);
     if (registry.configuration.processLog) {
         logs.openProcessLog(*registry.configuration.processLog);
     }
-    Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), logs.process());
+    Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), logs.process(),
+              commandLine.leastSeverity);
     host.start();
-    if (commandLine.verb == CommandLine::Verb::check) {
-        std::cout << commandLine.registry.string() << ": no problems found" << std::endl;
-        return std::cout ? done : inputOrOutputFailed;
+    std::optional<ProgressLine> progress;
+    if (!commandLine.isQuiet && ProgressLine::canBeSeen()) {
+        progress.emplace(host.pipelines());
     }
-    return run(host, commandLine);
+    Service service(host, stop, progress ? &*progress : nullptr);
+    service.run();
+    auto const results = executeAtEnd(host, commandLine);
+    printSummary(host, commandLine, results);
+    if (host.hasFailed() || service.hasFailed() || !std::cout) {
+        return inputOrOutputFailed;
+    }
+    bool const areHandled = std::all_of(results.begin(), results.end(),
+                                        [](auto const& result) { return result.isHandled; });
+    // Who ends a service by a signal doesn't ask how its input was.
+    return (host.hasFaults() && !stop.isSet()) || !areHandled ? doneWithFaults : done;
+}
+
+ExitCode check(CommandLine const& commandLine, Logs& logs) {
+    std::vector<BAS::Status> problems;
+    auto registry = readRegistry(commandLine.registry, problems);
+    try {
+        if (registry.configuration.processLog) {
+            logs.openProcessLog(*registry.configuration.processLog);
+        }
+    } catch (BAS::Status const& status) {
+        problems.push_back(status);
+    }
+    Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), logs.process(),
+              commandLine.leastSeverity);
+    auto const ofStart = host.check();
+    problems.insert(problems.end(), ofStart.begin(), ofStart.end());
+    if (!problems.empty()) {
+        throw StartFailure{std::move(problems)};
+    }
+    std::cout << commandLine.registry.string() << ": no problems found" << std::endl;
+    return std::cout ? done : inputOrOutputFailed;
+}
+
+ExitCode send(CommandLine const& commandLine, Logs& logs) {
+    auto const configuration = readRegistry(commandLine.registry).configuration;
+    if (!configuration.commandDirectory) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_NO_COMMAND_DIRECTORY",
+                         {commandLine.registry.string()});
+    }
+    try {
+        return sendCommand(*configuration.commandDirectory, *commandLine.sent, commandLine.timeout);
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+        return inputOrOutputFailed;
+    }
+}
+
+ExitCode perform(CommandLine const& commandLine, Logs& logs) {
+    switch (commandLine.verb) {
+    case CommandLine::Verb::run:
+        return run(commandLine, logs);
+    case CommandLine::Verb::check:
+        return check(commandLine, logs);
+    case CommandLine::Verb::send:
+        break;
+    }
+    return send(commandLine, logs);
 }
 
 } // namespace
@@ -74,9 +146,10 @@ int runProgram(int argc, char const* const* argv) {
     if (auto const* const exitCode = std::get_if<ExitCode>(&parsed)) {
         return *exitCode;
     }
-    Logs logs;
+    auto const& commandLine = std::get<CommandLine>(parsed);
+    Logs logs(commandLine.leastSeverity);
     try {
-        auto const exitCode = perform(std::get<CommandLine>(parsed), logs);
+        auto const exitCode = perform(commandLine, logs);
         return logs.process().hasFailed() ? inputOrOutputFailed : exitCode;
     } catch (StartFailure const& failure) {
         for (auto const& problem : failure.problems) {

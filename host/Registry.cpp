@@ -1,6 +1,7 @@
 #include "Registry.h"
 
 #include "KeyRules.h"
+#include "StartFailure.h"
 #include "YamlTree.h"
 
 #include <algorithm>
@@ -56,6 +57,10 @@ struct InputUse {
     FilePosition position;
 };
 
+bool hasRoot(YamlNode const& document) {
+    return isMap(document) && document.members.size() == 1;
+}
+
 class RegistryReader {
 public:
     RegistryReader(std::filesystem::path const& file, Problems& problems) : problemsM(problems) {
@@ -63,7 +68,7 @@ public:
     }
 
     HostConfiguration read(YamlNode const& document) {
-        if (!isMap(document) || document.members.size() != 1) {
+        if (!hasRoot(document)) {
             problemsM.add(document.position,
                           "the file must hold one mapping with one key, the registry's root name");
             return {};
@@ -103,10 +108,21 @@ private:
             return;
         }
         checkKeys(*commands, commandsRules, problemsM);
-        if (auto const* const directory = commands->value.find("Directory")) {
-            problemsM.add(directory->position,
-                          "commands from a directory aren't supported, use --at-end");
+        if (auto const* const directory = valueOf(commands->value, "Directory", Kind::text)) {
+            configurationM.commandDirectory = useDirectory(*directory);
         }
+    }
+
+    // A directory into which others put files serves one purpose only.
+    std::filesystem::path useDirectory(YamlNode const& node) {
+        auto path = (resolve(node.text) / "").parent_path();
+        auto const [use, isNew] = directoryUsesM.emplace(path, node.position);
+        if (!isNew) {
+            problemsM.add(node.position, "the directory '" + node.text +
+                                             "' is named twice, first on line " +
+                                             std::to_string(use->second.line));
+        }
+        return path;
     }
 
     void readLog(YamlNode const& root) {
@@ -135,7 +151,10 @@ private:
             problemsM.add(pipelines->position, "'Pipelines' names no pipeline");
         }
         for (auto const& member : pipelines->value.members) {
-            configurationM.pipelines.push_back(readPipeline(member));
+            auto pipeline = readPipeline(member);
+            if (!pipeline.edrDescription.empty()) {
+                configurationM.pipelines.push_back(std::move(pipeline));
+            }
         }
     }
 
@@ -169,10 +188,14 @@ private:
         readNumber(input.value, "MaxLineLength", maxMaxLineLength, pipeline.maxLineLength);
         auto const* const files = input.value.find("Files");
         if (auto const* const directory = input.value.find("Directory")) {
-            problemsM.add(directory->position,
-                          "input from a directory isn't supported, list the files under 'Files'");
+            if (files != nullptr) {
+                problemsM.add(directory->position,
+                              "'Input' has both 'Files' and 'Directory', expected one of them");
+            } else if (directory->value.kind == Kind::text) {
+                pipeline.inputDirectory = useDirectory(directory->value);
+            }
         } else if (files == nullptr) {
-            problemsM.add(input.position, "'Input' lacks the key 'Files'");
+            problemsM.add(input.position, "'Input' lacks the key 'Files' or 'Directory'");
         } else if (files->value.kind == Kind::sequence && files->value.items.empty()) {
             problemsM.add(files->position, "'Files' names no file");
         }
@@ -223,7 +246,10 @@ private:
                                                  std::string const& parentName) {
         std::vector<ModuleConfiguration> configurations;
         for (auto const& member : modules.members) {
-            configurations.push_back(readModule(member, parentName));
+            auto module = readModule(member, parentName);
+            if (!module.moduleName.empty()) {
+                configurations.push_back(std::move(module));
+            }
         }
         return configurations;
     }
@@ -282,6 +308,7 @@ private:
     HostConfiguration configurationM;
     std::string rootNameM;
     std::map<std::filesystem::path, std::vector<InputUse>> inputUsesM;
+    std::map<std::filesystem::path, FilePosition> directoryUsesM;
 };
 
 // The items of a sequence become keys that count from 0.
@@ -297,10 +324,23 @@ void fillEntry(BAS::RegistryEntry& entry, YamlNode const& node) {
 } // namespace
 
 Registry readRegistry(std::filesystem::path const& file) {
-    Problems problems(file);
-    auto const document = readYamlFile(file, problems);
-    auto configuration = RegistryReader(file, problems).read(document);
-    problems.throwIfAny();
+    std::vector<BAS::Status> problems;
+    auto registry = readRegistry(file, problems);
+    if (!problems.empty()) {
+        throw StartFailure{std::move(problems)};
+    }
+    return registry;
+}
+
+Registry readRegistry(std::filesystem::path const& file, std::vector<BAS::Status>& problems) {
+    Problems found(file);
+    auto const document = readYamlFile(file, found);
+    auto configuration = RegistryReader(file, found).read(document);
+    if (!hasRoot(document)) {
+        found.throwIfAny();
+    }
+    auto const statuses = found.statuses();
+    problems.insert(problems.end(), statuses.begin(), statuses.end());
     auto const& root = document.members.front();
     auto entry = std::make_unique<BAS::RegistryEntry>(root.key, root.value.text);
     fillEntry(*entry, root.value);

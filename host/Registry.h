@@ -3,6 +3,7 @@
 #pragma once
 
 #include "BAS/RegistryEntry.h"
+#include "BAS/Status.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -32,13 +33,15 @@ struct PipelineConfiguration {
     std::size_t batchSize = 100;
     std::size_t maxLineLength = std::size_t{1} << 20; // bytes, without the line end
     std::vector<InputConfiguration> inputs;
-    std::optional<std::filesystem::path> log; // the process log without it
+    std::optional<std::filesystem::path> inputDirectory; // instead of single inputs
+    std::optional<std::filesystem::path> log;            // the process log without it
     std::vector<ModuleConfiguration> functions;
 };
 
 struct HostConfiguration {
     std::filesystem::path directory;                 // of the registry file
     std::optional<std::filesystem::path> processLog; // standard error without it
+    std::optional<std::filesystem::path> commandDirectory;
     std::vector<ModuleConfiguration> dataPool;
     std::vector<PipelineConfiguration> pipelines;
 };
@@ -51,5 +54,9 @@ struct Registry {
 // Reads and checks the whole file; all paths come back absolute. Throws a StartFailure with every
 // problem that the file has, each with its place in the file.
 Registry readRegistry(std::filesystem::path const& file);
+
+// The same for a check: adds the problems that the file has and leaves out modules without a name
+// and pipelines without an EDR description. Throws when the file can't be understood at all.
+Registry readRegistry(std::filesystem::path const& file, std::vector<BAS::Status>& problems);
 
 } // namespace host

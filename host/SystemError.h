@@ -14,4 +14,10 @@ inline BAS::Status fileStatus(MessageName name, std::filesystem::path const& fil
                       {file.string(), std::generic_category().message(error)});
 }
 
+// For an operation that has no file.
+inline BAS::Status systemStatus(char const* operation, int error) {
+    return makeStatus(BAS::Status::critical, {}, "ERR_SYSTEM",
+                      {operation, std::generic_category().message(error)});
+}
+
 } // namespace host

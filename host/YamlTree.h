@@ -35,9 +35,10 @@ struct YamlMember {
 // What a kind of node is called in messages.
 std::string_view yamlKindName(YamlNode::Kind kind);
 
-// Reads a file of one document. A key that is given twice, a key that is no text, an alias and a
-// second document are added to the problems. Throws a BAS::Status when the file can't be read, and
-// a StartFailure with the problems so far when it is empty or no YAML.
+// Reads a file of one document, which messages call as the problems do. A key that is given twice,
+// a key that is no text, an alias and a second document are added to the problems. Throws a
+// BAS::Status when the file can't be read, and a StartFailure with the problems so far when it is
+// empty or no YAML.
 YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems);
 
 } // namespace host

@@ -27,7 +27,7 @@ TEST(MessageCatalogue, PutsArgumentsIntoTheText) {
         {status("", "ERR_REG_ENTRY_NOT_FOUND", {"AccountDataModule"}),
          "The mandatory registry key 'AccountDataModule' is missing."},
         {status("", "ERR_ROW_REJECTED", {"T", "K", "100%1 wrong"}),
-         "The row 'K' of table 'T' is rejected: 100%1 wrong"},
+         "The row K of table T is rejected: 100%1 wrong"},
         {status("", "ERR_REG_VALUE_INVALID", {"x"}), "The registry value 'x' is invalid: "},
         {status("", "ERR_DATABASE", {"locked", "more"}), "Database error: locked 'more'"},
         {status("", "ERR_OF_A_MODULE", {"a", "b"}), "ERR_OF_A_MODULE 'a' 'b'"},
@@ -65,8 +65,8 @@ TEST(LogFile, TakesWholeRecordsFromManyThreadsAndKeepsOldOnes) {
     support::TemporaryDirectory const directory;
     directory.write("x.log", "an older record\n");
     {
-        host::LogFile one(directory.path() / "x.log");
-        host::LogFile other(directory.path() / "x.log");
+        host::LogFile one(directory.path() / "x.log", BAS::Status::debug);
+        host::LogFile other(directory.path() / "x.log", BAS::Status::debug);
         std::vector<std::jthread> threads;
         for (auto* const log : {&one, &one, &other}) {
             threads.emplace_back([log] {

@@ -183,7 +183,7 @@ TEST_F(Program, RunsPipelinesByThemselvesAndCommandsAtTheEnd) {
                       pipeline("Two", "two.jsonl", traced("two"), "      Log: two.log\n"),
                   "    D: {ModuleName: TestData}\n", "  Log: {Process: process.log}\n");
     auto const outcome =
-        program("run r.yaml"
+        program("run r.yaml --quiet"
                 " --at-end 'host.Pipelines.One.Functions.F.Module Count'"
                 " --at-end 'host.Pipelines.Two.Functions.F.Module Other=\"a b\" C'");
     EXPECT_EQ(outcome.exitCode, 0);
@@ -215,7 +215,10 @@ TEST_F(Program, TellsWhatBecameOfEachCommand) {
         {"host.Pipelines.P.Functions.F.Module Count",
          ": not handled, the object threw: thrown in update, work done, ", "Throw: update"},
         {"host.Pipelines.Q.Functions.F.Module Count",
-         ": not handled, there is no such object, no work done, ", ""},
+         ": not handled, there is no such object, did you mean "
+         "'host.Pipelines.P.Functions.F.Module'?, "
+         "no work done, ",
+         ""},
         {"host.Pipelines.P Count", ": rejected, no work done, ", ""},
     };
     for (auto const& each : cases) {

@@ -168,14 +168,18 @@ BadRegistry const badRegistries[] = {
      "/abs/b.jsonl",
      "c.jsonl, c.jsonl.reject",
      {"11:41: this input is the reject file of the input 'c.jsonl' and would be overwritten"}},
-    {"service mode",
-     "{Files: [a.jsonl], MaxLineLength: 100}",
-     "{Directory: in}",
-     {"22:15: input from a directory isn't supported, list the files under 'Files'"}},
-    {"a command directory",
-     "  Log: {Process: process.log}",
-     "  Commands: {Directory: commands}",
-     {"2:14: commands from a directory aren't supported, use --at-end"}},
+    {"files and a directory",
+     "MaxLineLength: 100",
+     "Directory: in",
+     {"22:33: 'Input' has both 'Files' and 'Directory', expected one of them"}},
+    {"commands in an input directory",
+     "  Log: {Process: process.log}\n  DataPool:\n    Login:\n      ModuleName: DBC_Database\n"
+     "      Module: {Connection: \"sqlite3://db=x.db\"}\n  Pipelines:\n    Main:\n"
+     "      EdrDescription: sub/../edr.yaml\n      BatchSize: 7\n"
+     "      Input: {Files: [a.jsonl, /abs/b.jsonl, \"-\"]}\n",
+     "  Commands: {Directory: in}\n  DataPool:\n  Pipelines:\n    Main:\n"
+     "      EdrDescription: edr.yaml\n      Input: {Directory: sub/../in/}\n",
+     {"7:26: the directory 'sub/../in/' is named twice, first on line 2"}},
 };
 
 TEST(Registry, IsRejectedWithEveryProblemAndItsPlace) {
