@@ -99,11 +99,11 @@ Command parseCommand(std::span<std::string const> words) {
 }
 
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
-                             FairLock* pipelineLock) {
+                             FairLock* pipelineLock, WriteWatch& watch) {
     auto result = resultOf(command);
     auto const guard =
         pipelineLock == nullptr ? std::unique_lock<FairLock>() : std::unique_lock(*pipelineLock);
-    NamedFiles const files(command.update);
+    NamedFiles const files(command.update, watch);
     auto const begin = std::chrono::steady_clock::now();
     update(object, command.update, result);
     result.seconds =

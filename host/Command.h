@@ -48,9 +48,10 @@ Command parseCommand(std::string_view text);
 Command parseCommand(std::span<std::string const> words);
 
 // Hands the command to its object. The lock of the object's pipeline, if it has one, keeps batches
-// away meanwhile. Throws nothing: what the object throws is the result's fault.
+// away meanwhile; the watch notices what the command writes. Throws nothing: what the object throws
+// is the result's fault.
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
-                             FairLock* pipelineLock);
+                             FairLock* pipelineLock, WriteWatch& watch);
 
 // The result of a command that no object had a say in, with the reason.
 CommandResult unexecutedCommand(Command const& command, std::string reason);

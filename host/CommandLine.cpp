@@ -18,20 +18,20 @@ constexpr char const* description =
 constexpr char const* exitCodes =
     "Exit codes: 0 done; 1 done, but input was rejected, a command was not handled or a plug-in "
     "threw; 2 usage; 3 start-up failed; 4 input or output failed; 75 no host answered in time; 130 "
-    "ended by a second signal.";
+    "ended by a second signal.\n";
 constexpr char const* runExamples =
     "Inputs are those of the registry. With an input directory the host runs until SIGTERM or "
     "SIGINT.\n\nExamples:\n"
     "  pipeline-host run registry.yaml\n"
     "  pipeline-host run registry.yaml --json --at-end \\\n"
-    "      \"host.Pipelines.Main.Functions.DataDump.Module DumpEvents='/tmp/my events.txt'\"";
-constexpr char const* checkExamples = "Example:\n  pipeline-host check registry.yaml";
+    "      \"host.Pipelines.Main.Functions.DataDump.Module DumpEvents='/tmp/my events.txt'\"\n";
+constexpr char const* checkExamples = "Example:\n  pipeline-host check registry.yaml\n";
 constexpr char const* sendExamples =
     "Examples:\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
     "      DumpEvents=/tmp/events.txt\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
-    "      ClearData --timeout 5";
+    "      ClearData --timeout 5\n";
 
 // The texts of the command line before they are taken apart.
 struct Texts {

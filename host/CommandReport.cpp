@@ -2,7 +2,6 @@
 
 #include "LogFile.h"
 #include "MessageCatalogue.h"
-#include "PrintableText.h"
 #include "QuotedText.h"
 
 #include <fmt/format.h>
@@ -116,7 +115,7 @@ std::string resultText(CommandResult const& result) {
     for (auto const& file : result.files) {
         text += ", " + fileText(file);
     }
-    return printable(fmt::format("{}, {:.3f} s", text, result.seconds));
+    return fmt::format("{}, {:.3f} s", text, result.seconds);
 }
 
 std::string resultJson(CommandResult const& result) {

@@ -9,7 +9,7 @@
 
 namespace host {
 
-// On one line, for people.
+// For people; what stands in it from outside isn't escaped.
 std::string resultText(CommandResult const& result);
 
 // As one JSON object.

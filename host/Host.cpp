@@ -137,10 +137,9 @@ CommandResult Host::execute(Command const& command) {
     auto const name = command.update.name();
     auto* const pipeline = pipelineOf(name);
     auto* const object = BAS::RegisteredObject::find(name);
-    auto result =
-        object == nullptr
-            ? unexecutedCommand(command, unknownObjectText(name))
-            : executeCommand(command, *object, pipeline == nullptr ? nullptr : &pipeline->lock());
+    auto* const lock = pipeline == nullptr ? nullptr : &pipeline->lock();
+    auto result = object == nullptr ? unexecutedCommand(command, unknownObjectText(name))
+                                    : executeCommand(command, *object, lock, writeWatchM);
     if (pipeline != nullptr) {
         pipeline->countCommand();
     }

@@ -40,7 +40,7 @@ public:
     }
     BAS::LogSink& log() const noexcept { return logM; }
 
-    // Hands a command to its object, counts it and logs the result. Any thread.
+    // Hands a command to its object, counts it and logs the result. Any thread, but one at a time.
     CommandResult execute(Command const& command);
     void logSummaries() const;
 
@@ -72,6 +72,7 @@ private:
     std::vector<std::unique_ptr<PipelineRunner>> pipelinesM;
     std::vector<std::unique_ptr<BAS::RegisteredObject>> objectsM; // in the order of creation
     std::optional<LifeCycle> lifeCycleM;
+    WriteWatch writeWatchM;             // of the commands
     std::vector<BAS::Status> problemsM; // of the start
 };
 

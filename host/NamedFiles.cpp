@@ -1,17 +1,13 @@
 #include "NamedFiles.h"
 
 #include <fcntl.h>
-#include <sys/inotify.h>
 #include <sys/stat.h>
 
-#include <array>
 #include <system_error>
 
 namespace host {
 
 namespace {
-
-constexpr std::uint32_t writing = IN_MODIFY | IN_CLOSE_WRITE;
 
 // Nothing for a directory, and when there is no file.
 std::optional<std::uint64_t> inodeOf(std::filesystem::path const& path) {
@@ -20,14 +16,6 @@ std::optional<std::uint64_t> inodeOf(std::filesystem::path const& path) {
         return std::nullopt;
     }
     return found.st_ino;
-}
-
-FileDescriptor watchWriting(std::filesystem::path const& path) {
-    FileDescriptor watch(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    if (::inotify_add_watch(watch.number(), path.c_str(), writing) < 0) {
-        return {};
-    }
-    return watch;
 }
 
 std::uint64_t sizeOf(std::filesystem::path const& path) {
@@ -54,31 +42,42 @@ std::string whyNotOpened(std::filesystem::path const& path) {
 
 } // namespace
 
-NamedFiles::NamedFiles(BAS::RegistryEntry const& update) {
+NamedFiles::NamedFiles(BAS::RegistryEntry const& update, WriteWatch& watch) : watchM(watch) {
     for (auto const& key : update.children()) {
         auto const value = key->value().str();
         if (value.empty() || value.find('\0') != std::string::npos) {
             continue;
         }
         std::error_code error;
-        Candidate candidate{key->name().str(),
-                            std::filesystem::absolute(value, error),
-                            value.find('/') != std::string::npos,
-                            std::nullopt,
-                            {}};
-        candidate.inodeBefore = inodeOf(candidate.path);
-        if (candidate.inodeBefore) {
-            candidate.watch = watchWriting(candidate.path);
-        }
+        Candidate candidate;
+        candidate.key = key->name().str();
+        candidate.path = std::filesystem::absolute(value, error);
+        candidate.looksLikePath = value.find('/') != std::string::npos;
+        candidate.inode = inodeOf(candidate.path);
+        candidate.watched = candidate.inode ? watchM.add(candidate.path) : -1;
         candidatesM.push_back(std::move(candidate));
+    }
+    watchM.takeWritten(); // by others, before the command
+}
+
+NamedFiles::~NamedFiles() {
+    for (auto const& candidate : candidatesM) {
+        if (candidate.watched >= 0) {
+            watchM.remove(candidate.watched);
+        }
     }
 }
 
 std::vector<NamedFile> NamedFiles::report() const {
+    auto const written = watchM.takeWritten();
     std::vector<NamedFile> files;
     for (auto const& candidate : candidatesM) {
-        NamedFile file{
-            candidate.key, candidate.path.lexically_normal(), wasOpened(candidate), 0, {}};
+        NamedFile file;
+        file.key = candidate.key;
+        file.path = candidate.path.lexically_normal();
+        auto const inode = inodeOf(candidate.path);
+        file.isOpened =
+            inode && (inode != candidate.inode || written.find(candidate.watched) != written.end());
         if (file.isOpened) {
             file.size = sizeOf(candidate.path);
         } else if (candidate.looksLikePath) {
@@ -89,16 +88,6 @@ std::vector<NamedFile> NamedFiles::report() const {
         files.push_back(std::move(file));
     }
     return files;
-}
-
-bool NamedFiles::wasOpened(Candidate const& candidate) {
-    auto const inode = inodeOf(candidate.path);
-    if (!inode || inode != candidate.inodeBefore) {
-        return inode.has_value();
-    }
-    std::array<char, 4096> events;
-    return candidate.watch.isOpen() &&
-           ::read(candidate.watch.number(), events.data(), events.size()) > 0;
 }
 
 } // namespace host

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "BAS/RegistryEntry.h"
-#include "FileDescriptor.h"
+#include "WriteWatch.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -25,24 +25,28 @@ struct NamedFile {
 
 class NamedFiles {
 public:
-    // Watches the files that the keys below the entry name, from now on.
-    explicit NamedFiles(BAS::RegistryEntry const& update);
+    // Watches the files that the keys below the entry name, from now on. The watch must outlive the
+    // object.
+    NamedFiles(BAS::RegistryEntry const& update, WriteWatch& watch);
+    NamedFiles(NamedFiles const&) = delete;
+    NamedFiles& operator=(NamedFiles const&) = delete;
+    ~NamedFiles();
 
     // The files that were opened since; and those that weren't although their value holds a '/', by
     // which it is taken for a path.
     std::vector<NamedFile> report() const;
 
 private:
+    // What a value can name, and the file that is there before the command.
     struct Candidate {
         std::string key;
         std::filesystem::path path;
-        bool looksLikePath;
-        std::optional<std::uint64_t> inodeBefore;
-        FileDescriptor watch; // of the file that was there before
+        bool looksLikePath = false;
+        std::optional<std::uint64_t> inode;
+        WriteWatch::Number watched = -1;
     };
 
-    static bool wasOpened(Candidate const& candidate);
-
+    WriteWatch& watchM;
     std::vector<Candidate> candidatesM;
 };
 

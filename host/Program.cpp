@@ -5,6 +5,7 @@
 #include "Host.h"
 #include "LogFile.h"
 #include "MessageCatalogue.h"
+#include "PrintableText.h"
 #include "ProgressLine.h"
 #include "SendCommand.h"
 #include "Service.h"
@@ -50,7 +51,7 @@ std::vector<CommandResult> executeAtEnd(Host& host, CommandLine const& commandLi
     for (auto const& command : commandLine.atEnd) {
         results.push_back(host.execute(command));
         if (!commandLine.isJson) {
-            std::cout << resultText(results.back()) << std::endl;
+            std::cout << printable(resultText(results.back())) << std::endl;
         }
     }
     return results;

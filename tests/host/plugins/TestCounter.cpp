@@ -1,4 +1,5 @@
-// A function plug-in that counts what it is handed and tells it to its trace.
+// A function plug-in that counts what it is handed and tells it to its trace. With the registry key
+// "Gate", the path of a FIFO, each batch takes a byte from there before it goes on.
 #include "Trace.h"
 
 #include "BAS/ProtectedBool.h"
@@ -27,11 +28,15 @@ public:
     bool isActive() const override { return traceM.step("isActive"); }
 
     bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) override {
+        if (traceM.has("Gate")) {
+            traceM.passGate();
+        }
         countM += batch.entries();
         return traceM.step("batch", " of " + std::to_string(batch.entries()));
     }
 
-    // Works on the key "Count"; an update with the key "Refuse" is rejected with a status.
+    // Works on the key "Count"; an update with the key "Refuse" is rejected with a status. "Write"
+    // names a file to write, "Wait" passes the gate, "Number" comes into the trace.
     bool registryUpdate(BAS::RegistryEntry const* update, BAS::ProtectedBool& workDone) override {
         if (update->find("Refuse") != nullptr) {
             setStatus("ERR_REG_VALUE_INVALID", BAS::Status::error, "Refuse", true);
@@ -39,6 +44,15 @@ public:
         }
         if (update->find("Count") != nullptr) {
             workDone.set(true);
+        }
+        if (auto const* const file = update->find("Write")) {
+            std::ofstream(file->value().str()) << "written\n";
+        }
+        if (update->find("Wait") != nullptr) {
+            traceM.passGate();
+        }
+        if (auto const* const number = update->find("Number")) {
+            traceM.note("number " + number->value().str());
         }
         traceM.step("update", " after " + std::to_string(countM));
         return true;

@@ -5,6 +5,9 @@
 #include "BAS/RegisteredObject.h"
 #include "BAS/RegistryEntry.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -21,6 +24,19 @@ public:
 
     void note(std::string const& line) const {
         std::ofstream(value("Trace"), std::ios::app) << ownName() << " " << line << "\n";
+    }
+
+    bool has(char const* key) const { return !value(key).empty(); }
+
+    // Waits for a byte from the FIFO that the key "Gate" names.
+    void passGate() const {
+        note("at gate");
+        char byte = 0;
+        int const gate = ::open(value("Gate").c_str(), O_RDONLY);
+        if (::read(gate, &byte, 1) != 1) {
+            throw std::runtime_error("the gate is broken");
+        }
+        ::close(gate);
     }
 
     // Notes the step, throws if that is wanted, and returns false if a failure is.

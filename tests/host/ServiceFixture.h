@@ -1,0 +1,98 @@
+// A directory with a host that reads from "in" and takes commands from "cmd".
+#pragma once
+
+#include "HostProcess.h"
+#include "support/TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+class ServiceFixture : public testing::Test {
+protected:
+    static constexpr char const* object = "host.Pipelines.P.Functions.F.Module";
+
+    ServiceFixture() {
+        std::filesystem::create_directory(pathOf("in"));
+        std::filesystem::create_directory(pathOf("cmd"));
+        std::filesystem::permissions(pathOf("cmd"), std::filesystem::perms::owner_all);
+        directoryM.write("edr.yaml", "DETAIL: {A: text}\n");
+        writeRegistry("{Directory: in}");
+        if (::mkfifo(pathOf("gate").c_str(), 0600) != 0) {
+            throw std::runtime_error("no FIFO");
+        }
+        gateM = ::open(pathOf("gate").c_str(), O_RDWR | O_CLOEXEC);
+    }
+    ~ServiceFixture() override { ::close(gateM); }
+
+    void writeRegistry(std::string const& input, std::string const& keys = {}) const {
+        directoryM.write("r.yaml",
+                         "host:\n  Commands: {Directory: cmd}\n  DataPool:\n  Pipelines:\n"
+                         "    P:\n      EdrDescription: edr.yaml\n      BatchSize: 2\n"
+                         "      Input: " +
+                             input +
+                             "\n      Functions:\n        F: {ModuleName: TestCounter, "
+                             "Module: {Trace: " +
+                             pathOf("trace").string() + keys + "}}\n");
+    }
+    // Batches, and commands with the key "Wait", pass one by one when openGate lets them.
+    std::string gate() const { return ", Gate: " + pathOf("gate").string(); }
+    void openGate(std::size_t times) const {
+        std::string const bytes(times, '.');
+        ASSERT_EQ(::write(gateM, bytes.data(), bytes.size()), static_cast<ssize_t>(times));
+    }
+
+    std::filesystem::path pathOf(std::string const& name) const { return directoryM.path() / name; }
+
+    // Puts a complete file there.
+    void drop(std::string const& name, std::string const& text) const {
+        directoryM.write("dropped", text);
+        std::filesystem::rename(pathOf("dropped"), pathOf(name));
+    }
+
+    // So many EDRs.
+    static std::string edrs(int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i) {
+            text += "{\"A\":\"1\"}\n";
+        }
+        return text;
+    }
+
+    std::vector<std::string> names(std::string const& directory) const {
+        std::vector<std::string> found;
+        for (auto const& entry : std::filesystem::directory_iterator(pathOf(directory))) {
+            if (entry.path().filename() != ".state") {
+                found.push_back(entry.path().filename());
+            }
+        }
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    bool waitForFile(std::string const& name) const {
+        return eventually([&] { return std::filesystem::exists(pathOf(name)); });
+    }
+    // Waits until the text stands in the file so many times.
+    bool waitForText(std::string const& file, std::string const& text,
+                     std::size_t times = 1) const {
+        return eventually([&] { return count(directoryM.read(file), text) >= times; });
+    }
+
+    static std::size_t count(std::string const& text, std::string const& part) {
+        std::size_t found = 0;
+        for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+            ++found;
+        }
+        return found;
+    }
+
+    support::TemporaryDirectory directoryM;
+
+private:
+    int gateM = -1;
+};
