@@ -61,19 +61,22 @@ bool EdrInput::takeLine(EDR::Container& container) {
         return true;
     } catch (EdrLineError const& error) {
         reportUnknownFields();
-        rejectLine(error.what());
+        auto const before = static_cast<std::size_t>(text.data() - linesM.raw().data());
+        rejectLine(error.what(),
+                   error.column() ? std::optional(before + *error.column()) : std::nullopt);
         return false;
     }
 }
 
-void EdrInput::rejectLine(std::string const& reason) {
+void EdrInput::rejectLine(std::string const& reason, std::optional<std::size_t> column) {
+    auto const place =
+        std::to_string(linesM.number()) + (column ? ":" + std::to_string(*column) : std::string());
     ++rejectedLinesM;
     do {
         rejectFileM.append(linesM.raw());
     } while (linesM.nextPiece());
-    logM.write(
-        makeStatus(BAS::Status::warning, pipelineM, "ERR_EDR_REJECTED",
-                   {nameM, std::to_string(linesM.number()), reason, rejectFileM.path().string()}));
+    logM.write(makeStatus(BAS::Status::warning, pipelineM, "ERR_EDR_REJECTED",
+                          {nameM, place, reason, rejectFileM.path().string()}));
 }
 
 void EdrInput::reportUnknownFields() {

@@ -41,7 +41,7 @@ public:
 
 private:
     bool takeLine(EDR::Container& container);
-    void rejectLine(std::string const& reason);
+    void rejectLine(std::string const& reason, std::optional<std::size_t> column = std::nullopt);
     void reportUnknownFields();
 
     BAS::String pipelineM;

@@ -153,21 +153,22 @@ EdrLineParser::EdrLineParser(EDR::Description const& description)
 void EdrLineParser::parse(std::string_view line, EDR::Container& container) {
     newUnknownFieldsM.clear();
     pathM.clear();
+    lineM = line;
+    documentM.reset();
     try {
         parseRecord(line, container);
     } catch (simdjson::simdjson_error const& error) {
-        auto const at = path();
-        throw EdrLineError(error.error() == simdjson::UTF8_ERROR
-                               ? std::string("bad UTF-8")
-                               : "no JSON" + (at.empty() ? at : " at " + at) + ": " +
-                                     withoutFullStop(error.what()));
+        fail(error);
     }
 }
 
 void EdrLineParser::parseRecord(std::string_view line, EDR::Container& container) {
     container.clear(EDR::detailRecord);
-    simdjson::ondemand::document document = parserM.iterate(
-        simdjson::padded_string_view(line.data(), line.size(), line.size() + padding));
+    documentM =
+        parserM
+            .iterate(simdjson::padded_string_view(line.data(), line.size(), line.size() + padding))
+            .value();
+    auto& document = *documentM;
     // Not told apart any further: the parser takes a line that is no JSON at all for a word or a
     // number, by its first letter.
     if (document.type().value() != json_type::object) {
@@ -248,13 +249,14 @@ void EdrLineParser::parseField(simdjson::ondemand::value value, EDR::Index const
 
 void EdrLineParser::parseRecordKind(simdjson::ondemand::value value, EDR::Container& container) {
     std::string_view name;
+    auto const at = column();
     if (value.type().value() == json_type::string) {
         name = value.get_string();
     }
     auto const found = std::find_if(recordKinds.begin(), recordKinds.end(),
                                     [&](RecordKindName const& each) { return each.name == name; });
     if (found == recordKinds.end()) {
-        fail("expected \"HEADER\", \"TRAILER\" or \"DETAIL\"");
+        fail("expected \"HEADER\", \"TRAILER\" or \"DETAIL\"", at);
     }
     container.setRecordKind(found->kind);
 }
@@ -271,7 +273,7 @@ void EdrLineParser::parseUnknown(simdjson::ondemand::value value, std::string_vi
     passOver(value, 1);
 }
 
-void EdrLineParser::requireFirst(std::uint64_t& seenIn, std::uint64_t object) const {
+void EdrLineParser::requireFirst(std::uint64_t& seenIn, std::uint64_t object) {
     if (seenIn == object) {
         fail("the member is given twice");
     }
@@ -293,9 +295,30 @@ std::string EdrLineParser::path() const {
     return path;
 }
 
-void EdrLineParser::fail(std::string const& reason) const {
+std::optional<std::size_t> EdrLineParser::column() {
+    char const* location = nullptr;
+    if (!documentM || documentM->current_location().get(location) != simdjson::SUCCESS ||
+        location < lineM.data() || location >= lineM.data() + lineM.size()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(location - lineM.data()) + 1;
+}
+
+void EdrLineParser::fail(simdjson::simdjson_error const& error) {
     auto const at = path();
-    throw EdrLineError(at.empty() ? reason : at + ": " + reason);
+    auto const reason =
+        error.error() == simdjson::UTF8_ERROR
+            ? std::string("bad UTF-8")
+            : "no JSON" + (at.empty() ? at : " at " + at) + ": " + withoutFullStop(error.what());
+    // The parser stands behind a bad string, and before an object that isn't closed.
+    bool const isColumnKnown = error.error() != simdjson::STRING_ERROR &&
+                               error.error() != simdjson::INCOMPLETE_ARRAY_OR_OBJECT;
+    throw EdrLineError(reason, isColumnKnown ? column() : std::nullopt);
+}
+
+void EdrLineParser::fail(std::string const& reason, std::optional<std::size_t> column) const {
+    auto const at = path();
+    throw EdrLineError(at.empty() ? reason : at + ": " + reason, column);
 }
 
 } // namespace host

@@ -29,7 +29,14 @@ namespace host {
 // Why a line can't be taken, with the place in the JSON object where there is one.
 class EdrLineError : public std::runtime_error {
 public:
-    using runtime_error::runtime_error;
+    EdrLineError(std::string const& reason, std::optional<std::size_t> column)
+        : runtime_error(reason), columnM(column) {}
+
+    // Of the line, in bytes, counted from 1; nothing when it isn't known.
+    std::optional<std::size_t> column() const noexcept { return columnM; }
+
+private:
+    std::optional<std::size_t> columnM;
 };
 
 class EdrLineParser {
@@ -81,12 +88,19 @@ private:
                     EDR::Container& container);
     void parseRecordKind(simdjson::ondemand::value value, EDR::Container& container);
     void parseUnknown(simdjson::ondemand::value value, std::string_view name, std::uint32_t kind);
-    void requireFirst(std::uint64_t& seenIn, std::uint64_t object) const;
+    void requireFirst(std::uint64_t& seenIn, std::uint64_t object);
     std::string path() const;
-    [[noreturn]] void fail(std::string const& reason) const;
+    // Of the value that comes next.
+    std::optional<std::size_t> column();
+    [[noreturn]] void fail(simdjson::simdjson_error const& error);
+    [[noreturn]] void fail(std::string const& reason, std::optional<std::size_t> column) const;
+    [[noreturn]] void fail(std::string const& reason) { fail(reason, column()); }
 
     EDR::Description const& descriptionM;
     simdjson::ondemand::parser parserM;
+    // The line at hand; the document is none as long as the line doesn't look like JSON.
+    std::string_view lineM;
+    std::optional<simdjson::ondemand::document> documentM;
     std::vector<BlockLayout> layoutsM; // one for each block kind
     std::uint64_t recordKindSeenInM = 0;
     std::uint64_t objectsM = 0; // met so far, to give each a number

@@ -39,17 +39,20 @@ protected:
         return edrs;
     }
 
-    // The reason with which a single line is rejected; empty when it is taken.
+    // The reason with which a single line is rejected, behind the column if there is one; empty
+    // when it is taken.
     std::string reasonFor(std::string const& line) {
         auto const before = logM.entries().size();
         bool const isTaken = !readAll(line + "\n").empty();
         std::string reason;
         for (auto i = before; i < logM.entries().size(); ++i) {
             auto const entry = logM.entries()[i];
-            auto const start = "ERR_EDR_REJECTED(3) [" + inputFile() + "] [1] [";
+            auto const start = "ERR_EDR_REJECTED(3) [" + inputFile() + "] [1";
             if (entry.starts_with(start)) {
                 reason =
                     entry.substr(start.size(), entry.find("] [" + rejectFile()) - start.size());
+                reason.replace(reason.find("] ["), 3, " ");
+                reason.erase(0, 1);
             }
         }
         EXPECT_EQ(isTaken, reason.empty()) << line;
@@ -112,40 +115,41 @@ TEST_F(EdrInputs, RejectLinesThatCantBeTaken) {
         std::string line;
         char const* reason; // its beginning
     } const cases[] = {
-        {"[1]", "expected a JSON object, which begins"},
-        {"\"x\"", "expected a JSON object, which begins"},
-        {"plain text", "no JSON: "},
-        {"this is no json", "expected a JSON object, which begins"},
+        {"[1]", "1 expected a JSON object, which begins"},
+        {"\"x\"", "1 expected a JSON object, which begins"},
+        {"plain text", "1 no JSON: "},
+        {"this is no json", "1 expected a JSON object, which begins"},
         {R"({"A":"x")", "no JSON: "},
-        {R"({"A":"x"}})", "more text after the JSON object"},
-        {R"({"A":"x"} {"A":"y"})", "more text after the JSON object"},
-        {R"({"A":"x" "N":1})", "no JSON: "},
-        {R"({"A":"x",})", "no JSON"},
-        {R"({"A":nil})", "no JSON at A: "},
-        {R"({"N":1.})", "no JSON at N: "},
-        {R"({"N":-})", "no JSON at N: "},
-        {R"({"N":012})", "no JSON at N: "},
+        {R"({"A":"x"}})", "10 more text after the JSON object"},
+        {R"({"A":"x"} {"A":"y"})", "11 more text after the JSON object"},
+        {R"({"A":"x" "N":1})", "10 no JSON: "},
+        {R"({"A":"x",})", "10 no JSON"},
+        {R"({"A":nil})", "6 no JSON at A: "},
+        {R"({"N":1.})", "6 no JSON at N: "},
+        {R"({"N":-})", "6 no JSON at N: "},
+        {R"({"N":012})", "6 no JSON at N: "},
         {R"({"A":"\ud800"})", "no JSON at A: "},
         {"{\"A\":\"a\tb\"}", "no JSON"},
         {"{\"A\":\"\xff\"}", "bad UTF-8"},
         {"{\"\xc3\":1}", "bad UTF-8"},
-        {R"({"A":true})", "A: expected a string or a number, not a boolean"},
-        {R"({"A":["x"]})", "A: expected a string or a number, not an array"},
-        {R"({"A":{"X":"x"}})", "A: expected a string or a number, not an object"},
-        {R"({"B":"x"})", "B: expected an array of objects, not a string"},
-        {R"({"B":{"X":"x"}})", "B: expected an array of objects, not an object"},
-        {R"({"B":["x"]})", "B[0]: expected an object, not a string"},
+        {R"({"A":true})", "6 A: expected a string or a number, not a boolean"},
+        {"\xef\xbb\xbf{\"A\":true}", "9 A: expected a string or a number, not a boolean"},
+        {R"({"A":["x"]})", "6 A: expected a string or a number, not an array"},
+        {R"({"A":{"X":"x"}})", "6 A: expected a string or a number, not an object"},
+        {R"({"B":"x"})", "6 B: expected an array of objects, not a string"},
+        {R"({"B":{"X":"x"}})", "6 B: expected an array of objects, not an object"},
+        {R"({"B":["x"]})", "7 B[0]: expected an object, not a string"},
         {R"({"B":[{},{"C":[{},{},{"X":false}]}]})",
-         "B[1].C[2].X: expected a string or a number, not a boolean"},
-        {R"({"A":"x","N":1,"A":"y"})", "A: the member is given twice"},
-        {R"({"B":[{"X":"1"},{"X":"1","X":"2"}]})", "B[1].X: the member is given twice"},
-        {R"({"RECORD":"DETAIL","RECORD":"DETAIL"})", "RECORD: the member is given twice"},
-        {R"({"RECORD":"detail"})", "RECORD: expected \"HEADER\", \"TRAILER\" or \"DETAIL\""},
-        {R"({"RECORD":3})", "RECORD: expected \"HEADER\", \"TRAILER\" or \"DETAIL\""},
+         "27 B[1].C[2].X: expected a string or a number, not a boolean"},
+        {R"({"A":"x","N":1,"A":"y"})", "20 A: the member is given twice"},
+        {R"({"B":[{"X":"1"},{"X":"1","X":"2"}]})", "30 B[1].X: the member is given twice"},
+        {R"({"RECORD":"DETAIL","RECORD":"DETAIL"})", "29 RECORD: the member is given twice"},
+        {R"({"RECORD":"detail"})", "11 RECORD: expected \"HEADER\", \"TRAILER\" or \"DETAIL\""},
+        {R"({"RECORD":3})", "11 RECORD: expected \"HEADER\", \"TRAILER\" or \"DETAIL\""},
         // Within what is ignored, too, a line must be JSON.
-        {R"({"Q":[1,,2]})", "no JSON at Q: "},
-        {R"({"Q":{"a":tru}})", "no JSON at Q: "},
-        {"{\"Q\":" + std::string(200, '[') + std::string(200, ']') + "}", "no JSON at Q: "},
+        {R"({"Q":[1,,2]})", "9 no JSON at Q: "},
+        {R"({"Q":{"a":tru}})", "11 no JSON at Q: "},
+        {"{\"Q\":" + std::string(200, '[') + std::string(200, ']') + "}", "70 no JSON at Q: "},
         {"{\"A\":\"" + std::string(500, 'x') + "\"}", "the line is longer than 500 bytes"},
     };
     for (auto const& each : cases) {
@@ -167,7 +171,7 @@ TEST_F(EdrInputs, GoOnBehindRejectedLinesAndKeepThemVerbatim) {
     for (auto const& entry : logM.entries()) {
         lines.push_back(entry.substr(entry.find("] [") + 2, 4));
     }
-    EXPECT_THAT(lines, ElementsAre("[4] ", "[6] ", "[7] ", "[9] "));
+    EXPECT_THAT(lines, ElementsAre("[4] ", "[6] ", "[7] ", "[9:1"));
 
     EXPECT_THAT(readAll("{\"A\":\"last\"}"), ElementsAre("3 last  []"));
     EXPECT_FALSE(std::filesystem::exists(rejectFile())) << "of the run before";
