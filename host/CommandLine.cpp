@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 
 namespace host {
@@ -32,6 +33,22 @@ constexpr char const* sendExamples =
     "      DumpEvents=/tmp/events.txt\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
     "      ClearData --timeout 5\n";
+constexpr char const* generateExamples =
+    "Customers, services, discounts and sponsors are distributed by Zipf's law with the exponent "
+    "1. The same options make the same files.\n\nExamples:\n"
+    "  pipeline-host generate --output /tmp/day\n"
+    "  pipeline-host generate --output /tmp/big --events 1000000 --customers 50000 --seed 7\n";
+
+struct VerbName {
+    char const* name;
+    CommandLine::Verb verb;
+};
+constexpr std::array verbNames = {
+    VerbName{"run", CommandLine::Verb::run},
+    VerbName{"check", CommandLine::Verb::check},
+    VerbName{"send", CommandLine::Verb::send},
+    VerbName{"generate", CommandLine::Verb::generate},
+};
 
 // The texts of the command line before they are taken apart.
 struct Texts {
@@ -103,10 +120,31 @@ void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         ->check(CLI::Range(0.0, 1e9));
 }
 
+void addGenerate(CLI::App& app, GenerateOptions& options) {
+    auto& generate = *app.add_subcommand(
+        "generate", "Make a believable day of EDRs with the registry, the EDR description and the "
+                    "database scripts that belong to them");
+    generate.footer(generateExamples);
+    generate
+        .add_option("--output", options.output, "The directory of the files, made when missing")
+        ->capture_default_str();
+    generate.add_option("--events", options.events, "How many detail EDRs")
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint64_t{0}, GenerateOptions::mostEvents));
+    generate.add_option("--customers", options.customers, "How many customers they come from")
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint32_t{1}, GenerateOptions::mostCustomers));
+    generate.add_option("--seed", options.seed, "Another number makes other files")
+        ->capture_default_str();
+    generate.add_flag("--force", options.isForced, "Replace files that are there");
+}
+
 void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
-    commandLine.verb = app.got_subcommand("run")     ? CommandLine::Verb::run
-                       : app.got_subcommand("check") ? CommandLine::Verb::check
-                                                     : CommandLine::Verb::send;
+    for (auto const& each : verbNames) {
+        if (app.got_subcommand(each.name)) {
+            commandLine.verb = each.verb;
+        }
+    }
     commandLine.registry = texts.registry;
     commandLine.timeout = std::chrono::duration<double>(texts.timeout);
     if (!texts.logLevel.empty()) {
@@ -164,6 +202,7 @@ std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const
     addRun(app, texts, commandLine);
     addCheck(app, texts);
     addSend(app, texts, commandLine);
+    addGenerate(app, commandLine.generate);
     std::vector<std::string> const words(argv + std::min(argc, 1), argv + argc);
     if (!words.empty()) {
         if (auto const text = unknownVerbText(app, words.front()); !text.empty()) {

@@ -4,6 +4,7 @@
 #include "BAS/Status.h"
 #include "Command.h"
 #include "ExitCode.h"
+#include "GenerateOptions.h"
 
 #include <chrono>
 #include <filesystem>
@@ -14,7 +15,7 @@
 namespace host {
 
 struct CommandLine {
-    enum class Verb { run, check, send };
+    enum class Verb { run, check, send, generate };
 
     Verb verb = Verb::run;
     std::filesystem::path registry;
@@ -26,6 +27,7 @@ struct CommandLine {
     // Of send:
     std::optional<Command> sent;
     std::chrono::duration<double> timeout{30};
+    GenerateOptions generate;
 };
 
 // Prints help, the version or what is wrong, and then gives the exit code.

@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "CommandReport.h"
+#include "Generate.h"
 #include "Host.h"
 #include "LogFile.h"
 #include "MessageCatalogue.h"
@@ -128,6 +129,16 @@ ExitCode send(CommandLine const& commandLine, Logs& logs) {
     }
 }
 
+ExitCode generate(CommandLine const& commandLine, Logs& logs) {
+    try {
+        std::cout << generate(commandLine.generate) << std::flush;
+        return std::cout ? done : inputOrOutputFailed;
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+        return inputOrOutputFailed;
+    }
+}
+
 ExitCode perform(CommandLine const& commandLine, Logs& logs) {
     switch (commandLine.verb) {
     case CommandLine::Verb::run:
@@ -135,9 +146,11 @@ ExitCode perform(CommandLine const& commandLine, Logs& logs) {
     case CommandLine::Verb::check:
         return check(commandLine, logs);
     case CommandLine::Verb::send:
+        return send(commandLine, logs);
+    case CommandLine::Verb::generate:
         break;
     }
-    return send(commandLine, logs);
+    return generate(commandLine, logs);
 }
 
 } // namespace
