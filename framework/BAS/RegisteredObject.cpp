@@ -40,8 +40,9 @@ std::mutex RegisteredObject::dirNameLockerCM;
 std::mutex RegisteredObject::rootNameLockerCM;
 String RegisteredObject::rootNameCM;
 
-RegisteredObject::RegisteredObject(String const& name)
-    : isRegisteredM(enter(name, this)), nameM(name) {
+// Entered last: nothing may fail behind it that would leave the directory with a dead object.
+RegisteredObject::RegisteredObject(String const& name) : isRegisteredM(false), nameM(name) {
+    isRegisteredM = enter(name, this);
 }
 
 RegisteredObject::~RegisteredObject() {
