@@ -97,13 +97,12 @@ private:
 
 class Database : public DBC::DatabasePlugIn {
 public:
-    explicit Database(std::string connectionString)
-        : DatabasePlugIn("host.DataPool.Login.Module"),
-          connectionStringM(std::move(connectionString)) {}
-    RWDBConnection connection() const override { return RWDBConnection(connectionStringM); }
+    explicit Database(std::string const& connectionString)
+        : DatabasePlugIn("host.DataPool.Login.Module"), connectionM(connectionString) {}
+    RWDBConnection connection() const override { return connectionM; }
 
 private:
-    std::string connectionStringM;
+    RWDBConnection connectionM;
 };
 
 class AccountModule : public DAT::Account::BatchPlugIn {
