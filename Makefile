@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test bench golden format tidy clean packages
+.PHONY: help build demo test bench package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -38,6 +38,9 @@ bench: packages ## measure the capture against other ways to keep events
 	build/bench/bin/capture_bench --benchmark_repetitions=5 --benchmark_min_time=0.3 \
 	    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true
 	build/bench/bin/report_bench
+
+package: build ## make the Debian package, in build/package
+	@cd build/release && cpack -B $(CURDIR)/build/package
 
 golden: build ## run the demo, show what differs from the expected reports, and take it over
 	@tools/run-demo build/release build/golden
