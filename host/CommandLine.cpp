@@ -185,7 +185,7 @@ std::string optionHints(CLI::App const& app, std::span<std::string const> words)
         auto const hint = word.starts_with("--") ? nearestNameHint(word.substr(0, word.find('=')),
                                                                    {options.begin(), options.end()})
                                                  : std::string();
-        hints += hint.empty() ? hint : "'" + word + "' is no option" + hint + "\n";
+        hints += hint.empty() ? hint : fmt::format("'{}' is no option{}\n", word, hint);
     }
     return hints;
 }

@@ -95,10 +95,12 @@ std::string summaryTable(std::vector<std::unique_ptr<PipelineRunner>> const& pip
 std::string summaryJson(std::vector<std::unique_ptr<PipelineRunner>> const& pipelines,
                         std::vector<CommandResult> const& commands) {
     std::vector<std::string> pipelineParts;
+    pipelineParts.reserve(pipelines.size());
     for (auto const& pipeline : pipelines) {
         pipelineParts.push_back(pipelineJson(*pipeline));
     }
     std::vector<std::string> commandParts;
+    commandParts.reserve(commands.size());
     for (auto const& command : commands) {
         commandParts.push_back(resultJson(command));
     }

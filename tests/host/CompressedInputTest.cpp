@@ -19,7 +19,8 @@ std::string someLines(int from, int to) {
     std::string text;
     for (int i = from; i < to; ++i) {
         // A pattern without repetitions, so that the compressed text isn't all one block.
-        text += "{\"A\":\"" + std::to_string(i) + "-" + std::to_string(i * 2654435761U) + "\"}\n";
+        text += "{\"A\":\"" + std::to_string(i) + "-" +
+                std::to_string(static_cast<unsigned>(i) * 2654435761U) + "\"}\n";
     }
     return text;
 }

@@ -37,7 +37,9 @@ public:
             throw std::runtime_error("no process");
         }
         if (pidM == 0) {
-            ::chdir(directory.c_str()) == 0 || (::_exit(99), false);
+            if (::chdir(directory.c_str()) != 0) {
+                ::_exit(99);
+            }
             ::setenv("PIPELINE_HOST_MODULE_PATH", HOST_TEST_MODULES, 1);
             ::dup2(input < 0 ? ::open("/dev/null", O_RDONLY) : input, STDIN_FILENO);
             ::dup2(terminal < 0 ? newFile("out") : terminal, STDOUT_FILENO);

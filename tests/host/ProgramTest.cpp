@@ -256,7 +256,7 @@ TEST_F(Program, CountsRejectedLinesAndFailedInputs) {
         {"\"-\", two.jsonl",
          "nonsense\n{\"A\":\"1\"}\n",
          1,
-         {" ERR_EDR_REJECTED -:1: ", "3 EDRs read, 3 details, 1 rejected, 2 batches"}},
+         {" ERR_EDR_REJECTED -:1:1: ", "3 EDRs read, 3 details, 1 rejected, 2 batches"}},
         {"missing.jsonl, two.jsonl",
          "",
          4,
