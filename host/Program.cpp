@@ -15,6 +15,7 @@
 #include "Summary.h"
 
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <memory>
 
@@ -67,7 +68,15 @@ void printSummary(Host const& host, CommandLine const& commandLine,
     }
 }
 
+// A write that meets a limit of file sizes, or a reader that is gone, fails like any other instead
+// of ending the process: no report is worth a pipeline.
+void letWritesFail() {
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
 ExitCode run(CommandLine const& commandLine, Logs& logs) {
+    letWritesFail();
     Event stop;
     StopSignals const signals(stop);
     auto registry = readRegistry(commandLine.registry);
