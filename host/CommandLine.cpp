@@ -2,9 +2,11 @@
 
 #include "LogFile.h"
 #include "NearestName.h"
+#include "PrintableText.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <simdjson.h>
 
 #include <algorithm>
 #include <array>
@@ -66,6 +68,16 @@ Command parsed(std::string const& place, Argument const&... argument) {
         return parseCommand(argument...);
     } catch (std::invalid_argument const& error) {
         throw CLI::ValidationError(place, error.what());
+    }
+}
+
+// A command is sent as a file, which holds text.
+void requireText(std::span<std::string const> words) {
+    for (auto const& word : words) {
+        if (!simdjson::validate_utf8(word)) {
+            throw CLI::ValidationError("the command",
+                                       "'" + printable(word) + "' is no text in UTF-8");
+        }
     }
 }
 
@@ -156,6 +168,7 @@ void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
     if (commandLine.verb == CommandLine::Verb::send) {
         auto words = texts.keys;
         words.insert(words.begin(), texts.object);
+        requireText(words);
         commandLine.sent = parsed("the command", std::span<std::string const>(words));
     }
 }

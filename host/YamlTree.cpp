@@ -2,6 +2,8 @@
 
 #include "SystemError.h"
 
+#include <fmt/format.h>
+#include <simdjson.h>
 #include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/exceptions.h>
 #include <yaml-cpp/mark.h>
@@ -20,6 +22,29 @@ FilePosition positionOf(YAML::Mark const& mark) {
     return mark.is_null() ? FilePosition() : FilePosition{mark.line + 1, mark.column + 1};
 }
 
+// The length of the UTF-8 character that begins there, or 0 when none does.
+std::size_t characterLength(std::string_view text) {
+    auto const lead = static_cast<unsigned char>(text.front());
+    std::size_t const length = lead < 0x80 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
+    auto const character = text.substr(0, length);
+    return simdjson::validate_utf8(character.data(), character.size()) ? length : 0;
+}
+
+// The YAML parser makes a single byte each of the escapes \N and \_, U+0085 and U+00A0, in text
+// that is UTF-8 otherwise.
+std::string withWholeCharacters(std::string const& value) {
+    std::string text;
+    for (std::string_view rest = value; !rest.empty();) {
+        auto const length = characterLength(rest);
+        if (length == 0) {
+            text += '\xc2';
+        }
+        text += rest.substr(0, std::max<std::size_t>(length, 1));
+        rest.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return text;
+}
+
 // Builds the tree from the parser's events.
 class TreeBuilder : public YAML::EventHandler {
 public:
@@ -33,7 +58,7 @@ public:
     void OnNull(YAML::Mark const& mark, YAML::anchor_t /*anchor*/) override { addText(mark, {}); }
     void OnScalar(YAML::Mark const& mark, std::string const& /*tag*/, YAML::anchor_t /*anchor*/,
                   std::string const& value) override {
-        addText(mark, value);
+        addText(mark, withWholeCharacters(value));
     }
     void OnAlias(YAML::Mark const& mark, YAML::anchor_t /*anchor*/) override {
         problemsM.add(positionOf(mark), "an alias can't be used here, write the value out");
@@ -132,6 +157,30 @@ std::string readWholeFile(std::filesystem::path const& file) {
     return text.str();
 }
 
+// The YAML parser takes any bytes, guesses encodings and ends the file at one control character.
+void requireText(std::string_view text, Problems& problems) {
+    FilePosition position;
+    for (std::size_t length = 1; !text.empty(); text.remove_prefix(length)) {
+        length = characterLength(text);
+        auto const byte = static_cast<unsigned char>(text.front());
+        bool const isControl =
+            (byte < 0x20 || byte == 0x7f) && byte != '\t' && byte != '\n' && byte != '\r';
+        if (length == 0 || isControl) {
+            problems.add(position,
+                         length == 0
+                             ? fmt::format("expected text in UTF-8, not the byte {:02X}", byte)
+                             : fmt::format("the control character U+{:04X} can't be used here, "
+                                           "write it as \"\\x{:02x}\"",
+                                           byte, byte));
+            problems.throwIfAny();
+        }
+        position.column += static_cast<int>(length);
+        if (byte == '\n') {
+            position = {position.line + 1, 1};
+        }
+    }
+}
+
 } // namespace
 
 YamlMember const* YamlNode::find(std::string_view key) const {
@@ -153,7 +202,9 @@ std::string_view yamlKindName(YamlNode::Kind kind) {
 }
 
 YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems) {
-    std::istringstream text(readWholeFile(file));
+    auto const bytes = readWholeFile(file);
+    requireText(bytes, problems);
+    std::istringstream text(bytes);
     TreeBuilder tree(problems);
     try {
         YAML::Parser parser(text);

@@ -38,7 +38,7 @@ std::string_view yamlKindName(YamlNode::Kind kind);
 // Reads a file of one document, which messages call as the problems do. A key that is given twice,
 // a key that is no text, an alias and a second document are added to the problems. Throws a
 // BAS::Status when the file can't be read, and a StartFailure with the problems so far when it is
-// empty or no YAML.
+// empty, no text in UTF-8 or no YAML.
 YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems);
 
 } // namespace host

@@ -90,6 +90,11 @@ struct BadRegistry {
 BadRegistry const badRegistries[] = {
     {"no YAML", "Log: {", "Log: }", {"2:8: no YAML: illegal flow end"}},
     {"empty", "", "# nothing\n", {"1:1: the file is empty"}},
+    {"no UTF-8", "BatchSize", "B\xc3\xa9\xff", {"10:10: expected text in UTF-8, not the byte FF"}},
+    {"a control character",
+     "      Log: second",
+     "\x04      Log: second",
+     {"23:1: the control character U+0004 can't be used here, write it as \"\\x04\""}},
     {"two roots",
      "",
      "a: {}\nb: {}\n",

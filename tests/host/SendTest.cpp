@@ -72,6 +72,7 @@ TEST_F(Send, TellsWhatKeepsItFromSending) {
         char const* message;
     } const cases[] = {
         {{object}, 2, "KEY is required"},
+        {{object, "A=\xe4"}, 2, "is no text in UTF-8"},
         {{object, "A=1", "A=2"}, 2, "the key 'A' is given twice"},
         {{object, "A", "--timeuot", "1"}, 2, "did you mean '--timeout'?"},
         {{object, "A", "--timeout", "soon"}, 2, "--timeout"},
