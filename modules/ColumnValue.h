@@ -48,6 +48,12 @@ template <class Value>
 std::strong_ordering compareValues(Value const& a, Value const& b, TextPool const& /*texts*/) {
     return a <=> b;
 }
+// Equal are only those that show the same.
+inline std::strong_ordering compareValues(Decimal const& a, Decimal const& b,
+                                          TextPool const& /*texts*/) {
+    auto const order = a <=> b;
+    return std::is_eq(order) ? a.scale() <=> b.scale() : order;
+}
 inline std::strong_ordering compareValues(Text a, Text b, TextPool const& texts) {
     return a.place == b.place ? std::strong_ordering::equal : texts[a] <=> texts[b];
 }

@@ -18,6 +18,9 @@ public:
 
     std::string text() const;
 
+    // Digits after the point.
+    int scale() const noexcept { return scaleM; }
+
     // By value: 1.5 equals 1.50.
     friend std::strong_ordering operator<=>(Decimal const& a, Decimal const& b) noexcept;
     friend bool operator==(Decimal const& a, Decimal const& b) noexcept {
