@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test bench package golden format tidy clean packages
+.PHONY: help build demo test fuzz bench package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -28,8 +28,17 @@ test: packages ## build everything and run all tests, plainly and under the sani
 	cmake --build --preset release
 	cmake --preset asan -Wno-dev --log-level=WARNING
 	cmake --build --preset asan
+	cmake --preset fuzz -Wno-dev --log-level=WARNING
+	cmake --build --preset fuzz
+	ctest --preset fuzz
 	ctest --preset release
 	ctest --preset asan
+
+SECONDS ?= 30
+fuzz: packages ## fuzz each target for SECONDS (30); what it finds stays in build/fuzz/fuzz
+	@cmake --preset fuzz -Wno-dev --log-level=WARNING
+	@cmake --build --preset fuzz
+	@tests/fuzz/run-fuzzers build/fuzz -max_total_time=$(SECONDS)
 
 bench: packages ## measure the capture against other ways to keep events
 	@tools/install-packages libbenchmark-dev libspdlog-dev

@@ -14,6 +14,11 @@ if(DATADUMP_SANITIZERS)
     add_link_options(-fsanitize=${DATADUMP_SANITIZERS})
 endif()
 
+option(DATADUMP_FUZZERS "Make fuzzers of the fuzz targets (clang only)" OFF)
+if(DATADUMP_FUZZERS)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # A module that the host loads by library and entry name.
 function(add_plugin name)
     add_library(${name} MODULE ${ARGN})
