@@ -28,7 +28,7 @@ std::string pipelineOf(BAS::String const& object) {
 } // namespace
 
 LogFile::LogFile(BAS::Status::Severity least)
-    : leastM(least), isTerminalM(::isatty(STDERR_FILENO) == 1) {
+    : leastM(least), isTerminalM(ProgressLine::canBeSeen()) {
 }
 
 LogFile::LogFile(std::filesystem::path const& file, BAS::Status::Severity least)

@@ -1,22 +1,14 @@
 #include "PrintableText.h"
 
+#include "ControlCharacters.h"
+
 #include <fmt/format.h>
+#include <simdjson.h>
 
 namespace host {
 
-namespace {
-
-constexpr unsigned char c1Lead = 0xc2; // in UTF-8, before the control characters U+0080 to U+009F
-
-bool isC1(std::string_view text, std::size_t at) {
-    return static_cast<unsigned char>(text[at]) == c1Lead && at + 1 < text.size() &&
-           static_cast<unsigned char>(text[at + 1]) >= 0x80 &&
-           static_cast<unsigned char>(text[at + 1]) <= 0x9f;
-}
-
-} // namespace
-
 std::string printable(std::string_view text) {
+    bool const isUtf8 = simdjson::validate_utf8(text.data(), text.size());
     std::string escaped;
     escaped.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -29,7 +21,7 @@ std::string printable(std::string_view text) {
             escaped += "\\t";
         } else if (byte == '\\') {
             escaped += "\\\\";
-        } else if (byte < 0x20 || byte == 0x7f) {
+        } else if (byte < 0x20 || byte == 0x7f || (byte >= 0x80 && !isUtf8)) {
             escaped += fmt::format("\\x{:02x}", byte);
         } else if (isC1(text, i)) {
             ++i;

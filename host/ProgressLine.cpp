@@ -1,6 +1,10 @@
 #include "ProgressLine.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
+
+#include <cstdlib>
+#include <string_view>
 
 namespace host {
 
@@ -25,6 +29,13 @@ std::uint64_t sizeOfInputs(std::vector<std::unique_ptr<PipelineRunner>> const& p
     return total;
 }
 
+// Of the terminal at this moment; a line that is longer wraps and can't be erased any more.
+std::size_t longestLine() {
+    winsize size = {};
+    bool const isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isKnown ? size.ws_col - std::size_t{1} : std::string::npos;
+}
+
 } // namespace
 
 ProgressLine::ProgressLine(std::vector<std::unique_ptr<PipelineRunner>> const& pipelines)
@@ -33,13 +44,15 @@ ProgressLine::ProgressLine(std::vector<std::unique_ptr<PipelineRunner>> const& p
 }
 
 bool ProgressLine::canBeSeen() {
-    return ::isatty(STDERR_FILENO) == 1;
+    auto const* const terminal = std::getenv("TERM");
+    bool const canErase = terminal == nullptr || terminal != std::string_view("dumb");
+    return canErase && ::isatty(STDERR_FILENO) == 1;
 }
 
 std::chrono::steady_clock::time_point ProgressLine::draw() {
     auto const now = std::chrono::steady_clock::now();
     if (now >= nextM) {
-        static_cast<void>(writeAll(STDERR_FILENO, erase + text(now)));
+        static_cast<void>(writeAll(STDERR_FILENO, erase + text(now).substr(0, longestLine())));
         nextM = now + interval;
     }
     return nextM;

@@ -18,7 +18,7 @@ public:
     // The pipelines stay the caller's. The line goes to standard error.
     explicit ProgressLine(std::vector<std::unique_ptr<PipelineRunner>> const& pipelines);
 
-    // Whether standard error is a terminal.
+    // Whether standard error is a terminal on which a line can be erased.
     static bool canBeSeen();
 
     // Draws the line if it is time to, and returns when it is time again.

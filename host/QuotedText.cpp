@@ -1,20 +1,11 @@
 #include "QuotedText.h"
 
+#include "ControlCharacters.h"
+
 #include <fmt/format.h>
 #include <simdjson.h>
 
 namespace host {
-
-namespace {
-
-constexpr unsigned char c1Lead = 0xc2; // in UTF-8, before the control characters U+0080 to U+009F
-
-bool isC1(std::string_view text, std::size_t at) {
-    return static_cast<unsigned char>(text[at]) == c1Lead && at + 1 < text.size() &&
-           static_cast<unsigned char>(text[at + 1]) <= 0x9f;
-}
-
-} // namespace
 
 std::string quotedText(std::string_view text) {
     bool const isUtf8 = simdjson::validate_utf8(text.data(), text.size());

@@ -51,6 +51,7 @@ TEST(LogRecord, IsOneLineWithTimeLevelPipelineAndObject) {
         {status("", "ERR_DATABASE", {"a\nb\r\t\x1b[31m\\ \x7f \xc2\x9b \xc3\xa4"}),
          "critical - - ERR_DATABASE Database error: "
          "a\\nb\\r\\t\\x1b[31m\\\\ \\x7f \\u009b \xc3\xa4\n"},
+        {status("", "ERR_DATABASE", {"\xc3"}), "critical - - ERR_DATABASE Database error: \\xc3\n"},
     };
     for (auto const& each : cases) {
         EXPECT_EQ(host::logRecord(each.status, time),
