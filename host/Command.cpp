@@ -67,8 +67,10 @@ void update(BAS::RegisteredObject& object, BAS::RegistryEntry const& entry, Comm
         result.fault = "the object threw: " + currentExceptionText();
     }
     result.isWorkDone = workDone.value();
-    if (auto const after = object.status(); !isSame(before, after)) {
-        result.newStatus = after;
+    auto const after = object.status();
+    bool const isRejected = !result.isHandled && !result.fault && !after.messageName().isNull();
+    if (isRejected || !isSame(before, after)) {
+        result.status = after;
     }
 }
 

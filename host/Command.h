@@ -35,8 +35,8 @@ struct CommandResult {
     bool isWorkDone = false;
     // Why the object had no say: it doesn't exist, or it threw.
     std::optional<std::string> fault;
-    // The object's status, if the command changed it.
-    std::optional<BAS::Status> newStatus;
+    // The object's status, if the command changed it or the object rejected the command.
+    std::optional<BAS::Status> status;
     std::vector<NamedFile> files;
     double seconds = 0; // of the object's work
 };

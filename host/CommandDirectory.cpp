@@ -9,11 +9,16 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <climits>
+
 namespace host {
 
 namespace {
 
 constexpr char const* takenSuffix = ".taken";
+// What the longest name that is made from a command file's has besides its stem.
+constexpr std::string_view longestAddition = "..result.tmp";
+constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
 
 std::filesystem::path withSuffix(std::filesystem::path const& directory, std::string const& name,
                                  char const* suffix) {
@@ -61,10 +66,25 @@ void CommandDirectory::answerInterrupted() {
     }
 }
 
+// The command files that can be answered; any other is logged once and stays.
+std::vector<std::string> CommandDirectory::waiting() {
+    auto names = completeFiles(directoryM, commandSuffix);
+    std::erase_if(names, [this](std::string const& name) {
+        bool const isTooLong = std::filesystem::path(name).stem().native().size() > longestStem;
+        if (isTooLong && passedByM.insert(name).second) {
+            logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
+                                  {name, fmt::format("its name is too long, expected at most {} "
+                                                     "bytes before '{}'",
+                                                     longestStem, commandSuffix)}));
+        }
+        return isTooLong;
+    });
+    return names;
+}
+
 void CommandDirectory::takeAll(Event const& stop) {
     watchM.takeChanges();
-    for (auto names = completeFiles(directoryM, commandSuffix); !names.empty();
-         names = completeFiles(directoryM, commandSuffix)) {
+    for (auto names = waiting(); !names.empty(); names = waiting()) {
         for (auto const& name : names) {
             if (stop.isSet()) {
                 return;

@@ -9,6 +9,7 @@
 #include "Event.h"
 
 #include <functional>
+#include <set>
 
 namespace BAS {
 class LogSink;
@@ -40,6 +41,7 @@ public:
 
 private:
     void answerInterrupted();
+    std::vector<std::string> waiting();
     void take(std::string const& name);
     std::string carryOut(std::filesystem::path const& file, std::string const& name);
     void answer(std::string const& name, std::string const& text);
@@ -49,6 +51,7 @@ private:
     BAS::LogSink& logM;
     FileDescriptor lockM;
     DirectoryWatch watchM;
+    std::set<std::string> passedByM; // names that leave no room for a result's
     bool hasFailedM = false;
 };
 

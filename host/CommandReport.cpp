@@ -91,8 +91,8 @@ Members membersOf(CommandResult const& result) {
         members.emplace_back("Reason", quotedText(*result.fault));
     }
     members.emplace_back("WorkDone", truth(result.isWorkDone));
-    if (result.newStatus) {
-        members.emplace_back("Status", statusObject(*result.newStatus));
+    if (result.status) {
+        members.emplace_back("Status", statusObject(*result.status));
     }
     members.emplace_back("Files", filesArray(result.files));
     members.emplace_back("Seconds", fmt::format("{:.6f}", result.seconds));
@@ -109,8 +109,8 @@ std::string resultText(CommandResult const& result) {
     auto text = fmt::format("{} {}: {}, {}", result.object, keysText(result),
                             verdictOf(result) + (result.fault ? ", " + *result.fault : ""),
                             result.isWorkDone ? "work done" : "no work done");
-    if (result.newStatus) {
-        text += ", status " + statusText(*result.newStatus);
+    if (result.status) {
+        text += ", status " + statusText(*result.status);
     }
     for (auto const& file : result.files) {
         text += ", " + fileText(file);
