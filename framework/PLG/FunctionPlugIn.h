@@ -24,7 +24,9 @@ public:
     virtual bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) = 0;
     // An inactive plug-in is passed by.
     virtual bool isActive() const;
-    // Appends the registry names of the modules that must be loaded before this one.
+    // Appends the registry names of the modules that must be loaded before this one. The
+    // stand-alone host doesn't ask: it loads all data modules first, then the functions in their
+    // order.
     virtual void loadDependencies(RWTValOrderedVector<BAS::String>& moduleNames);
 
 protected:
