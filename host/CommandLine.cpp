@@ -211,7 +211,7 @@ std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const
     CLI::App app(description, "pipeline-host");
     app.footer(exitCodes);
     app.require_subcommand(1);
-    app.set_version_flag("--version", PIPELINE_HOST_VERSION);
+    app.set_version_flag("--version", "pipeline-host " PIPELINE_HOST_VERSION);
     addRun(app, texts, commandLine);
     addCheck(app, texts);
     addSend(app, texts, commandLine);

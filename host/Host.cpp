@@ -52,12 +52,22 @@ std::vector<BAS::Status> Host::check() {
     return problemsM;
 }
 
-void Host::checkCommandDirectory() {
+void Host::checkDirectories() {
+    auto const& configuration = registryM.configuration;
+    checkDirectory(configuration.commandDirectory, {}, &CommandDirectory::requireSafe);
+    for (auto const& pipeline : configuration.pipelines) {
+        checkDirectory(pipeline.inputDirectory, pipeline.registeredName, &requireUsableDirectory);
+    }
+}
+
+void Host::checkDirectory(std::optional<std::filesystem::path> const& directory,
+                          BAS::String const& user, void (*require)(std::filesystem::path const&)) {
     try {
-        if (registryM.configuration.commandDirectory) {
-            CommandDirectory::requireSafe(*registryM.configuration.commandDirectory);
+        if (directory) {
+            require(*directory);
         }
-    } catch (BAS::Status const& status) {
+    } catch (BAS::Status& status) {
+        status.setObjectName(user);
         problemsM.push_back(status);
     }
 }
@@ -107,6 +117,22 @@ void Host::startLifeCycle() {
     problemsM.insert(problemsM.end(), problems.begin(), problems.end());
 }
 
+// A mistyped key is as good as none to the module, and the host doesn't know which keys there are.
+void Host::warnOfUnreadKeys() {
+    for (auto const& object : objectsM) {
+        auto const* const subtree = object->registry();
+        if (dynamic_cast<PLG::StdPlugIn const*>(object.get()) == nullptr || subtree == nullptr) {
+            continue;
+        }
+        for (auto const& key : subtree->children()) {
+            if (!key->wasFound()) {
+                logM.write(makeStatus(BAS::Status::warning, object->name(), "ERR_REG_KEY_UNREAD",
+                                      {key->name().str()}));
+            }
+        }
+    }
+}
+
 BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind kind) {
     try {
         objectsM.push_back(loaderM.load(module, kind));
@@ -127,9 +153,9 @@ void Host::logSummaries() const {
         logM.write(makeStatus(
             BAS::Status::notice, pipeline->configuration().registeredName, "MSG_PIPELINE_SUMMARY",
             {std::to_string(counters.read), std::to_string(counters.details),
-             std::to_string(counters.rejected), std::to_string(counters.batches),
-             fmt::format("{:.3f}", counters.seconds), std::to_string(counters.commands),
-             std::to_string(counters.failedInputs)}));
+             std::to_string(counters.rejected), std::to_string(counters.failedInputs),
+             std::to_string(counters.batches), std::to_string(counters.faults),
+             fmt::format("{:.3f}", counters.seconds), std::to_string(counters.commands)}));
     }
 }
 

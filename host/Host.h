@@ -27,8 +27,8 @@ public:
     ~Host();
 
     // Builds and starts everything, data modules first. Throws a StartFailure with all problems
-    // that don't follow from each other: those of the data modules, else those of the pipelines'
-    // descriptions and logs, else those of the plug-ins.
+    // that don't follow from each other: those of the directories, else those of the data modules,
+    // else those of the pipelines' descriptions and logs, else those of the plug-ins.
     void start();
     // Does the same to find all problems: goes on with what can still be started, and returns what
     // is wrong.
@@ -50,20 +50,23 @@ public:
     bool hasFaults() const;
 
 private:
-    void checkCommandDirectory();
+    void checkDirectories();
+    // Directory of the user of that registered name; require throws a BAS::Status.
+    void checkDirectory(std::optional<std::filesystem::path> const& directory,
+                        BAS::String const& user, void (*require)(std::filesystem::path const&));
     void buildDataPool();
     void buildPipelines();
     void buildFunctions();
     void startLifeCycle();
-    void logSummary(PipelineRunner const& pipeline) const;
+    void warnOfUnreadKeys();
     BAS::RegisteredObject* load(ModuleConfiguration const& module, ModuleKind kind);
     PipelineRunner* pipelineOf(BAS::String const& object) const;
     std::string unknownObjectText(BAS::String const& object) const;
 
     // The start, step by step; each adds to the problems.
-    static constexpr void (Host::*stagesM[])() = {&Host::checkCommandDirectory,
-                                                  &Host::buildDataPool, &Host::buildPipelines,
-                                                  &Host::buildFunctions, &Host::startLifeCycle};
+    static constexpr void (Host::*stagesM[])() = {&Host::checkDirectories, &Host::buildDataPool,
+                                                  &Host::buildPipelines,   &Host::buildFunctions,
+                                                  &Host::startLifeCycle,   &Host::warnOfUnreadKeys};
 
     Registry registryM;
     ModuleLoader loaderM;

@@ -52,9 +52,11 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_NO_COMMAND_DIRECTORY",
      "The registry '%1' has no command directory: expected 'Commands: {Directory: ...}'."},
     {"ERR_SYSTEM", "%1 failed: %2"},
+    {"ERR_PROGRAM_FAILED", "The program ends: %1"},
     {"ERR_MODULE_KIND_WRONG", "The module '%1' is of the wrong kind: expected %2, got %3."},
     {"ERR_MODULE_NOT_USABLE", "The module '%1' isn't usable: %2"},
     {"ERR_LIFE_CYCLE", "The operation '%1' failed: %2"},
+    {"ERR_REG_KEY_UNREAD", "The module started without reading the registry key '%1'."},
     {"MSG_STARTED", "Started; data modules: %1, pipelines: %2."},
     // Run.
     {"MSG_INPUT_STARTED", "Reading '%1'."},
@@ -79,8 +81,8 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "The host ended while it carried out the command file '%1'; whether it was done isn't known."},
     {"ERR_COMMANDS_STOPPED", "No more commands are taken from '%1': %2"},
     {"MSG_PIPELINE_SUMMARY",
-     "%1 EDRs read, %2 details, %3 rejected, %4 batches, %5 seconds, %6 commands, %7 failed "
-     "inputs."},
+     "EDRs read: %1, details: %2, rejected: %3, failed inputs: %4, batches: %5, faults: %6, "
+     "seconds: %7, commands: %8."},
 });
 
 namespace detail {

@@ -1,6 +1,7 @@
 #include "NamedFiles.h"
 
-#include <fcntl.h>
+#include "WriteObstacle.h"
+
 #include <sys/stat.h>
 
 #include <system_error>
@@ -22,22 +23,6 @@ std::uint64_t sizeOf(std::filesystem::path const& path) {
     std::error_code error;
     auto const size = std::filesystem::file_size(path, error);
     return error ? 0 : size;
-}
-
-std::string whyNotOpened(std::filesystem::path const& path) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
-        return "it is a directory";
-    }
-    auto const directory = path.parent_path();
-    if (!std::filesystem::is_directory(directory, error)) {
-        return "there is no directory '" + directory.string() + "'";
-    }
-    bool const isThere = std::filesystem::exists(path, error);
-    if (::faccessat(AT_FDCWD, isThere ? path.c_str() : directory.c_str(), W_OK, AT_EACCESS) != 0) {
-        return std::generic_category().message(errno);
-    }
-    return "nothing opened it for writing";
 }
 
 } // namespace
@@ -81,7 +66,7 @@ std::vector<NamedFile> NamedFiles::report() const {
         if (file.isOpened) {
             file.size = sizeOf(candidate.path);
         } else if (candidate.looksLikePath) {
-            file.reason = whyNotOpened(candidate.path);
+            file.reason = writeObstacle(candidate.path).value_or("nothing opened it for writing");
         } else {
             continue;
         }

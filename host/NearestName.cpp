@@ -51,7 +51,7 @@ std::string nearestNameHint(std::string_view mistyped, std::vector<std::string_v
             nearest = candidate;
         }
     }
-    return nearest.empty() ? "" : ", did you mean '" + std::string(nearest) + "'?";
+    return nearest.empty() ? "" : " (did you mean '" + std::string(nearest) + "'?)";
 }
 
 } // namespace host

@@ -17,9 +17,6 @@ PipelineRunner::PipelineRunner(PipelineConfiguration const& configuration, BAS::
                                 : nullptr),
       logM(ownLogM == nullptr ? processLog : *ownLogM),
       descriptionM(readEdrDescription(configuration.edrDescription)), factoryM(descriptionM) {
-    if (configuration.inputDirectory) {
-        requireUsableDirectory(*configuration.inputDirectory);
-    }
 }
 
 std::unique_ptr<BAS::RegisteredObject> PipelineRunner::makeRegisteredObject() const {

@@ -46,8 +46,7 @@ struct PipelineCounters {
 class PipelineRunner {
 public:
     // Opens the log and reads the EDR description. Throws a StartFailure or a BAS::Status when that
-    // isn't possible, or when the input directory can't be used. The configuration must outlive the
-    // runner.
+    // isn't possible. The configuration must outlive the runner.
     PipelineRunner(PipelineConfiguration const& configuration, BAS::LogSink& processLog,
                    BAS::Status::Severity leastSeverity);
 

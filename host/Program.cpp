@@ -1,7 +1,9 @@
 #include "Program.h"
 
+#include "CheckCommand.h"
 #include "CommandLine.h"
 #include "CommandReport.h"
+#include "ExceptionText.h"
 #include "Generate.h"
 #include "Host.h"
 #include "LogFile.h"
@@ -93,6 +95,7 @@ ExitCode run(CommandLine const& commandLine, Logs& logs) {
     Service service(host, stop, progress ? &*progress : nullptr);
     service.run();
     auto const results = executeAtEnd(host, commandLine);
+    host.logSummaries();
     printSummary(host, commandLine, results);
     if (host.hasFailed() || service.hasFailed() || !std::cout) {
         return inputOrOutputFailed;
@@ -101,27 +104,6 @@ ExitCode run(CommandLine const& commandLine, Logs& logs) {
                                         [](auto const& result) { return result.isHandled; });
     // Who ends a service by a signal doesn't ask how its input was.
     return (host.hasFaults() && !stop.isSet()) || !areHandled ? doneWithFaults : done;
-}
-
-ExitCode check(CommandLine const& commandLine, Logs& logs) {
-    std::vector<BAS::Status> problems;
-    auto registry = readRegistry(commandLine.registry, problems);
-    try {
-        if (registry.configuration.processLog) {
-            logs.openProcessLog(*registry.configuration.processLog);
-        }
-    } catch (BAS::Status const& status) {
-        problems.push_back(status);
-    }
-    Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), logs.process(),
-              commandLine.leastSeverity);
-    auto const ofStart = host.check();
-    problems.insert(problems.end(), ofStart.begin(), ofStart.end());
-    if (!problems.empty()) {
-        throw StartFailure{std::move(problems)};
-    }
-    std::cout << commandLine.registry.string() << ": no problems found" << std::endl;
-    return std::cout ? done : inputOrOutputFailed;
 }
 
 ExitCode send(CommandLine const& commandLine, Logs& logs) {
@@ -153,7 +135,7 @@ ExitCode perform(CommandLine const& commandLine, Logs& logs) {
     case CommandLine::Verb::run:
         return run(commandLine, logs);
     case CommandLine::Verb::check:
-        return check(commandLine, logs);
+        return checkRegistry(commandLine.registry, logs.process());
     case CommandLine::Verb::send:
         return send(commandLine, logs);
     case CommandLine::Verb::generate:
@@ -180,6 +162,10 @@ int runProgram(int argc, char const* const* argv) {
         }
     } catch (BAS::Status const& status) {
         logs.writeToCaller(status);
+    } catch (...) {
+        logs.writeToCaller(
+            makeStatus(BAS::Status::critical, {}, "ERR_PROGRAM_FAILED", {currentExceptionText()}));
+        return inputOrOutputFailed;
     }
     return startFailed;
 }

@@ -44,7 +44,6 @@ void Service::run() {
         progressM->clear();
     }
     takeCommands();
-    hostM.logSummaries();
 }
 
 bool Service::hasFailed() const noexcept {

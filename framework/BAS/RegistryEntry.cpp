@@ -1,6 +1,7 @@
 #include "BAS/RegistryEntry.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace BAS {
@@ -17,7 +18,15 @@ RegistryEntry& RegistryEntry::add(String name, String value) {
 RegistryEntry const* RegistryEntry::find(String const& name) const {
     auto const found = std::find_if(childrenM.begin(), childrenM.end(),
                                     [&](auto const& child) { return child->nameM == name; });
-    return found == childrenM.end() ? nullptr : found->get();
+    if (found == childrenM.end()) {
+        return nullptr;
+    }
+    std::atomic_ref((*found)->wasFoundM).store(true, std::memory_order_relaxed);
+    return found->get();
+}
+
+bool RegistryEntry::wasFound() const {
+    return std::atomic_ref(wasFoundM).load(std::memory_order_relaxed);
 }
 
 } // namespace BAS

@@ -18,6 +18,8 @@ public:
 
     // The key of that name directly below this one, or null.
     RegistryEntry const* find(String const& name) const;
+    // Whether find ever gave this key to anybody. Any thread.
+    bool wasFound() const;
 
     String const& name() const noexcept { return nameM; }
     String const& value() const noexcept { return valueM; }
@@ -28,6 +30,7 @@ public:
 private:
     String nameM;
     String valueM;
+    mutable bool wasFoundM = false; // accessed atomically
     std::vector<std::unique_ptr<RegistryEntry>> childrenM;
 };
 

@@ -44,7 +44,7 @@ TEST_F(Generate, MakesWhatRunsWithoutAReject) {
                     plugIn + " DumpEvents=events' --at-end '" + plugIn + " Dump=dump'"),
               0)
         << read("err");
-    EXPECT_THAT(read("err"), HasSubstr("602 EDRs read, 600 details, 0 rejected"));
+    EXPECT_THAT(read("err"), HasSubstr("read: 602, details: 600, rejected: 0"));
     EXPECT_THAT(read("err"), Not(HasSubstr("ERR_")));
     auto const dump = read("dump");
     EXPECT_THAT(dump, Not(HasSubstr("not in memory")));

@@ -132,7 +132,7 @@ TEST_F(Program, DoesntStartWithAModuleThatCantBeUsed) {
         for (auto const* const verb : {"run r.yaml", "check r.yaml"}) {
             auto const outcome = program(verb);
             EXPECT_EQ(outcome.exitCode, 3) << each.function;
-            EXPECT_EQ(outcome.out, "");
+            EXPECT_EQ(outcome.out.empty(), std::string(verb).starts_with("run"));
             for (auto const& message : each.messages) {
                 EXPECT_EQ(count(outcome.err, message), 1U) << message << " in\n" << outcome.err;
             }
@@ -196,10 +196,14 @@ TEST_F(Program, RunsPipelinesByThemselvesAndCommandsAtTheEnd) {
                                  "host.Pipelines.Two.Functions.F.Module Other=a b C: handled, no "
                                  "work done, [0-9.]+ s\n"));
     auto const log = directoryM.read("process.log");
-    EXPECT_THAT(log, HasSubstr(" notice One host.Pipelines.One MSG_PIPELINE_SUMMARY 7 EDRs read, 6 "
-                               "details, 0 rejected, 4 batches, "));
-    EXPECT_THAT(log, HasSubstr(" notice Two host.Pipelines.Two MSG_PIPELINE_SUMMARY 2 EDRs read, 2 "
-                               "details, 0 rejected, 1 batches, "));
+    EXPECT_THAT(
+        log,
+        HasSubstr(" notice One host.Pipelines.One MSG_PIPELINE_SUMMARY EDRs read: 7, details: 6, "
+                  "rejected: 0, failed inputs: 0, batches: 4, "));
+    EXPECT_THAT(
+        log,
+        HasSubstr(" notice Two host.Pipelines.Two MSG_PIPELINE_SUMMARY EDRs read: 2, details: 2, "
+                  "rejected: 0, failed inputs: 0, batches: 1, "));
     EXPECT_THAT(directoryM.read("two.log"), HasSubstr("MSG_INPUT_STARTED"));
 }
 
@@ -215,8 +219,8 @@ TEST_F(Program, TellsWhatBecameOfEachCommand) {
         {"host.Pipelines.P.Functions.F.Module Count",
          ": not handled, the object threw: thrown in update, work done, ", "Throw: update"},
         {"host.Pipelines.Q.Functions.F.Module Count",
-         ": not handled, there is no such object, did you mean "
-         "'host.Pipelines.P.Functions.F.Module'?, "
+         ": not handled, there is no such object (did you mean "
+         "'host.Pipelines.P.Functions.F.Module'?), "
          "no work done, ",
          ""},
         {"host.Pipelines.P Count", ": rejected, no work done, ", ""},
@@ -239,7 +243,8 @@ TEST_F(Program, KeepsEverythingGoingWhenAPlugInThrows) {
     EXPECT_EQ(count(outcome.err, " critical P host.Pipelines.P.Functions.F.Module ERR_BATCH_FAILED "
                                  "The plug-in threw while it processed a batch: thrown in batch\n"),
               3U);
-    EXPECT_EQ(count(outcome.err, "5 EDRs read, 4 details, 0 rejected, 3 batches"), 2U);
+    EXPECT_EQ(count(outcome.err, "read: 5, details: 4, rejected: 0, failed inputs: 0, batches: 3"),
+              2U);
     EXPECT_EQ(count(directoryM.read("after"), "batch of"), 3U);
     EXPECT_EQ(count(directoryM.read("other"), "batch of"), 3U);
     EXPECT_THAT(directoryM.read("trace"), HasSubstr("F shutdown\n"));
@@ -252,16 +257,17 @@ TEST_F(Program, CountsRejectedLinesAndFailedInputs) {
         int exitCode;
         std::vector<char const*> messages;
     } const cases[] = {
-        {"\"-\"", "{\"A\":\"1\"}\n{\"A\":\"2\"}", 0, {"2 EDRs read"}},
+        {"\"-\"", "{\"A\":\"1\"}\n{\"A\":\"2\"}", 0, {"read: 2"}},
         {"\"-\", two.jsonl",
          "nonsense\n{\"A\":\"1\"}\n",
          1,
-         {" ERR_EDR_REJECTED -:1:1: ", "3 EDRs read, 3 details, 1 rejected, 2 batches"}},
+         {" ERR_EDR_REJECTED -:1:1: ",
+          "read: 3, details: 3, rejected: 1, failed inputs: 0, batches: 2"}},
         {"missing.jsonl, two.jsonl",
          "",
          4,
-         {" critical P host.Pipelines.P ERR_FILE_NOT_READABLE ", "missing.jsonl", "2 EDRs read"}},
-        {"., two.jsonl", "", 4, {"Is a directory", "2 EDRs read"}},
+         {" critical P host.Pipelines.P ERR_FILE_NOT_READABLE ", "missing.jsonl", "read: 2"}},
+        {"., two.jsonl", "", 4, {"Is a directory", "read: 2"}},
     };
     for (auto const& each : cases) {
         writeRegistry(pipeline("P", each.files));
@@ -294,11 +300,20 @@ TEST_F(Program, FailsWhenWhatItWritesIsLost) {
 }
 
 TEST_F(Program, ChecksWithoutRunning) {
-    writeRegistry(pipeline("P", "missing.jsonl", counter("")));
-    auto const outcome = program("check r.yaml");
+    auto const logs = "  Log: {Process: process.log}\n";
+    writeRegistry(pipeline("P", "two.jsonl", counter("")), "", logs);
+    auto outcome = program("check r.yaml");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.out, "r.yaml: no problems found\n");
     EXPECT_EQ(count(directoryM.read("trace"), "batch"), 0U);
+
+    writeRegistry(pipeline("P", "missing.jsonl", counter("Mistyped: x")), "", logs);
+    outcome = program("check r.yaml");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.out, "r.yaml: no problems found, 2 warnings\n");
+    EXPECT_THAT(outcome.err, HasSubstr("/missing.jsonl' can't be read: No such file"));
+    EXPECT_THAT(outcome.err, HasSubstr("without reading the registry key 'Mistyped'"));
+    EXPECT_FALSE(std::filesystem::exists(directoryM.path() / "process.log"));
 }
 
 } // namespace

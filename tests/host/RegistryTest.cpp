@@ -110,7 +110,7 @@ BadRegistry const badRegistries[] = {
     {"a mistyped key",
      "BatchSize: 7",
      "BatchSise: 7",
-     {"10:7: unknown key 'BatchSise', did you mean 'BatchSize'?"}},
+     {"10:7: unknown key 'BatchSise' (did you mean 'BatchSize'?)"}},
     {"an unknown key", "BatchSize: 7", "Colour: red", {"10:7: unknown key 'Colour'"}},
     {"a host's key twice",
      "BatchSize: 7",

@@ -3,6 +3,7 @@
 
 #include <pty.h>
 #include <simdjson.h>
+#include <sys/ioctl.h>
 
 #include <sstream>
 
@@ -30,7 +31,7 @@ TEST_F(Service, TakesCompleteFilesInOrderOfNameAndKeepsThem) {
     EXPECT_EQ(directoryM.read("in/done/b.jsonl.reject"), "bad\n");
     auto const log = directoryM.read("err");
     EXPECT_LT(log.find("/in/a.jsonl'"), log.find("/in/b.jsonl'"));
-    EXPECT_THAT(log, HasSubstr("6 EDRs read, 6 details, 1 rejected, 4 batches"));
+    EXPECT_THAT(log, HasSubstr("read: 6, details: 6, rejected: 1, failed inputs: 0, batches: 4"));
     EXPECT_THAT(directoryM.read("trace"), HasSubstr("F shutdown\n"));
 }
 
@@ -93,8 +94,7 @@ TEST_F(Service, SurvivesFilesThatVanishOrCantBeRead) {
     EXPECT_EQ(count(log, "/in/a.jsonl' vanished"), 1U);
     EXPECT_EQ(count(log, "/in/b.jsonl' can't be read: No such file"), 1U);
     EXPECT_EQ(count(log, "/in/c.gz' can't be read: expected gzip data"), 1U);
-    EXPECT_THAT(log, HasSubstr("4 EDRs read, 4 details, 0 rejected, 2 batches"));
-    EXPECT_THAT(log, HasSubstr("3 failed inputs"));
+    EXPECT_THAT(log, HasSubstr("read: 4, details: 4, rejected: 0, failed inputs: 3, batches: 2"));
 }
 
 TEST_F(Service, EndsWhileStandardInputIsSilent) {
@@ -153,15 +153,15 @@ TEST_F(Service, AnswersEveryCommandFile) {
     } const cases[] = {
         {std::string(object) + ": {Count: x, Write: " + pathOf("written").string() + "}\n" +
              object + "x: {Count: }\n",
-         {"Command: \"0.yaml\"\nHandled: false\nResults:\n  - Object: \"" + std::string(object) +
+         {"Command: \"10.yaml\"\nHandled: false\nResults:\n  - Object: \"" + std::string(object) +
               "\"\n    Keys: {\"Count\": \"x\", \"Write\": \"" + pathOf("written").string() +
               "\"}\n    Verdict: \"handled\"\n    WorkDone: true\n    Files: [{\"Key\": \"Write\", "
               "\"Path\": \"" +
               pathOf("written").string() + "\", \"Opened\": true, \"Size\": 8}]\n    Seconds: 0",
           "  - Object: \"" + std::string(object) + "x\"\n    Keys: {\"Count\": \"\"}\n" +
-              "    Verdict: \"not handled\"\n    Reason: \"there is no such object, did you mean "
+              "    Verdict: \"not handled\"\n    Reason: \"there is no such object (did you mean "
               "'" +
-              object + "'?\"\n"}},
+              object + "'?)\"\n"}},
         {std::string(object) + ": {Write: relative}\n",
          {"Handled: true\n",
           "\"Path\": \"" + pathOf("relative").string() + "\", \"Opened\": true, \"Size\": 8}"}},
@@ -176,30 +176,35 @@ TEST_F(Service, AnswersEveryCommandFile) {
          {"Handled: false\n", "Keys: {\"Refuse\": \"a\\u0009b\"}\n    Verdict: \"rejected\"",
           "Status: {\"Message\": \"ERR_REG_VALUE_INVALID\", \"Level\": \"error\", \"Text\": "
           "\"The "}},
+        {std::string(object) + ": {Refuse: again}\n",
+         {"Status: {\"Message\": \"ERR_REG_VALUE_INVALID\""}},
         {"host.Pipelines.P: {A: b}\n", {"Verdict: \"rejected\""}},
-        {"a: {b: c\n", {"Handled: false\nProblems:\n  - \"7.yaml:", "no YAML: "}},
-        {"", {"Problems:\n  - \"8.yaml:1:1: the file is empty\""}},
+        {"a: {b: c\n", {"Handled: false\nProblems:\n  - \"18.yaml:", "no YAML: "}},
+        {"", {"Problems:\n  - \"19.yaml:1:1: the file is empty\""}},
         {"a: {}\nb: {c: [d], e: f, e: g}\n",
-         {"  - \"9.yaml:1:1: 'a' must be a mapping with the keys of the command\"\n"
-          "  - \"9.yaml:2:5: 'c' must be a text, not a sequence\"\n"
-          "  - \"9.yaml:2:19: the key 'e' is given twice, first on line 2\"\n"}},
+         {"  - \"20.yaml:1:1: 'a' must be a mapping with the keys of the command\"\n"
+          "  - \"20.yaml:2:5: 'c' must be a text, not a sequence\"\n"
+          "  - \"20.yaml:2:19: the key 'e' is given twice, first on line 2\"\n"}},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {
-        drop("cmd/" + std::to_string(i) + ".yaml", cases[i].text);
+        drop("cmd/" + std::to_string(10 + i) + ".yaml", cases[i].text);
     }
+    drop("cmd/" + std::string(250, 'n') + ".yaml", "there is no room for its result's name");
     drop("cmd/left.taken", "an earlier host was killed in its middle");
     HostProcess host(directoryM.path(), {"run", "r.yaml"});
-    ASSERT_TRUE(waitForFile("cmd/9.result"));
+    ASSERT_TRUE(waitForFile("cmd/20.result"));
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         for (auto const& part : cases[i].result) {
-            EXPECT_THAT(directoryM.read("cmd/" + std::to_string(i) + ".result"), HasSubstr(part));
+            EXPECT_THAT(directoryM.read("cmd/" + std::to_string(10 + i) + ".result"),
+                        HasSubstr(part));
         }
     }
     EXPECT_THAT(directoryM.read("cmd/left.result"), HasSubstr("whether it was done isn't known"));
     host.signal(SIGTERM);
     EXPECT_EQ(host.wait(), 0);
-    EXPECT_EQ(names("cmd").size(), std::size(cases) + 1); // nothing but the results
-    EXPECT_THAT(directoryM.read("err"), HasSubstr("8 commands"));
+    EXPECT_EQ(names("cmd").size(), std::size(cases) + 2); // the results and the name too long
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("its name is too long, expected at most 243"));
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("commands: 9"));
 }
 
 TEST_F(Service, CarriesOutABurstOfCommandsInOrderWhileBatchesGoOn) {
@@ -231,25 +236,29 @@ TEST_F(Service, CarriesOutABurstOfCommandsInOrderWhileBatchesGoOn) {
 }
 
 TEST_F(Service, ChecksEverything) {
-    directoryM.write("r.yaml",
-                     "host:\n  Commands: {Directory: nowhere}\n  Logs: x\n  DataPool:\n"
-                     "    D: {ModuleName: TestMissing}\n  Pipelines:\n"
-                     "    P: {EdrDescription: bad.yaml, Input: {Directory: no}, Functions: }\n"
-                     "    Q:\n      EdrDescription: edr.yaml\n      Input: {Files: [x]}\n"
-                     "      Functions:\n        F: {ModuleName: TestCounter}\n"
-                     "        G: {ModuleName: TestCounter, Module: {Fail: build}}\n"
-                     "        H: {ModuleName: TestCounter, Module: {Fail: install}}\n"
-                     "        I: {ModuleName: TestCounter, Module: {Throw: startup}}\n");
+    directoryM.write(
+        "r.yaml", "host:\n  Commands: {Directory: nowhere}\n  Logs: x\n"
+                  "  Log: {Process: nodir/log}\n  DataPool:\n"
+                  "    D: {ModuleName: TestMissing}\n  Pipelines:\n"
+                  "    P: {EdrDescription: bad.yaml, Input: {Directory: no}, Log: ., Functions: }\n"
+                  "    Q:\n      EdrDescription: edr.yaml\n      Input: {Files: [x]}\n"
+                  "      Functions:\n        F: {ModuleName: TestCounter}\n"
+                  "        G: {ModuleName: TestCounter, Module: {Fail: build}}\n"
+                  "        H: {ModuleName: TestCounter, Module: {Fail: install}}\n"
+                  "        I: {ModuleName: TestCounter, Module: {Throw: startup}}\n");
     directoryM.write("bad.yaml", "DETAIL: {A: string}\n");
     EXPECT_EQ(HostProcess(directoryM.path(), {"check", "r.yaml"}).wait(), 3);
     auto const problems = directoryM.read("err");
     for (auto const* const part :
-         {"r.yaml:3:3: unknown key 'Logs', did you mean 'Log'?", "/nowhere' can't be used",
-          "ERR_LIBRARY_NOT_FOUND", "/bad.yaml:1:13: the field 'A' has the unknown type",
+         {"r.yaml:3:3: unknown key 'Logs' (did you mean 'Log'?)", "/nowhere' can't be used",
+          "/nodir/log' can't be written: there is no", "P ERR_FILE_NOT_WRITABLE",
+          "/no' can't be used", "ERR_LIBRARY_NOT_FOUND",
+          "/bad.yaml:1:13: the field 'A' has the unknown type",
           "Functions.G.Module ERR_MODULE_NOT_USABLE", "Functions.H.Module ERR_LIFE_CYCLE",
           "Functions.I.Module ERR_LIFE_CYCLE"}) {
         EXPECT_EQ(count(problems, part), 1U) << part << " in\n" << problems;
     }
+    EXPECT_EQ(directoryM.read("out"), "r.yaml: 10 problems found, 1 warning\n");
 }
 
 TEST_F(Service, SummarisesForPeopleAndPrograms) {
@@ -283,13 +292,19 @@ TEST_F(Service, ShowsItsProgressOnATerminalOnly) {
     HostProcess host(directoryM.path(), {"run", "r.yaml"}, -1, terminal);
     openGate(1);
     std::string shown;
-    while (shown.find("2 EDRs, ") == std::string::npos) {
-        char buffer[512];
-        auto const count = ::read(master, buffer, sizeof buffer);
-        ASSERT_GT(count, 0);
-        shown.append(buffer, static_cast<std::size_t>(count));
-    }
+    auto const waitFor = [&](char const* text) {
+        while (shown.find(text) == std::string::npos) {
+            char buffer[512];
+            auto const count = ::read(master, buffer, sizeof buffer);
+            ASSERT_GT(count, 0);
+            shown.append(buffer, static_cast<std::size_t>(count));
+        }
+    };
+    waitFor("2 EDRs, ");
     EXPECT_THAT(shown, testing::ContainsRegex("2 EDRs, [0-9]+ EDRs/s, 100 % done, 0 rejected"));
+    winsize const narrow = {24, 12, 0, 0};
+    ASSERT_EQ(::ioctl(master, TIOCSWINSZ, &narrow), 0);
+    waitFor("\x1b[K2 EDRs, 0 E\r"); // cut, so that it can be erased
     openGate(1);
     EXPECT_EQ(host.wait(), 0);
     ::close(terminal);
