@@ -19,8 +19,9 @@ void require(RWDBReader const& reader, char const* table) {
 
 } // namespace
 
-TableLoader::TableLoader(RWDBConnection const& connection, TextPool& texts, RowReport report)
-    : connectionM(connection), textsM(texts), reportM(std::move(report)) {
+TableLoader::TableLoader(RWDBConnection connection, TextPool& texts, RowReport report)
+    : connectionM(std::move(connection)), textsM(texts), reportM(std::move(report)) {
+    connectionM.beginSnapshot();
 }
 
 RWDBReader TableLoader::open(char const* table) const {

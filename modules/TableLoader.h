@@ -47,8 +47,9 @@ using RowFault = std::function<std::string(Row const&)>;
 
 class TableLoader {
 public:
-    // Connection and pool stay the caller's.
-    TableLoader(RWDBConnection const& connection, TextPool& texts, RowReport report);
+    // All tables are read from one state of the database. The connection is used for nothing else;
+    // the pool stays the caller's.
+    TableLoader(RWDBConnection connection, TextPool& texts, RowReport report);
 
     template <class Row>
     std::vector<Row> load(Table<Row> const& table, RowFault<Row> const& fault = {});
@@ -83,7 +84,7 @@ private:
     template <class Row>
     std::string keyOf(Table<Row> const& table, Row const& row) const;
 
-    RWDBConnection const& connectionM;
+    RWDBConnection connectionM;
     TextIntake textsM;
     RowReport reportM;
     std::vector<Cell> cellsM;

@@ -138,3 +138,18 @@ RWDBConnection::RWDBConnection(RWCString const& connectionString) {
 RWDBDatabase RWDBConnection::database() const {
     return RWDBDatabase(*this);
 }
+
+void RWDBConnection::beginSnapshot() {
+    if (!isValid()) {
+        return;
+    }
+    try {
+        sessionM->begin();
+        // SQLite has but one level, which is that, and no statement for it.
+        if (sessionM->get_backend_name() != "sqlite3") {
+            *sessionM << "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ";
+        }
+    } catch (std::exception const& error) {
+        statusM = RWDBStatus(error.what());
+    }
+}

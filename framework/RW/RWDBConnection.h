@@ -25,6 +25,10 @@ public:
 
     RWDBDatabase database() const;
 
+    // Has all that is read from now on come from one state of the database, whatever others write
+    // meanwhile. Holds until the connection is closed; once for a connection.
+    void beginSnapshot();
+
 private:
     friend class RWDBReader;
 
