@@ -15,6 +15,25 @@
 
 namespace host {
 
+namespace {
+
+BAS::RegistryEntry const* subtree(BAS::RegistryEntry const& root, BAS::String const& name) {
+    auto const parts = name.split('.');
+    auto const* entry = &root;
+    for (std::size_t i = 1; i < parts.entries() && entry != nullptr; ++i) {
+        entry = entry->find(parts[i]);
+    }
+    return entry;
+}
+
+bool hasValue(BAS::RegistryEntry const& entry, BAS::String const& value) {
+    return entry.value() == value ||
+           std::any_of(entry.children().begin(), entry.children().end(),
+                       [&](auto const& child) { return hasValue(*child, value); });
+}
+
+} // namespace
+
 Host::Host(Registry registry, ModuleLoader loader, BAS::LogSink& log,
            BAS::Status::Severity leastSeverity)
     : registryM(std::move(registry)), loaderM(std::move(loader)), logM(log),
@@ -74,7 +93,12 @@ void Host::checkDirectory(std::optional<std::filesystem::path> const& directory,
 
 void Host::buildDataPool() {
     for (auto const& module : registryM.configuration.dataPool) {
-        load(module, ModuleKind::data);
+        if (load(module, ModuleKind::data) == nullptr) {
+            // As modules refer to it: by its own name or its full one.
+            auto const fullName = BAS::RegisteredObject::dirName(module.registeredName);
+            absentM.emplace_back(fullName.view().substr(fullName.view().rfind('.') + 1));
+            absentM.push_back(fullName);
+        }
     }
 }
 
@@ -134,6 +158,9 @@ void Host::warnOfUnreadKeys() {
 }
 
 BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind kind) {
+    if (isLeftOut(module)) {
+        return nullptr;
+    }
     try {
         objectsM.push_back(loaderM.load(module, kind));
         return objectsM.back().get();
@@ -145,6 +172,20 @@ BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind 
                                        {module.moduleName, currentExceptionText()}));
     }
     return nullptr;
+}
+
+// Its start would only tell once more what is known.
+bool Host::isLeftOut(ModuleConfiguration const& module) {
+    auto const* const own = subtree(*registryM.root, module.registeredName);
+    auto const absent = std::find_if(absentM.begin(), absentM.end(), [&](auto const& reference) {
+        return own != nullptr && hasValue(*own, reference);
+    });
+    if (absent == absentM.end()) {
+        return false;
+    }
+    logM.write(makeStatus(BAS::Status::info, module.registeredName, "MSG_MODULE_LEFT_OUT",
+                          {module.moduleName, absent->str()}));
+    return true;
 }
 
 void Host::logSummaries() const {

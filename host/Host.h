@@ -31,7 +31,8 @@ public:
     // else those of the pipelines' descriptions and logs, else those of the plug-ins.
     void start();
     // Does the same to find all problems: goes on with what can still be started, and returns what
-    // is wrong.
+    // is wrong. What refers to a data module that can't be had is left out, so that one database
+    // out of reach is one problem.
     std::vector<BAS::Status> check();
 
     HostConfiguration const& configuration() const noexcept { return registryM.configuration; }
@@ -60,6 +61,7 @@ private:
     void startLifeCycle();
     void warnOfUnreadKeys();
     BAS::RegisteredObject* load(ModuleConfiguration const& module, ModuleKind kind);
+    bool isLeftOut(ModuleConfiguration const& module);
     PipelineRunner* pipelineOf(BAS::String const& object) const;
     std::string unknownObjectText(BAS::String const& object) const;
 
@@ -77,6 +79,7 @@ private:
     std::optional<LifeCycle> lifeCycleM;
     WriteWatch writeWatchM;             // of the commands
     std::vector<BAS::Status> problemsM; // of the start
+    std::vector<BAS::String> absentM;   // references to data modules that can't be had
 };
 
 } // namespace host

@@ -55,6 +55,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_PROGRAM_FAILED", "The program ends: %1"},
     {"ERR_MODULE_KIND_WRONG", "The module '%1' is of the wrong kind: expected %2, got %3."},
     {"ERR_MODULE_NOT_USABLE", "The module '%1' isn't usable: %2"},
+    {"MSG_MODULE_LEFT_OUT", "The module '%1' isn't loaded: it refers to '%2', which isn't usable."},
     {"ERR_LIFE_CYCLE", "The operation '%1' failed: %2"},
     {"ERR_REG_KEY_UNREAD", "The module started without reading the registry key '%1'."},
     {"MSG_STARTED", "Started; data modules: %1, pipelines: %2."},
