@@ -31,7 +31,7 @@ CREATE TABLE KWL_EDRC_FIELD (
 
 -- Which field stands for a reference, for each service and EDR container description.
 CREATE TABLE KWL_ALIAS_MAP (
-    KEY_ID    VARCHAR(255),  -- internal service code
+    KEY_ID    VARCHAR(255),  -- internal service code; NULL: that of events without one
     REFERENCE VARCHAR(255),  -- what the field is used as, such as Account_CustA
     EDRC_DESC VARCHAR(255),  -- as in KWL_PIPELINE
     FIELD_ID  BIGINT         -- as in KWL_EDRC_FIELD

@@ -213,7 +213,6 @@ TEST_P(DatabaseErrors, StopTheStart) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, DatabaseErrors,
     testing::Values(
-        DatabaseCase{"NoTable", "DROP TABLE KWL_ALIAS_MAP;", "no such table: KWL_ALIAS_MAP", ""},
         DatabaseCase{"NoRowForThePipeline", "DELETE FROM KWL_PIPELINE WHERE PIPELINE = 'Main';",
                      "ERR_EMPTY_SERVICE_FIELD_MAP(4) [Main]" + at, ""},
         DatabaseCase{"FailsWhileRowsAreRead",

@@ -195,13 +195,3 @@ TEST_F(Modules, neverMakeADatabaseFile) {
     EXPECT_FALSE(account->isUsable());
     EXPECT_FALSE(std::filesystem::exists(file));
 }
-
-TEST_F(Modules, passOnWhatTheDriverSays) {
-    registry.add("DataPool.Other.Module.Connection", "nosuch://db=x password=geheim");
-    auto const other = started("DBC_Database", "Other");
-    EXPECT_FALSE(other->isUsable());
-    EXPECT_THAT(registry.log.entries(),
-                ElementsAre(testing::AllOf(
-                    testing::StartsWith("ERR_DATABASE(5) [cannot open the database 'nosuch://db=x"),
-                    testing::Not(testing::HasSubstr("geheim")))));
-}
