@@ -45,7 +45,9 @@ void CommandDirectory::requireSafe(std::filesystem::path const& directory) {
     bool const isOwnersOnly = (found.st_mode & (S_IWGRP | S_IWOTH)) == 0;
     if (!isOwnersOnly || (found.st_uid != ::geteuid() && found.st_uid != 0)) {
         throw makeStatus(BAS::Status::critical, {}, "ERR_DIRECTORY_NOT_PRIVATE",
-                         {directory.string()});
+                         {directory.string(), std::to_string(found.st_uid),
+                          fmt::format("{:04o}", found.st_mode & 07777),
+                          std::to_string(::geteuid())});
     }
 }
 

@@ -6,6 +6,7 @@
 #include "YamlTree.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 
@@ -62,8 +63,9 @@ void writeWholeFile(std::filesystem::path const& file, std::string_view text) {
     auto const temporary = file.parent_path() / ("." + file.filename().string() + ".tmp");
     FileDescriptor const descriptor(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    if (!descriptor.isOpen() || !writeAll(descriptor.number(), text) ||
-        ::rename(temporary.c_str(), file.c_str()) != 0) {
+    // Root sends commands to hosts of other users, whatever its mask.
+    if (!descriptor.isOpen() || ::fchmod(descriptor.number(), 0644) != 0 ||
+        !writeAll(descriptor.number(), text) || ::rename(temporary.c_str(), file.c_str()) != 0) {
         auto const error = errno;
         ::unlink(temporary.c_str());
         throw fileStatus("ERR_FILE_NOT_WRITABLE", file, error);

@@ -19,25 +19,35 @@ namespace {
 constexpr char const* description =
     "Runs the function plug-ins of an event rating pipeline without the production host.";
 constexpr char const* exitCodes =
-    "Exit codes: 0 done; 1 done, but input was rejected, a command was not handled or a plug-in "
-    "threw; 2 usage; 3 start-up failed; 4 input or output failed; 75 no host answered in time; 130 "
-    "ended by a second signal.\n";
+    "Exit codes:\n"
+    "  0    done\n"
+    "  1    done, but input was rejected, a command was not handled or a plug-in threw\n"
+    "  2    the command line is wrong\n"
+    "  3    the start failed\n"
+    "  4    an input or output failed\n"
+    "  75   no host answered in time\n"
+    "  130  ended by a second signal\n\n"
+    "pipeline-host COMMAND --help tells its options and shows examples.\n";
 constexpr char const* runExamples =
-    "Inputs are those of the registry. With an input directory the host runs until SIGTERM or "
-    "SIGINT.\n\nExamples:\n"
+    "Inputs are those of the registry. With an input directory the host runs until SIGTERM\n"
+    "or SIGINT. Results go to standard output, everything else to the log.\n\nExamples:\n"
     "  pipeline-host run registry.yaml\n"
     "  pipeline-host run registry.yaml --json --at-end \\\n"
     "      \"host.Pipelines.Main.Functions.DataDump.Module DumpEvents='/tmp/my events.txt'\"\n";
-constexpr char const* checkExamples = "Example:\n  pipeline-host check registry.yaml\n";
+constexpr char const* checkExamples =
+    "Every problem is told, and warnings; nothing is run and no log file is written.\n\nExamples:\n"
+    "  pipeline-host check registry.yaml\n"
+    "  runuser -u pipeline-host -- pipeline-host check /etc/pipeline-host/main/registry.yaml\n";
 constexpr char const* sendExamples =
-    "Examples:\n"
+    "The command goes through the command directory of the registry.\n\nExamples:\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
     "      DumpEvents=/tmp/events.txt\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
     "      ClearData --timeout 5\n";
 constexpr char const* generateExamples =
-    "Customers, services, discounts and sponsors are distributed by Zipf's law with the exponent "
-    "1. The same options make the same files.\n\nExamples:\n"
+    "The directory gets EDRs, a registry, the EDR description and the database scripts that\n"
+    "belong to them. Customers, services, discounts and sponsors are distributed by Zipf's law\n"
+    "with the exponent 1. The same options make the same files.\n\nExamples:\n"
     "  pipeline-host generate --output /tmp/day\n"
     "  pipeline-host generate --output /tmp/big --events 1000000 --customers 50000 --seed 7\n";
 
@@ -94,20 +104,22 @@ BAS::Status::Severity parsedLevel(std::string const& name) {
 }
 
 void addRun(CLI::App& app, Texts& texts, CommandLine& commandLine) {
-    auto& run = *app.add_subcommand(
-        "run", "Run the pipelines until their inputs end; results go to standard output, "
-               "everything else to the log");
+    auto& run = *app.add_subcommand("run", "Run the pipelines until their inputs end");
     run.footer(runExamples);
-    run.add_option("REGISTRY", texts.registry, "The registry file")->required();
+    run.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
     run.add_option("--at-end", texts.atEnd,
-                   "A command after the last input: \"OBJECT KEY[=VALUE] ...\", with quotes around "
-                   "values that hold blanks; may be given again")
+                   "OBJECT KEY[=VALUE]... as one text, carried out after the last input; "
+                   "may be given again")
+        ->type_name("COMMAND")
         ->allow_extra_args(false);
     run.add_flag("--quiet", commandLine.isQuiet, "No progress line and no summary");
     run.add_flag("--json", commandLine.isJson,
                  "Results of commands and the summary as one line of JSON")
         ->excludes("--quiet");
-    run.add_option("--log-level", texts.logLevel, "Log only what is at least that severe")
+    run.add_option("--log-level", texts.logLevel,
+                   "Log only what is at least that severe: debug, info, notice, warning, error, "
+                   "critical")
+        ->type_name("LEVEL")
         ->default_str("info");
 }
 
@@ -115,38 +127,46 @@ void addCheck(CLI::App& app, Texts& texts) {
     auto& check =
         *app.add_subcommand("check", "Start everything, report every problem, run nothing");
     check.footer(checkExamples);
-    check.add_option("REGISTRY", texts.registry, "The registry file")->required();
+    check.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
 }
 
 void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
-    auto& send = *app.add_subcommand(
-        "send", "Give a running host a command, through the command directory of its registry, "
-                "and wait for the result");
+    auto& send =
+        *app.add_subcommand("send", "Give a running host a command and wait for its result");
     send.footer(sendExamples);
-    send.add_option("REGISTRY", texts.registry, "The registry file of the host")->required();
-    send.add_option("OBJECT", texts.object, "The registered object")->required();
-    send.add_option("KEY", texts.keys, "KEY[=VALUE], with the rest of the text as the value")
+    send.add_option("REGISTRY", texts.registry, "The registry file of the host")
+        ->type_name("")
         ->required();
-    send.add_option("--timeout", texts.timeout, "How many seconds to wait")
+    send.add_option("OBJECT", texts.object, "The registered object")->type_name("")->required();
+    send.add_option("KEY", texts.keys, "KEY[=VALUE], with the rest of the text as the value")
+        ->type_name("")
+        ->required();
+    send.add_option("--timeout", texts.timeout, "How long to wait")
+        ->type_name("SECONDS")
         ->default_val(commandLine.timeout.count())
-        ->check(CLI::Range(0.0, 1e9));
+        ->check(CLI::Range(0.0, 1e9).description(""));
 }
 
 void addGenerate(CLI::App& app, GenerateOptions& options) {
     auto& generate = *app.add_subcommand(
-        "generate", "Make a believable day of EDRs with the registry, the EDR description and the "
-                    "database scripts that belong to them");
+        "generate", "Make a believable day of EDRs and all that is needed to run them");
     generate.footer(generateExamples);
     generate
         .add_option("--output", options.output, "The directory of the files, made when missing")
+        ->type_name("DIRECTORY")
         ->capture_default_str();
-    generate.add_option("--events", options.events, "How many detail EDRs")
+    generate.add_option("--events", options.events, "How many detail EDRs, up to 1000000000")
+        ->type_name("NUMBER")
         ->capture_default_str()
-        ->check(CLI::Range(std::uint64_t{0}, GenerateOptions::mostEvents));
-    generate.add_option("--customers", options.customers, "How many customers they come from")
+        ->check(CLI::Range(std::uint64_t{0}, GenerateOptions::mostEvents).description(""));
+    generate
+        .add_option("--customers", options.customers,
+                    "How many customers they come from, up to 10000000")
+        ->type_name("NUMBER")
         ->capture_default_str()
-        ->check(CLI::Range(std::uint32_t{1}, GenerateOptions::mostCustomers));
+        ->check(CLI::Range(std::uint32_t{1}, GenerateOptions::mostCustomers).description(""));
     generate.add_option("--seed", options.seed, "Another number makes other files")
+        ->type_name("NUMBER")
         ->capture_default_str();
     generate.add_flag("--force", options.isForced, "Replace files that are there");
 }

@@ -46,8 +46,9 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_MODULE_ENTRY_FAILED", "The entry '%2' of the library '%1' failed: %3"},
     {"ERR_DIRECTORY_NOT_USABLE", "The directory '%1' can't be used: %2"},
     {"ERR_DIRECTORY_NOT_PRIVATE",
-     "The directory '%1' can't be used for commands: it must belong to the user or to root, and "
-     "neither group nor others may write in it."},
+     "The directory '%1' can't be used for commands: it must belong to the user of the host, which "
+     "is %4 here, or to root, and neither group nor others may write in it; it belongs to user %2 "
+     "and has the mode %3."},
     {"ERR_DIRECTORY_IN_USE", "The directory '%1' is in use by another host or pipeline."},
     {"ERR_NO_COMMAND_DIRECTORY",
      "The registry '%1' has no command directory: expected 'Commands: {Directory: ...}'."},
