@@ -13,6 +13,8 @@ namespace {
 using simdjson::ondemand::json_type;
 
 constexpr int maxDepthOfIgnored = 64;
+// So many members of the expected order may be missing before the next one is looked up.
+constexpr int maxMissing = 4;
 
 struct RecordKindName {
     std::string_view name;
@@ -81,7 +83,7 @@ bool isNumber(std::string_view text) {
     return text.empty();
 }
 
-std::string_view numberText(simdjson::ondemand::value value) {
+std::string_view numberText(simdjson::ondemand::value& value) {
     std::string_view token = value.raw_json_token();
     token = token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
     if (!isNumber(token)) {
@@ -90,27 +92,29 @@ std::string_view numberText(simdjson::ondemand::value value) {
     return token;
 }
 
-void requireNull(simdjson::ondemand::value value) {
+void requireNull(simdjson::ondemand::value& value) {
     if (!value.is_null().value()) {
         throw simdjson::simdjson_error(simdjson::N_ATOM_ERROR);
     }
 }
 
 // Goes over a value that isn't taken, to see that it is JSON.
-void passOver(simdjson::ondemand::value value, int depth) {
+void passOver(simdjson::ondemand::value& value, int depth) {
     if (depth > maxDepthOfIgnored) {
         throw simdjson::simdjson_error(simdjson::DEPTH_ERROR);
     }
     switch (value.type().value()) {
     case json_type::array:
         for (auto item : value.get_array()) {
-            passOver(item.value(), depth + 1);
+            simdjson::ondemand::value element = item.value();
+            passOver(element, depth + 1);
         }
         return;
     case json_type::object:
-        for (auto member : value.get_object()) {
+        for (auto result : value.get_object()) {
+            auto&& member = std::move(result).take_value();
             static_cast<void>(member.unescaped_key().value());
-            passOver(member.value().value(), depth + 1);
+            passOver(member.value(), depth + 1);
         }
         return;
     case json_type::number:
@@ -148,12 +152,19 @@ EdrLineParser::EdrLineParser(EDR::Description const& description)
             members[lastPart(description.blockKinds()[child].path)].block = EDR::BlockIndex(child);
         }
     }
+    layoutsM[EDR::Description::root().blockKind()].members[recordMember];
+    for (auto& layout : layoutsM) {
+        for (auto& [name, member] : layout.members) {
+            member.name = name;
+        }
+    }
 }
 
 void EdrLineParser::parse(std::string_view line, EDR::Container& container) {
     newUnknownFieldsM.clear();
     pathM.clear();
     lineM = line;
+    hasEscapesM = line.find('\\') != std::string_view::npos;
     documentM.reset();
     try {
         parseRecord(line, container);
@@ -174,41 +185,69 @@ void EdrLineParser::parseRecord(std::string_view line, EDR::Container& container
     if (document.type().value() != json_type::object) {
         fail("expected a JSON object, which begins with '{'");
     }
-    parseBlock(document.get_object(), EDR::Description::root().blockKind(), container);
+    simdjson::ondemand::object object = document.get_object();
+    parseBlock(object, EDR::Description::root().blockKind(), container);
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
         fail("more text after the JSON object");
     }
 }
 
-void EdrLineParser::parseBlock(simdjson::ondemand::object object, std::uint32_t kind,
+void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t kind,
                                EDR::Container& container) {
     auto const objectNumber = ++objectsM;
-    bool const isRoot = kind == EDR::Description::root().blockKind();
-    auto& members = layoutsM[kind].members;
-    for (auto entry : object) {
-        std::string_view const name = entry.unescaped_key();
-        simdjson::ondemand::value value = entry.value();
-        pathM.push_back({name, std::nullopt});
-        auto const found = members.find(name);
-        if (isRoot && name == recordMember) {
-            requireFirst(recordKindSeenInM, objectNumber);
-            parseRecordKind(value, container);
-        } else if (found == members.end()) {
-            parseUnknown(value, name, kind);
+    auto& layout = layoutsM[kind];
+    auto* previous = &layout.beforeFirst;
+    for (auto result : object) {
+        auto&& entry = std::move(result).take_value();
+        auto* const member = findMember(entry, layout, *previous);
+        if (member == nullptr) {
+            parseUnknown(entry.value(), kind);
         } else {
-            auto& member = found->second;
-            requireFirst(member.seenIn, objectNumber);
-            if (member.field.isValid()) {
-                parseField(value, member.field, container);
-            } else {
-                parseBlocks(value, member.block, container);
-            }
+            requireFirst(member->seenIn, objectNumber);
+            parseMember(entry.value(), *member, container);
+            previous = member;
         }
         pathM.pop_back();
     }
 }
 
-void EdrLineParser::parseBlocks(simdjson::ondemand::value value, EDR::BlockIndex const& block,
+EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entry,
+                                                 BlockLayout& layout, Member& previous) {
+    if (!hasEscapesM) {
+        char const* const key = entry.key().raw();
+        std::string_view const rest(key, static_cast<std::size_t>(lineM.end() - key));
+        auto* expected = previous.next;
+        for (int missing = 0; expected != nullptr && missing <= maxMissing; ++missing) {
+            auto const end = expected->name.size();
+            if (end < rest.size() && rest[end] == '"' && rest.starts_with(expected->name)) {
+                pathM.push_back({expected->name, std::nullopt});
+                return expected;
+            }
+            expected = expected->next;
+        }
+    }
+    std::string_view const name = entry.unescaped_key();
+    pathM.push_back({name, std::nullopt});
+    auto const found = layout.members.find(name);
+    if (found == layout.members.end()) {
+        return nullptr;
+    }
+    previous.next = &found->second;
+    return previous.next;
+}
+
+void EdrLineParser::parseMember(simdjson::ondemand::value& value, Member const& member,
+                                EDR::Container& container) {
+    if (member.field.isValid()) {
+        parseField(value, member.field, container);
+    } else if (member.block.isValid()) {
+        parseBlocks(value, member.block, container);
+    } else {
+        parseRecordKind(value, container);
+    }
+}
+
+void EdrLineParser::parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
                                 EDR::Container& container) {
     auto const type = value.type().value();
     if (type == json_type::null) {
@@ -226,15 +265,16 @@ void EdrLineParser::parseBlocks(simdjson::ondemand::value value, EDR::BlockIndex
             fail("expected an object, not " + std::string(typeName(elementType)));
         }
         container.addBlock(block);
-        parseBlock(element.get_object(), block.blockKind(), container);
+        simdjson::ondemand::object object = element.get_object();
+        parseBlock(object, block.blockKind(), container);
     }
 }
 
-void EdrLineParser::parseField(simdjson::ondemand::value value, EDR::Index const& field,
+void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
                                EDR::Container& container) {
     switch (auto const type = value.type().value()) {
     case json_type::string:
-        container.setField(field, value.get_string().value());
+        container.setField(field, text(value));
         return;
     case json_type::number:
         container.setField(field, numberText(value));
@@ -247,7 +287,17 @@ void EdrLineParser::parseField(simdjson::ondemand::value value, EDR::Index const
     }
 }
 
-void EdrLineParser::parseRecordKind(simdjson::ondemand::value value, EDR::Container& container) {
+// The text of a string; where it lies in the line, if it can.
+std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
+    if (hasEscapesM) {
+        return value.get_string();
+    }
+    std::string_view const token = value.raw_json_token();
+    static_cast<void>(value.get_raw_json_string().value()); // goes on behind it
+    return token.substr(1, token.rfind('"') - 1);
+}
+
+void EdrLineParser::parseRecordKind(simdjson::ondemand::value& value, EDR::Container& container) {
     std::string_view name;
     auto const at = column();
     if (value.type().value() == json_type::string) {
@@ -261,8 +311,8 @@ void EdrLineParser::parseRecordKind(simdjson::ondemand::value value, EDR::Contai
     container.setRecordKind(found->kind);
 }
 
-void EdrLineParser::parseUnknown(simdjson::ondemand::value value, std::string_view name,
-                                 std::uint32_t kind) {
+void EdrLineParser::parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind) {
+    auto const name = pathM.back().name;
     auto& unknownNames = layoutsM[kind].unknownNames;
     if (unknownFieldsM < maxUnknownFields && unknownNames.find(name) == unknownNames.end()) {
         ++unknownFieldsM;

@@ -62,14 +62,19 @@ private:
             return std::hash<std::string_view>{}(name);
         }
     };
-    // A field, or a block when the field isn't valid.
+    // A field, a block when the field isn't valid, or else the record's kind.
     struct Member {
+        std::string_view name;
         EDR::Index field;
         EDR::BlockIndex block;
         // The object that had this member last.
         std::uint64_t seenIn = 0;
+        // The one that is expected to come behind this one, as in an earlier object; null when it
+        // isn't known.
+        Member* next = nullptr;
     };
     struct BlockLayout {
+        Member beforeFirst;
         std::unordered_map<std::string, Member, NameHash, std::equal_to<>> members;
         std::unordered_set<std::string, NameHash, std::equal_to<>> unknownNames;
     };
@@ -80,14 +85,19 @@ private:
     };
 
     void parseRecord(std::string_view line, EDR::Container& container);
-    void parseBlock(simdjson::ondemand::object object, std::uint32_t kind,
+    void parseBlock(simdjson::ondemand::object& object, std::uint32_t kind,
                     EDR::Container& container);
-    void parseBlocks(simdjson::ondemand::value value, EDR::BlockIndex const& block,
+    // Puts the member's name on the path; null when the description doesn't know it.
+    Member* findMember(simdjson::ondemand::field& entry, BlockLayout& layout, Member& previous);
+    void parseMember(simdjson::ondemand::value& value, Member const& member,
                      EDR::Container& container);
-    void parseField(simdjson::ondemand::value value, EDR::Index const& field,
+    void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
+                     EDR::Container& container);
+    void parseField(simdjson::ondemand::value& value, EDR::Index const& field,
                     EDR::Container& container);
-    void parseRecordKind(simdjson::ondemand::value value, EDR::Container& container);
-    void parseUnknown(simdjson::ondemand::value value, std::string_view name, std::uint32_t kind);
+    std::string_view text(simdjson::ondemand::value& value) const;
+    void parseRecordKind(simdjson::ondemand::value& value, EDR::Container& container);
+    void parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind);
     void requireFirst(std::uint64_t& seenIn, std::uint64_t object);
     std::string path() const;
     // Of the value that comes next.
@@ -100,6 +110,7 @@ private:
     simdjson::ondemand::parser parserM;
     // The line at hand; the document is none as long as the line doesn't look like JSON.
     std::string_view lineM;
+    bool hasEscapesM = false; // without any, names and texts are taken as they lie in the line
     std::optional<simdjson::ondemand::document> documentM;
     std::vector<BlockLayout> layoutsM; // one for each block kind
     std::uint64_t recordKindSeenInM = 0;
