@@ -1,93 +1,80 @@
 #include "EdrInput.h"
 
 #include "BAS/LogSink.h"
-#include "MessageCatalogue.h"
+
+#include <utility>
 
 namespace host {
 
-namespace {
-
-constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
-
-// The line without what editors put in front of a file.
-std::string_view jsonOf(LineReader const& lines) {
-    auto text = lines.line();
-    if (lines.number() == 1 && text.starts_with(byteOrderMark)) {
-        text.remove_prefix(byteOrderMark.size());
-    }
-    return text;
-}
-
-bool isBlank(std::string_view text) {
-    return text.find_first_not_of(" \t\r") == std::string_view::npos;
-}
-
-} // namespace
-
 EdrInput::EdrInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                   EDR::Description const& description, BAS::LogSink& log, Event const* stop,
-                   InputPosition const& start)
-    : pipelineM(pipeline.registeredName), nameM(input.file.string()),
-      maxLineLengthM(pipeline.maxLineLength), logM(log), fileM(input.file, stop),
-      linesM(fileM, maxLineLengthM, EdrLineParser::padding), parserM(description),
-      rejectFileM(input.rejectFile, start.rejectedBytes) {
-    while (linesM.offset() < start.bytes && linesM.nextLine()) {
-        while (linesM.nextPiece()) {
+                   EDR::Description const& description, BAS::LogSink& log, EdrPortions& portions,
+                   Event const* stop, InputPosition const& start)
+    : logM(log), readerM(input, pipeline, description, {stop, &abandonedM}, start.bytes),
+      rejectFileM(input.rejectFile, start.rejectedBytes), offsetM(start.bytes),
+      emptyM(portions.size()), filledM(portions.size()) {
+    for (auto& portion : portions) {
+        emptyM.put(&portion);
+    }
+    readAheadM = std::jthread([this] { readAhead(); });
+}
+
+EdrInput::~EdrInput() {
+    abandonedM.set();
+    emptyM.close();
+}
+
+// The reader's thread.
+void EdrInput::readAhead() {
+    while (auto const portion = emptyM.take()) {
+        readerM.read(**portion);
+        bool const isLast = (*portion)->isLast; // it is the pipeline's once it is handed over
+        filledM.put(*portion);
+        if (isLast) {
+            return;
         }
     }
 }
 
-bool EdrInput::next(EDR::Container& container) {
-    while (linesM.nextLine()) {
-        if (takeLine(container)) {
-            return true;
+bool EdrInput::next(std::unique_ptr<EDR::Container>& container) {
+    while (portionM == nullptr || takenM == portionM->edrCount) {
+        if (!nextPortion()) {
+            return false;
         }
     }
-    return false;
+    auto& edr = portionM->edrs[takenM++];
+    std::swap(container, edr.container);
+    offsetM = edr.end;
+    return true;
 }
 
-bool EdrInput::takeLine(EDR::Container& container) {
-    if (linesM.isTooLong()) {
-        rejectLine("the line is longer than " + std::to_string(maxLineLengthM) + " bytes");
-        return false;
-    }
-    auto const text = jsonOf(linesM);
-    if (isBlank(text)) {
-        return false;
-    }
-    try {
-        parserM.parse(text, container);
-        reportUnknownFields();
-        return true;
-    } catch (EdrLineError const& error) {
-        reportUnknownFields();
-        auto const before = static_cast<std::size_t>(text.data() - linesM.raw().data());
-        rejectLine(error.what(),
-                   error.column() ? std::optional(before + *error.column()) : std::nullopt);
-        return false;
-    }
-}
-
-void EdrInput::rejectLine(std::string const& reason, std::optional<std::size_t> column) {
-    auto const place =
-        std::to_string(linesM.number()) + (column ? ":" + std::to_string(*column) : std::string());
-    ++rejectedLinesM;
-    do {
-        rejectFileM.append(linesM.raw());
-    } while (linesM.nextPiece());
-    logM.write(makeStatus(BAS::Status::warning, pipelineM, "ERR_EDR_REJECTED",
-                          {nameM, place, reason, rejectFileM.path().string()}));
-}
-
-void EdrInput::reportUnknownFields() {
-    for (auto const& field : parserM.newUnknownFields()) {
-        logM.write(makeStatus(BAS::Status::warning, pipelineM, "ERR_EDR_FIELD_UNKNOWN",
-                              {nameM, std::to_string(linesM.number()), field}));
-        if (++unknownFieldsM == EdrLineParser::maxUnknownFields) {
-            logM.write(makeStatus(BAS::Status::warning, pipelineM, "ERR_EDR_FIELDS_UNKNOWN",
-                                  {nameM, std::to_string(linesM.number()),
-                                   std::to_string(EdrLineParser::maxUnknownFields)}));
+bool EdrInput::nextPortion() {
+    if (portionM != nullptr) {
+        finishPortion();
+        if (portionM->isLast) {
+            return false;
         }
+        emptyM.put(portionM);
+    }
+    portionM = *filledM.take();
+    takenM = 0;
+    bytesReadM = portionM->bytesRead;
+    return true;
+}
+
+// What stands behind its EDRs.
+void EdrInput::finishPortion() {
+    offsetM = portionM->end;
+    rejectedLinesM = portionM->rejectedLines;
+    if (!portionM->rejected.empty()) {
+        rejectFileM.append(portionM->rejected);
+        portionM->rejected = {}; // it may be huge, and the next one is far
+    }
+    for (auto const& message : portionM->messages) {
+        logM.write(message);
+    }
+    portionM->messages.clear();
+    if (portionM->failure != nullptr) {
+        std::rethrow_exception(std::exchange(portionM->failure, nullptr));
     }
 }
 

@@ -1,17 +1,21 @@
-// One input of a pipeline as a sequence of EDRs. A line that can't be taken is logged, kept in the
-// input's reject file and counted; the EDRs go on behind it. Fields that the EDR description
-// doesn't know are logged once for each name. Used by the pipeline's thread.
+// One input of a pipeline as a sequence of EDRs, which a thread of its own reads and parses ahead
+// of the pipeline. A line that can't be taken is logged, kept in the input's reject file and
+// counted when the pipeline comes there, as if it was only read then; the EDRs go on behind it.
+// Fields that the EDR description doesn't know are logged once for each name. Used by the
+// pipeline's thread.
 #pragma once
 
-#include "BAS/String.h"
-#include "EdrLineParser.h"
-#include "InputFile.h"
+#include "EdrPortion.h"
+#include "EdrReader.h"
+#include "Event.h"
+#include "HandOver.h"
 #include "InputStateFile.h"
-#include "LineReader.h"
 #include "Registry.h"
 #include "RejectFile.h"
 
 #include <cstdint>
+#include <memory>
+#include <thread>
 
 namespace BAS {
 class LogSink;
@@ -22,38 +26,45 @@ namespace host {
 class EdrInput {
 public:
     // Opens the input and goes on behind the start. Statuses bear the pipeline's registered name
-    // and go to the log, which stays the caller's, as the description does. Throws a BAS::Status
-    // when a file fails.
+    // and go to the log. What is given stays the caller's and must outlive the object, but for the
+    // names of the files; one input uses the portions at a time. Throws a BAS::Status when a file
+    // fails.
     EdrInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-             EDR::Description const& description, BAS::LogSink& log, Event const* stop = nullptr,
-             InputPosition const& start = {});
+             EDR::Description const& description, BAS::LogSink& log, EdrPortions& portions,
+             Event const* stop = nullptr, InputPosition const& start = {});
+    // What was read ahead is dropped.
+    ~EdrInput();
+    EdrInput(EdrInput const&) = delete;
+    EdrInput& operator=(EdrInput const&) = delete;
 
-    // Fills the container with the next EDR; false at the end of the input. Throws a BAS::Status
-    // when reading, or writing the reject file, fails, and InputStopped when stop is set while the
-    // input has nothing to read.
-    bool next(EDR::Container& container);
+    // Exchanges the container, which may be null, for the next EDR; false at the end of the input.
+    // Throws what reading throws: a BAS::Status when that, or writing the reject file, fails, and
+    // InputStopped when stop is set while the input has nothing to read.
+    bool next(std::unique_ptr<EDR::Container>& container);
 
     // Behind the last EDR and everything that was rejected before it.
-    InputPosition position() const noexcept { return {linesM.offset(), rejectFileM.size()}; }
-    // Of the file, compressed as it may be.
-    std::uint64_t bytesRead() const noexcept { return fileM.bytesRead(); }
+    InputPosition position() const noexcept { return {offsetM, rejectFileM.size()}; }
+    // Up to there or a little more; of the file, compressed as it may be.
+    std::uint64_t bytesRead() const noexcept { return bytesReadM; }
     std::uint64_t rejectedLines() const noexcept { return rejectedLinesM; }
 
 private:
-    bool takeLine(EDR::Container& container);
-    void rejectLine(std::string const& reason, std::optional<std::size_t> column = std::nullopt);
-    void reportUnknownFields();
+    void readAhead();
+    bool nextPortion();
+    void finishPortion();
 
-    BAS::String pipelineM;
-    std::string nameM;
-    std::size_t maxLineLengthM;
     BAS::LogSink& logM;
-    InputFile fileM;
-    LineReader linesM;
-    EdrLineParser parserM;
+    Event abandonedM; // ends the reader's waiting for bytes
+    EdrReader readerM;
     RejectFile rejectFileM;
+    EdrPortion* portionM = nullptr; // at hand
+    std::size_t takenM = 0;         // EDRs of it
+    std::uint64_t offsetM;
+    std::uint64_t bytesReadM = 0;
     std::uint64_t rejectedLinesM = 0;
-    std::size_t unknownFieldsM = 0;
+    HandOver<EdrPortion*> emptyM;
+    HandOver<EdrPortion*> filledM;
+    std::jthread readAheadM;
 };
 
 } // namespace host

@@ -42,8 +42,8 @@ BAS::Status damage(std::filesystem::path const& file, std::string const& reason)
 
 } // namespace
 
-InputFile::InputFile(std::filesystem::path file, Event const* stop)
-    : fileM(std::move(file)), stopM(stop),
+InputFile::InputFile(std::filesystem::path file, Ends ends)
+    : fileM(std::move(file)), endsM(ends),
       descriptorM(fileM == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                : ::open(fileM.c_str(), O_RDONLY | O_CLOEXEC)) {
     if (!descriptorM.isOpen()) {
@@ -112,11 +112,14 @@ bool InputFile::fillBuffer() {
 }
 
 void InputFile::waitForBytes() const {
-    if (stopM == nullptr) {
-        return;
-    }
-    waitForAny({descriptorM.number(), stopM->descriptor()});
-    if (stopM->isSet() && !waitForAny({descriptorM.number()}, std::chrono::steady_clock::now())) {
+    auto const descriptorOf = [](Event const* event) {
+        return event == nullptr ? -1 : event->descriptor();
+    };
+    auto const isSet = [](Event const* event) { return event != nullptr && event->isSet(); };
+    waitForAny({descriptorM.number(), descriptorOf(endsM.stop), descriptorOf(endsM.abandoned)});
+    if (isSet(endsM.abandoned) ||
+        (isSet(endsM.stop) &&
+         !waitForAny({descriptorM.number()}, std::chrono::steady_clock::now()))) {
         throw InputStopped();
     }
 }

@@ -14,19 +14,24 @@
 
 namespace host {
 
-// Thrown when the wait for bytes ends because the program is to end.
+// Thrown when the wait for bytes ends because the program is to end, or the input is abandoned.
 struct InputStopped {};
 
 class InputFile {
 public:
-    // The path "-" is standard input. The event, if there is one, ends the wait for bytes and must
-    // outlive the object. Throws a BAS::Status when the file can't be opened.
-    explicit InputFile(std::filesystem::path file, Event const* stop = nullptr);
+    // What ends the wait for bytes; null for nothing.
+    struct Ends {
+        Event const* stop = nullptr;      // when there are none
+        Event const* abandoned = nullptr; // at once
+    };
+
+    // The path "-" is standard input. The events must outlive the object. Throws a BAS::Status when
+    // the file can't be opened.
+    InputFile(std::filesystem::path file, Ends ends);
 
     // Waits for bytes and returns how many there are, 0 at the end. Throws a BAS::Status when
     // reading fails, and when compressed data are damaged or break off; what stands before that has
-    // then been returned by the calls before. Throws InputStopped when stop is set and it would
-    // have to wait.
+    // then been returned by the calls before. Throws InputStopped when an event ends the wait.
     std::size_t read(std::span<char> target);
 
     // How many bytes were read from the file, compressed as they may be.
@@ -42,7 +47,7 @@ private:
     std::size_t decompress(std::span<char> target);
 
     std::filesystem::path fileM;
-    Event const* stopM;
+    Ends endsM;
     FileDescriptor descriptorM;
     std::vector<char> bufferM;
     std::span<char const> pendingM; // of the buffer

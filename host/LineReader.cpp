@@ -30,7 +30,11 @@ bool LineReader::nextLine() {
 }
 
 bool LineReader::nextPiece() {
-    return !isCompleteM && takePiece();
+    if (isCompleteM) {
+        return false;
+    }
+    takePiece();
+    return true;
 }
 
 std::string_view LineReader::line() const noexcept {

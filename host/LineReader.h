@@ -29,6 +29,8 @@ public:
     // The bytes of the input up to the end of the line, or of the present piece of it.
     std::uint64_t offset() const noexcept { return offsetM; }
     bool isTooLong() const noexcept { return isTooLongM; }
+    // Whether the present piece, which may be empty, is the line's last.
+    bool isComplete() const noexcept { return isCompleteM; }
     // The line without its end; meaningless for a line that is too long.
     std::string_view line() const noexcept;
     // The line, or the present piece of it, with its end as it was read.

@@ -102,7 +102,8 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
     InputOutcome outcome{Ending::notOpened, {}};
     std::optional<EdrInput> edrs;
     try {
-        edrs.emplace(input.input, configurationM, descriptionM, logM, &stop, input.start);
+        edrs.emplace(input.input, configurationM, descriptionM, logM, portionsM, &stop,
+                     input.start);
         outcome.ending = readToEnd(*edrs, stop);
     } catch (InputStopped const&) {
         outcome.ending = Ending::stopped;
@@ -121,8 +122,8 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
 }
 
 PipelineRunner::Ending PipelineRunner::readToEnd(EdrInput& edrs, Event const& stop) {
-    for (auto* next = &nextContainer(); edrs.next(*next); next = &nextContainer()) {
-        batchM.append(next);
+    while (edrs.next(nextPlace())) {
+        batchM.append(poolM[batchM.entries()].get());
         if (batchM.entries() == configurationM.batchSize) {
             processBatch(edrs);
             if (stop.isSet()) {
@@ -133,12 +134,12 @@ PipelineRunner::Ending PipelineRunner::readToEnd(EdrInput& edrs, Event const& st
     return Ending::atEnd;
 }
 
-EDR::Container& PipelineRunner::nextContainer() {
+std::unique_ptr<EDR::Container>& PipelineRunner::nextPlace() {
     auto const place = batchM.entries();
     if (place == poolM.size()) {
-        poolM.push_back(std::make_unique<EDR::Container>(descriptionM));
+        poolM.emplace_back();
     }
-    return *poolM[place];
+    return poolM[place];
 }
 
 void PipelineRunner::processBatch(EdrInput const& edrs) {

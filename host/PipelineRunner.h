@@ -9,6 +9,7 @@
 #include "EDR/Container.h"
 #include "EDR/Description.h"
 #include "EDR/Factory.h"
+#include "EdrPortion.h"
 #include "FairLock.h"
 #include "InputDirectory.h"
 #include "LogFile.h"
@@ -83,7 +84,8 @@ private:
     void runDirectory(Event const& stop);
     InputOutcome runInput(DirectoryInput const& input, Event const& stop);
     Ending readToEnd(EdrInput& edrs, Event const& stop);
-    EDR::Container& nextContainer();
+    // For the next EDR of the batch.
+    std::unique_ptr<EDR::Container>& nextPlace();
     void processBatch(EdrInput const& edrs);
     std::uint64_t callFunctions();
     bool call(PLG::FunctionPlugIn& function);
@@ -98,6 +100,7 @@ private:
     std::optional<InputDirectory> directoryM;
     std::vector<PLG::FunctionPlugIn*> functionsM;
     FairLock lockM;
+    EdrPortions portionsM;                              // that are read ahead
     std::vector<std::unique_ptr<EDR::Container>> poolM; // one for each place in a batch
     RWTPtrOrderedVector<EDR::Container> batchM;
     mutable std::mutex countersLockM;

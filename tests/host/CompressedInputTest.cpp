@@ -51,11 +51,11 @@ protected:
     Outcome readAll(std::string const& name, std::string const& content) {
         Outcome outcome;
         host::EdrInput input({directoryM.write(name, content), path("reject")}, pipelineM,
-                             descriptionM, logM);
-        EDR::Container container(descriptionM);
+                             descriptionM, logM, portionsM);
+        std::unique_ptr<EDR::Container> container;
         try {
             while (input.next(container)) {
-                auto const text = container.getString(descriptionM.findField("DETAIL.A")).str();
+                auto const text = container->getString(descriptionM.findField("DETAIL.A")).str();
                 outcome.edrs += text.starts_with(std::to_string(outcome.edrs) + "-") ? 1 : 0;
             }
         } catch (BAS::Status& status) {
@@ -68,6 +68,7 @@ protected:
     host::PipelineConfiguration pipelineM;
     support::TemporaryDirectory directoryM;
     support::LogRecorder logM;
+    host::EdrPortions portionsM;
 };
 
 TEST_F(CompressedInput, ReadsAsTheTextThatWasCompressed) {

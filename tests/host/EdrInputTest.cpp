@@ -30,10 +30,9 @@ protected:
     std::vector<std::string> readAll(std::string const& text) {
         std::vector<std::string> edrs;
         host::EdrInput input({directoryM.write("in", text), rejectFile()}, pipelineM, descriptionM,
-                             logM);
-        EDR::Container container(descriptionM);
-        while (input.next(container)) {
-            edrs.push_back(render(container));
+                             logM, portionsM);
+        for (std::unique_ptr<EDR::Container> container; input.next(container);) {
+            edrs.push_back(render(*container));
         }
         rejectedM = input.rejectedLines();
         return edrs;
@@ -67,6 +66,7 @@ protected:
     host::PipelineConfiguration pipelineM;
     support::TemporaryDirectory directoryM;
     support::LogRecorder logM;
+    host::EdrPortions portionsM;
     std::uint64_t rejectedM = 0;
 
 private:

@@ -1,0 +1,39 @@
+// A part of an input on its way from the thread that reads it to the pipeline's: EDRs, and what was
+// wrong behind the last of them. Whoever has it at the time may use it; its storage is kept and
+// used again.
+#pragma once
+
+#include "BAS/Status.h"
+#include "EDR/Container.h"
+
+#include <array>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct EdrPortion {
+    struct Edr {
+        std::unique_ptr<EDR::Container> container; // null until it is needed
+        std::uint64_t end = 0;                     // of its line, in bytes of the input
+    };
+
+    std::vector<Edr> edrs; // of which the first edrCount are filled
+    std::size_t edrCount = 0;
+    std::string rejected; // a line behind the EDRs, or a piece of a long one, as it was read
+    std::vector<BAS::Status> messages;
+    // Where the input stands behind all of that.
+    std::uint64_t end = 0;           // in bytes of the input
+    std::uint64_t bytesRead = 0;     // of the file, compressed as they may be
+    std::uint64_t rejectedLines = 0; // since the start
+    bool isLast = false;
+    std::exception_ptr failure; // why it is the last, unless the input is at its end
+};
+
+// One for the pipeline, one for the reader and one on its way.
+using EdrPortions = std::array<EdrPortion, 3>;
+
+} // namespace host

@@ -1,0 +1,133 @@
+#include "EdrReader.h"
+
+#include "MessageCatalogue.h"
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+// So that a large batch, too, is processed while it is read, and the EDRs stay in the cache.
+constexpr std::size_t mostEdrs = 100;
+
+constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+
+// The line without what editors put in front of a file.
+std::string_view jsonOf(LineReader const& lines) {
+    auto text = lines.line();
+    if (lines.number() == 1 && text.starts_with(byteOrderMark)) {
+        text.remove_prefix(byteOrderMark.size());
+    }
+    return text;
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+void empty(EdrPortion& portion) {
+    portion.edrCount = 0;
+    portion.rejected.clear();
+    portion.messages.clear();
+    portion.isLast = false;
+    portion.failure = nullptr;
+}
+
+} // namespace
+
+EdrReader::EdrReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
+                     EDR::Description const& description, InputFile::Ends ends, std::uint64_t start)
+    : inputM(input), pipelineM(pipeline), descriptionM(description), fileM(input.file, ends),
+      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description),
+      roomM(pipeline.batchSize) {
+    while (linesM.offset() < start && linesM.nextLine()) {
+        while (linesM.nextPiece()) {
+        }
+    }
+}
+
+void EdrReader::read(EdrPortion& portion) noexcept {
+    empty(portion);
+    auto const most = std::min(roomM, mostEdrs);
+    try {
+        while (portion.edrCount < most && portion.rejected.empty() && portion.messages.empty() &&
+               !portion.isLast) {
+            readOn(portion);
+        }
+    } catch (...) {
+        portion.isLast = true;
+        portion.failure = std::current_exception();
+    }
+    roomM = portion.edrCount == roomM ? pipelineM.batchSize : roomM - portion.edrCount;
+    portion.end = linesM.offset();
+    portion.bytesRead = fileM.bytesRead();
+    portion.rejectedLines = rejectedLinesM;
+}
+
+void EdrReader::readOn(EdrPortion& portion) {
+    if (!linesM.nextPiece() && !linesM.nextLine()) {
+        portion.isLast = true;
+    } else if (linesM.isTooLong()) {
+        reject(portion,
+               "the line is longer than " + std::to_string(pipelineM.maxLineLength) + " bytes");
+    } else if (!isBlank(jsonOf(linesM))) {
+        takeLine(portion);
+    }
+}
+
+void EdrReader::takeLine(EdrPortion& portion) {
+    if (portion.edrCount == portion.edrs.size()) {
+        portion.edrs.emplace_back();
+    }
+    auto& edr = portion.edrs[portion.edrCount];
+    if (edr.container == nullptr) {
+        edr.container = std::make_unique<EDR::Container>(descriptionM);
+    }
+    auto const text = jsonOf(linesM);
+    try {
+        parserM.parse(text, *edr.container);
+        edr.end = linesM.offset();
+        ++portion.edrCount;
+        reportUnknownFields(portion);
+    } catch (EdrLineError const& error) {
+        reportUnknownFields(portion);
+        auto const before = static_cast<std::size_t>(text.data() - linesM.raw().data());
+        reject(portion, error.what(),
+               error.column() ? std::optional(before + *error.column()) : std::nullopt);
+    }
+}
+
+// Of a long line, piece by piece; the last one tells the reason.
+void EdrReader::reject(EdrPortion& portion, std::string const& reason,
+                       std::optional<std::size_t> column) {
+    portion.rejected = linesM.raw();
+    if (!linesM.isComplete()) {
+        return;
+    }
+    ++rejectedLinesM;
+    auto const place =
+        std::to_string(linesM.number()) + (column ? ":" + std::to_string(*column) : std::string());
+    portion.messages.push_back(
+        makeStatus(BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_REJECTED",
+                   {inputM.file.string(), place, reason, inputM.rejectFile.string()}));
+}
+
+void EdrReader::reportUnknownFields(EdrPortion& portion) {
+    if (parserM.newUnknownFields().empty()) {
+        return;
+    }
+    auto const& file = inputM.file.string();
+    auto const line = std::to_string(linesM.number());
+    for (auto const& field : parserM.newUnknownFields()) {
+        portion.messages.push_back(makeStatus(BAS::Status::warning, pipelineM.registeredName,
+                                              "ERR_EDR_FIELD_UNKNOWN", {file, line, field}));
+        if (++unknownFieldsM == EdrLineParser::maxUnknownFields) {
+            portion.messages.push_back(
+                makeStatus(BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_FIELDS_UNKNOWN",
+                           {file, line, std::to_string(EdrLineParser::maxUnknownFields)}));
+        }
+    }
+}
+
+} // namespace host

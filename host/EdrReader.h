@@ -1,0 +1,47 @@
+// Reads an input and parses it into portions. A portion ends with a full batch, with a line that
+// can't be taken or has fields that the EDR description doesn't know, and with the input: so nobody
+// waits for what comes later. Used by one thread at a time.
+#pragma once
+
+#include "BAS/String.h"
+#include "EdrLineParser.h"
+#include "EdrPortion.h"
+#include "InputFile.h"
+#include "LineReader.h"
+#include "Registry.h"
+
+#include <cstdint>
+
+namespace host {
+
+class EdrReader {
+public:
+    // Opens the input and goes on behind so many bytes of it. The pipeline, the description
+    // and the events must outlive the reader; the events end the waiting for bytes, as InputFile
+    // has it. Throws a BAS::Status when the file fails.
+    EdrReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
+              EDR::Description const& description, InputFile::Ends ends, std::uint64_t start);
+
+    // Makes the portion the next one of the input. What fails is left in the portion, behind what
+    // was read before.
+    void read(EdrPortion& portion) noexcept;
+
+private:
+    void readOn(EdrPortion& portion);
+    void takeLine(EdrPortion& portion);
+    void reject(EdrPortion& portion, std::string const& reason,
+                std::optional<std::size_t> column = std::nullopt);
+    void reportUnknownFields(EdrPortion& portion);
+
+    InputConfiguration inputM;
+    PipelineConfiguration const& pipelineM;
+    EDR::Description const& descriptionM;
+    InputFile fileM;
+    LineReader linesM;
+    EdrLineParser parserM;
+    std::size_t roomM; // in the batch at hand
+    std::uint64_t rejectedLinesM = 0;
+    std::size_t unknownFieldsM = 0;
+};
+
+} // namespace host
