@@ -1,12 +1,12 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test fuzz bench package golden format tidy clean packages
+.PHONY: help build demo test fuzz bench bench-host package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
 help: ## what can be made
-	@sed -n 's/^\([a-z]*\):.*## \(.*\)/  make \1\t\2/p' Makefile | expand -t 16
+	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' Makefile | expand -t 16
 
 packages:
 	@tools/install-packages
@@ -47,6 +47,13 @@ bench: packages ## measure the capture against other ways to keep events
 	build/bench/bin/capture_bench --benchmark_repetitions=5 --benchmark_min_time=0.3 \
 	    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true
 	build/bench/bin/report_bench
+
+bench-host: packages ## measure pipeline-host against simdjson alone, and what loading data takes
+	@tools/install-packages libbenchmark-dev libspdlog-dev
+	@cmake --preset bench -Wno-dev --log-level=WARNING
+	@cmake --build --preset bench --target host_bench modules_load modules/all
+	build/bench/bin/host_bench build/bench/bin/pipeline-host build/bench/edrs 200000 7 50
+	build/bench/bin/modules_load modules/reference-schema.sql build/bench/accounts.db
 
 package: build ## make the Debian package, in build/package
 	@cd build/release && cpack -B $(CURDIR)/build/package
