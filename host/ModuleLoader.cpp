@@ -74,10 +74,16 @@ void requireKind(ModuleConfiguration const& module, ModuleKind kind,
 }
 
 void requireUsable(ModuleConfiguration const& module, BAS::RegisteredObject& object) {
-    if (!object.isUsable()) {
-        throw failure(module, "ERR_MODULE_NOT_USABLE",
-                      {module.moduleName, statusText(object.status())});
+    std::string reason;
+    try {
+        if (object.isUsable()) {
+            return;
+        }
+        reason = statusText(object.status());
+    } catch (...) {
+        reason = currentExceptionText();
     }
+    throw failure(module, "ERR_MODULE_NOT_USABLE", {module.moduleName, reason});
 }
 
 } // namespace

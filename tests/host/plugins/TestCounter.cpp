@@ -25,6 +25,10 @@ public:
     bool shutdown() override { return traceM.step("shutdown"); }
     bool uninstall() override { return traceM.step("uninstall"); }
 
+    bool isUsable() override {
+        traceM.throwAt("isUsable");
+        return FunctionPlugIn::isUsable();
+    }
     bool isActive() const override { return traceM.step("isActive"); }
 
     bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) override {
@@ -32,6 +36,10 @@ public:
             traceM.passGate();
         }
         countM += batch.entries();
+        traceM.throwAt("batch " + std::to_string(++batchesM));
+        for (std::size_t i = 0; i < batch.entries(); ++i) {
+            traceM.throwAt("record " + std::to_string(batch[i]->recordKind()));
+        }
         return traceM.step("batch", " of " + std::to_string(batch.entries()));
     }
 
@@ -61,10 +69,12 @@ public:
 private:
     Trace traceM{*this};
     std::size_t countM = 0;
+    std::size_t batchesM = 0;
 };
 
 } // namespace
 
 extern "C" BAS::RegisteredObject* TestCounterModuleStart(BAS::String const& name) {
+    Trace(BAS::RegisteredObject(name)).throwAt("entry");
     return new Counter(name);
 }

@@ -1,5 +1,5 @@
 // What a test module was asked, one line each, in the file that its registry key "Trace" names;
-// and what it is to do wrong, which its keys "Throw" and "Fail" name.
+// and what it is to do wrong, which its keys "Throw" and "Fail" name; "What" is what it throws.
 #pragma once
 
 #include "BAS/RegisteredObject.h"
@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -42,10 +43,26 @@ public:
     // Notes the step, throws if that is wanted, and returns false if a failure is.
     bool step(std::string const& name, std::string const& detail = {}) const {
         note(name + detail);
-        if (value("Throw") == name) {
-            throw std::runtime_error("thrown in " + name);
-        }
+        throwAt(name);
         return value("Fail") != name;
+    }
+
+    // Throws if that is wanted there.
+    void throwAt(std::string const& place) const {
+        auto const what = value("What");
+        if (value("Throw") != place) {
+            return;
+        }
+        if (what == "number") {
+            throw 7;
+        }
+        if (what == "memory") {
+            throw std::bad_alloc();
+        }
+        if (what == "status") {
+            throw BAS::Status("ERR_DATABASE", BAS::Status::error, "thrown");
+        }
+        throw std::runtime_error("thrown in " + place);
     }
 
 private:
