@@ -67,6 +67,11 @@ void update(BAS::RegisteredObject& object, BAS::RegistryEntry const& entry, Comm
         result.fault = "the object threw: " + currentExceptionText();
     }
     result.isWorkDone = workDone.value();
+    for (auto const& key : entry.children()) {
+        if (!key->wasFound()) {
+            result.ignoredKeys.push_back(key->name().str());
+        }
+    }
     auto const after = object.status();
     bool const isRejected = !result.isHandled && !result.fault && !after.messageName().isNull();
     if (isRejected || !isSame(before, after)) {

@@ -31,6 +31,7 @@ struct CommandResult {
 
     std::string object;
     std::vector<Key> keys;
+    std::vector<std::string> ignoredKeys; // the object never asked for them; mistyped perhaps
     bool isHandled = false;
     bool isWorkDone = false;
     // Why the object had no say: it doesn't exist, or it threw.

@@ -83,6 +83,14 @@ std::string filesArray(std::vector<NamedFile> const& files) {
     return "[" + joined(parts) + "]";
 }
 
+std::string namesArray(std::vector<std::string> const& names) {
+    std::vector<std::string> parts;
+    for (auto const& name : names) {
+        parts.push_back(quotedText(name));
+    }
+    return "[" + joined(parts) + "]";
+}
+
 Members membersOf(CommandResult const& result) {
     Members members = {{"Object", quotedText(result.object)},
                        {"Keys", keysObject(result)},
@@ -91,6 +99,9 @@ Members membersOf(CommandResult const& result) {
         members.emplace_back("Reason", quotedText(*result.fault));
     }
     members.emplace_back("WorkDone", truth(result.isWorkDone));
+    if (!result.ignoredKeys.empty()) {
+        members.emplace_back("Ignored", namesArray(result.ignoredKeys));
+    }
     if (result.status) {
         members.emplace_back("Status", statusObject(*result.status));
     }
@@ -109,6 +120,9 @@ std::string resultText(CommandResult const& result) {
     auto text = fmt::format("{} {}: {}, {}", result.object, keysText(result),
                             verdictOf(result) + (result.fault ? ", " + *result.fault : ""),
                             result.isWorkDone ? "work done" : "no work done");
+    if (!result.ignoredKeys.empty()) {
+        text += ", ignored " + fmt::format("{}", fmt::join(result.ignoredKeys, " "));
+    }
     if (result.status) {
         text += ", status " + statusText(*result.status);
     }

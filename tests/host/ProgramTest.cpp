@@ -190,7 +190,7 @@ TEST_F(Program, RunsPipelinesByThemselvesAndCommandsAtTheEnd) {
                                  "host.Pipelines.One.Functions.F.Module Count: handled, work done, "
                                  "[0-9.]+ s\n"
                                  "host.Pipelines.Two.Functions.F.Module Other=a b C: handled, no "
-                                 "work done, [0-9.]+ s\n"));
+                                 "work done, ignored Other C, [0-9.]+ s\n"));
     auto const log = directoryM.read("process.log");
     EXPECT_THAT(
         log,

@@ -162,8 +162,8 @@ TEST_F(Service, AnswersEveryCommandFile) {
               "    Verdict: \"not handled\"\n    Reason: \"there is no such object (did you mean "
               "'" +
               object + "'?)\"\n"}},
-        {std::string(object) + ": {Write: relative}\n",
-         {"Handled: true\n",
+        {std::string(object) + ": {Write: relative, Wirte: x}\n",
+         {"Handled: true\n", "    WorkDone: false\n    Ignored: [\"Wirte\"]\n",
           "\"Path\": \"" + pathOf("relative").string() + "\", \"Opened\": true, \"Size\": 8}"}},
         {std::string(object) + ": {Write: " + pathOf("written").string() + "}\n",
          {"\"Opened\": true, \"Size\": 8}"}}, // although it is written a second time
