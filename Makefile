@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test fuzz bench bench-host package golden format tidy clean packages
+.PHONY: help build demo test fuzz soak bench bench-host package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -28,8 +28,11 @@ test: packages ## build everything and run all tests, plainly and under the sani
 	cmake --build --preset release
 	cmake --preset asan -Wno-dev --log-level=WARNING
 	cmake --build --preset asan
+	cmake --preset tsan -Wno-dev --log-level=WARNING
+	cmake --build --preset tsan --target races
 	cmake --preset fuzz -Wno-dev --log-level=WARNING
 	cmake --build --preset fuzz
+	ctest --preset tsan -L races
 	ctest --preset fuzz
 	ctest --preset release
 	ctest --preset asan
@@ -39,6 +42,24 @@ fuzz: packages ## fuzz each target for SECONDS (30); what it finds stays in buil
 	@cmake --preset fuzz -Wno-dev --log-level=WARNING
 	@cmake --build --preset fuzz
 	@tests/fuzz/run-fuzzers build/fuzz -max_total_time=$(SECONDS)
+
+SOAK_EDRS ?= 100000000
+SOAK_RUNS ?= 100000000
+SOAK_REPEATS ?= 20
+soak: packages ## run the tests of docs/reliability.md at release size, for days
+	@cmake --preset asan -Wno-dev --log-level=WARNING
+	@cmake --build --preset asan --target differential allocation_failure_test output_fault_test
+	@cmake --preset tsan -Wno-dev --log-level=WARNING
+	@cmake --build --preset tsan --target races
+	@cmake --preset fuzz -Wno-dev --log-level=WARNING
+	@cmake --build --preset fuzz
+	build/asan/bin/allocation_failure_test --gtest_brief=1
+	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
+	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))
+	LSAN_OPTIONS=suppressions=tests/leaks.supp:print_suppressions=0 \
+	    build/asan/bin/differential $(SOAK_EDRS)
+	printf '%s\n' registry description command edr_line rows | \
+	    xargs -n 1 -P $$(nproc) tests/fuzz/run-fuzzers build/fuzz -runs=$(SOAK_RUNS)
 
 bench: packages ## measure the capture against other ways to keep events
 	@tools/install-packages libbenchmark-dev libspdlog-dev
