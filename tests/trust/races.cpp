@@ -176,8 +176,9 @@ private:
 
     void checkAnswer(std::string const& name, CommandText const& command) const {
         auto const result = "cmd/" + name + ".result";
+        require(directoryM.read("err").empty(), "the host says\n" + directoryM.read("err"));
         require(eventually([&] { return std::filesystem::exists(pathOf(result)); }),
-                "no answer to " + name + "; the host says\n" + directoryM.read("err"));
+                "no answer to " + name);
         auto const answer = directoryM.read(result);
         require(answer.find(command.isHandled ? "Handled: true\n" : "Handled: false\n") !=
                     std::string::npos,
