@@ -46,6 +46,7 @@ fuzz: packages ## fuzz each target for SECONDS (30); what it finds stays in buil
 SOAK_EDRS ?= 100000000
 SOAK_RUNS ?= 100000000
 SOAK_REPEATS ?= 20
+soak: export LSAN_OPTIONS = suppressions=tests/leaks.supp:print_suppressions=0
 soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --preset asan -Wno-dev --log-level=WARNING
 	@cmake --build --preset asan --target differential allocation_failure_test output_fault_test
@@ -56,8 +57,7 @@ soak: packages ## run the tests of docs/reliability.md at release size, for days
 	build/asan/bin/allocation_failure_test --gtest_brief=1
 	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
 	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))
-	LSAN_OPTIONS=suppressions=tests/leaks.supp:print_suppressions=0 \
-	    build/asan/bin/differential $(SOAK_EDRS)
+	build/asan/bin/differential $(SOAK_EDRS)
 	printf '%s\n' registry description command edr_line rows | \
 	    xargs -n 1 -P $$(nproc) tests/fuzz/run-fuzzers build/fuzz -runs=$(SOAK_RUNS)
 
