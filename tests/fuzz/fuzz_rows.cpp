@@ -120,9 +120,10 @@ void ask(MOD::DiscountData const& data, std::ostream& out, Question const& asked
 
 // Loads a module's data and asks it with the first two values of each row.
 template <class Data>
-Answers answers(RWDBConnection const& connection, std::vector<Row> const& rows) {
+Answers answers(std::vector<Row> const& rows) {
     Answers given;
     Data data;
+    RWDBConnection const connection(std::string("sqlite3://db=") + Database::name);
     data.load(connection, [&](auto const& table, auto const& key, auto const& reason) {
         fuzz::promise(!key.empty() && !reason.empty(), "a rejected row is told with its reason");
         given.rejected.push_back(table + " " + key + " " + reason);
@@ -142,7 +143,7 @@ Answers answers(RWDBConnection const& connection, std::vector<Row> const& rows) 
 
 struct Module {
     char const* name;
-    Answers (*answers)(RWDBConnection const& connection, std::vector<Row> const& rows);
+    Answers (*answers)(std::vector<Row> const& rows);
 };
 constexpr Module modules[] = {
     {"account", answers<MOD::AccountData>},   {"rateplan", answers<MOD::RateplanData>},
@@ -155,7 +156,6 @@ constexpr Module modules[] = {
 // What a module says doesn't depend on the order in which the rows were put in.
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     static Database database;
-    static RWDBConnection const connection(std::string("sqlite3://db=") + Database::name);
     auto const lines = fuzz::pieces(fuzz::textOf(data, size), '\n');
     auto const* const module =
         std::find_if(std::begin(modules), std::end(modules),
@@ -168,8 +168,8 @@ int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
         rows.push_back(fuzz::pieces(*line, '|'));
     }
     database.replaceRows(rows);
-    auto const first = module->answers(connection, rows);
+    auto const first = module->answers(rows);
     database.replaceRows({rows.rbegin(), rows.rend()});
-    fuzz::promise(module->answers(connection, rows) == first, "the order of rows doesn't show");
+    fuzz::promise(module->answers(rows) == first, "the order of rows doesn't show");
     return 0;
 }

@@ -206,8 +206,8 @@ private:
         }
         auto const rounds = commands / std::size(commandTexts);
         require(answers == rounds * answersOfRound, "an answer too many stands in the log");
-        require(count(log, " MSG_PIPELINE_SUMMARY " + std::to_string(filesM * edrsOfFile) +
-                               " EDRs read, ") == std::size(pipelines),
+        require(count(log, " MSG_PIPELINE_SUMMARY EDRs read: " +
+                               std::to_string(filesM * edrsOfFile) + ",") == std::size(pipelines),
                 "an EDR is missing");
     }
 
