@@ -85,6 +85,7 @@ std::string filesArray(std::vector<NamedFile> const& files) {
 
 std::string namesArray(std::vector<std::string> const& names) {
     std::vector<std::string> parts;
+    parts.reserve(names.size());
     for (auto const& name : names) {
         parts.push_back(quotedText(name));
     }
