@@ -65,7 +65,7 @@ bench: packages ## measure the capture against other ways to keep events
 	@tools/install-packages libbenchmark-dev libspdlog-dev
 	@cmake --preset bench -Wno-dev --log-level=WARNING
 	@cmake --build --preset bench --target capture_bench report_bench
-	build/bench/bin/capture_bench --benchmark_repetitions=5 --benchmark_min_time=0.3 \
+	build/bench/bin/capture_bench --benchmark_repetitions=15 --benchmark_min_time=0.05 \
 	    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true
 	build/bench/bin/report_bench
 

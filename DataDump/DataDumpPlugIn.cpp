@@ -20,6 +20,7 @@
 #include <fstream>
 #include <iomanip>
 #include <limits>
+#include <optional>
 #include <ostream>
 #include <string_view>
 
@@ -57,8 +58,9 @@ bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
+// The value of a decimal digit; 10 or more when the character is none.
+unsigned digitOf(char c) {
+    return static_cast<unsigned char>(c - '0');
 }
 
 bool contains(RWTValOrderedVector<BAS::String> const& texts, BAS::String const& text) {
@@ -95,17 +97,18 @@ unsigned long objectNumber(BAS::String const& identifier) {
     if (negative || (at != end && *at == '+')) {
         ++at;
     }
-    // What is out of range ends at the nearest signed number.
+    // Any number of that many digits is in range; what is out of range ends at the nearest signed
+    // number.
+    constexpr std::ptrdiff_t safeDigits = std::numeric_limits<long>::digits10;
+    auto const* const safeEnd = at + std::min(end - at, safeDigits);
     unsigned long const limit = std::numeric_limits<long>::max() + (negative ? 1UL : 0UL);
-    constexpr unsigned long alwaysExtensible = std::numeric_limits<long>::max() / 10 - 1;
     unsigned long number = 0;
-    for (; at != end && isDigit(*at); ++at) {
-        auto const digit = static_cast<unsigned long>(*at - '0');
-        if (number > alwaysExtensible && number > (limit - digit) / 10) {
-            number = limit;
-            break;
-        }
+    unsigned digit = 0;
+    for (; at != safeEnd && (digit = digitOf(*at)) < 10; ++at) {
         number = number * 10 + digit;
+    }
+    for (; at != end && (digit = digitOf(*at)) < 10; ++at) {
+        number = number > (limit - digit) / 10 ? limit : number * 10 + digit;
     }
     return negative ? 0 - number : number;
 }
@@ -168,42 +171,44 @@ std::size_t hashOf(EventKey const& key) noexcept {
 
 } // namespace
 
-CapturedEvent* EventMap::find(EventKey const& key) const noexcept {
+EventMap::HashedKey::HashedKey(EventKey const& ofKey) noexcept : key(ofKey), hash(hashOf(ofKey)) {
+}
+
+CapturedEvent* EventMap::find(HashedKey const& sought) const noexcept {
     if (slotsM.empty()) {
         return nullptr;
     }
-    auto const hash = hashOf(key);
-    for (auto slot = homeOf(hash); slotsM[slot].event != nullptr; slot = slotAfter(slot)) {
+    for (auto slot = homeOf(sought.hash); slotsM[slot].event != nullptr; slot = slotAfter(slot)) {
         EventKey const& entered = *slotsM[slot].event;
-        if (slotsM[slot].hash == hash && entered == key) {
+        if (slotsM[slot].hash == sought.hash && entered == sought.key) {
             return slotsM[slot].event;
         }
     }
     return nullptr;
 }
 
-CapturedEvent& EventMap::add(EventKey const& key) {
+CapturedEvent& EventMap::add(HashedKey const& added) {
     reserve(eventsM.size() + 1);
     auto event = std::make_unique<CapturedEvent>();
-    static_cast<EventKey&>(*event) = key;
-    event->keyHash = hashOf(key);
+    static_cast<EventKey&>(*event) = added.key;
+    event->keyHash = added.hash;
     eventsM.push_back(std::move(event));
     enter(*eventsM.back());
     return *eventsM.back();
 }
 
-void EventMap::rename(CapturedEvent& event, EventKey const& newKey) {
+void EventMap::rename(CapturedEvent& event, HashedKey const& renamed) {
     leave(event);
     event.hasRecord = false;
     try {
-        static_cast<EventKey&>(event) = newKey;
+        static_cast<EventKey&>(event) = renamed.key;
     } catch (...) {
         auto const own = std::find_if(eventsM.begin(), eventsM.end(),
                                       [&](auto const& owned) { return owned.get() == &event; });
         eventsM.erase(own);
         throw;
     }
-    event.keyHash = hashOf(newKey);
+    event.keyHash = renamed.hash;
     enter(event);
 }
 
@@ -743,18 +748,19 @@ CapturedEvent* PlugIn::checkUniquenessInQueue(EventKey const& key) {
     }
     // The queue holds the events of the map, each once, and an empty entry equals no key: so what
     // the map finds is what a search of the queue from its front would find first.
-    if (auto* const known = eventMap.find(key)) {
+    EventMap::HashedKey const hashed(key);
+    if (auto* const known = eventMap.find(hashed)) {
         eventQueue.moveToFront(*known);
         return known;
     }
     if (eventQueue.entries() < numberOfEvents) {
-        auto& added = eventMap.add(key);
+        auto& added = eventMap.add(hashed);
         eventQueue.pushFront(&added);
         return &added;
     }
     auto* const oldest = eventQueue.removeBack();
     if (oldest != nullptr) {
-        eventMap.rename(*oldest, key);
+        eventMap.rename(*oldest, hashed);
     }
     eventQueue.pushFront(oldest);
     return oldest;
@@ -879,6 +885,8 @@ bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*ke
     if (!itCbdCp.reset(container)) {
         return false;
     }
+    // What one packet says of the product the next one overwrites, so only the last is copied.
+    std::optional<ChargePacket> last;
     auto& product = record->accountInfo.productInfo;
     while (itCbdCp(blocks.blkAssCbd)) {
         if (!contains(cbdRecordTypes, itCbdCp.getString(fields.idxCbdRecordType))) {
@@ -888,12 +896,7 @@ bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*ke
             if (!contains(ratePlanTypes, itCbdCp.getString(fields.idxCpRateplanType))) {
                 continue;
             }
-            product.name = itCbdCp.getString(fields.idxCpRateplanCode);
-            product.internalRatePlan = itCbdCp.getString(fields.idxCpInternRateplan);
-            product.ratePlanVersion = itCbdCp.getLong(fields.idxCpInternRateplanVersion);
-            product.impactCategory = itCbdCp.getString(fields.idxCpImpactCategory);
-            product.serviceCodeUsed = itCbdCp.getString(fields.idxCpServiceCodeUsed);
-            product.serviceClassUsed = itCbdCp.getString(fields.idxCpServiceClassUsed);
+            last.emplace(readChargePacket());
             product.priceModelCodes.append(itCbdCp.getString(fields.idxCpPricemodelCode));
             // The price model's type is looked at and decides nothing: a packet of any type counts.
             auto const& type = itCbdCp.getString(fields.idxCpPricemodelType);
@@ -901,7 +904,24 @@ bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*ke
                 std::find(std::begin(priceModelTypes), std::end(priceModelTypes), type));
         }
     }
+    if (last) {
+        product.name = last->ratePlanCode;
+        product.internalRatePlan = last->internalRatePlan;
+        product.ratePlanVersion = last->ratePlanVersion;
+        product.impactCategory = last->impactCategory;
+        product.serviceCodeUsed = last->serviceCodeUsed;
+        product.serviceClassUsed = last->serviceClassUsed;
+    }
     return true;
+}
+
+PlugIn::ChargePacket PlugIn::readChargePacket() const {
+    return {itCbdCp.getString(fields.idxCpRateplanCode),
+            itCbdCp.getString(fields.idxCpInternRateplan),
+            itCbdCp.getLong(fields.idxCpInternRateplanVersion),
+            itCbdCp.getString(fields.idxCpImpactCategory),
+            itCbdCp.getString(fields.idxCpServiceCodeUsed),
+            itCbdCp.getString(fields.idxCpServiceClassUsed)};
 }
 
 // ---- Commands ----------------------------------------------------------------------------------

@@ -263,15 +263,23 @@ struct CapturedEvent : EventKey, QueueEntry {
 // constant time; renaming allocates nothing but room for a longer text.
 class EventMap {
 public:
+    // A key with its hash, so that several operations with one key compute it once.
+    struct HashedKey {
+        HashedKey(EventKey const& key) noexcept;
+
+        EventKey const& key;
+        std::size_t hash;
+    };
+
     // The key object of equal value, or null.
-    CapturedEvent* find(EventKey const& key) const noexcept;
+    CapturedEvent* find(HashedKey const& sought) const noexcept;
 
     // A new key object, without a record. No equal key may be in the map. A failure leaves the map
     // as it was.
-    CapturedEvent& add(EventKey const& key);
+    CapturedEvent& add(HashedKey const& added);
     // Takes the record away and overwrites the key object with the new key, of which no equal may
     // be in the map. If that fails, the key object is gone.
-    void rename(CapturedEvent& event, EventKey const& newKey);
+    void rename(CapturedEvent& event, HashedKey const& renamed);
     void clear() noexcept;
 
     std::size_t entries() const noexcept { return eventsM.size(); }
@@ -504,6 +512,16 @@ private:
         BAS::String const& ownerType;
     };
 
+    // What a charge packet says about the product.
+    struct ChargePacket {
+        BAS::String const& ratePlanCode;
+        BAS::String const& internalRatePlan;
+        long ratePlanVersion;
+        BAS::String const& impactCategory;
+        BAS::String const& serviceCodeUsed;
+        BAS::String const& serviceClassUsed;
+    };
+
     bool isValid() const;
     void setValid(bool valid);
     BAS::String ownName() const;
@@ -527,6 +545,7 @@ private:
     static RefillList<SharedItemInfo>& sharedItems(EventDetailRecord& record, Owner const& owner);
     bool populateDiscounts(EDR::Container* container, EventDetailRecord* record);
     bool populateSponsorships(EDR::Container* container, EventDetailRecord* record);
+    ChargePacket readChargePacket() const;
     template <class EventWriter>
     void forEachEventFromOldest(EventWriter writeEvent);
 };

@@ -24,11 +24,7 @@ enum class KeyStream { repeats, zipf, distinct };
 // Which customer and service each event of a stream is for.
 class Keys {
 public:
-    explicit Keys(KeyStream stream) : streamM(stream) {
-        if (stream == KeyStream::zipf) {
-            drawZipf();
-        }
-    }
+    explicit Keys(KeyStream stream) : streamM(stream) {}
     // A number below customers * services.
     std::uint64_t next() {
         auto const event = eventM++;
@@ -36,7 +32,7 @@ public:
         case KeyStream::repeats:
             return event * 5 % 8;
         case KeyStream::zipf:
-            return drawnM[event % drawnM.size()];
+            return zipfDraws()[event % zipfDraws().size()];
         case KeyStream::distinct:
             return event;
         }
@@ -47,7 +43,12 @@ public:
     static constexpr std::uint64_t services = 4;
 
 private:
-    void drawZipf() {
+    // Drawn once, for that takes longer than many a run.
+    static std::vector<std::uint64_t> const& zipfDraws() {
+        static auto const draws = drawZipf();
+        return draws;
+    }
+    static std::vector<std::uint64_t> drawZipf() {
         std::vector<double> cumulated(customers);
         double sum = 0;
         for (std::uint64_t i = 0; i < customers; ++i) {
@@ -55,17 +56,17 @@ private:
         }
         std::mt19937_64 random(42);
         std::uniform_real_distribution<double> share(0, sum);
-        drawnM.resize(1 << 21);
-        for (auto& key : drawnM) {
+        std::vector<std::uint64_t> draws(1 << 21);
+        for (auto& key : draws) {
             auto const place = std::lower_bound(cumulated.begin(), cumulated.end(), share(random));
             key = static_cast<std::uint64_t>(place - cumulated.begin()) * services +
                   random() % services;
         }
+        return draws;
     }
 
     KeyStream streamM;
     std::uint64_t eventM = 0;
-    std::vector<std::uint64_t> drawnM;
 };
 
 class PreparedEdrs {

@@ -22,20 +22,6 @@
 
 namespace bench {
 
-// Keeps nothing.
-class NothingKeeper {
-public:
-    explicit NothingKeeper(std::size_t /*capacity*/) {}
-    void event(EventHead const& head) { benchmark::DoNotOptimize(&head); }
-    void owner(OwnerBlock const& block, bool /*sponsors*/) { benchmark::DoNotOptimize(&block); }
-    void item(unsigned long id, BAS::String const& model) {
-        benchmark::DoNotOptimize(id);
-        benchmark::DoNotOptimize(&model);
-    }
-    void packet(ChargePacket const& packet) { benchmark::DoNotOptimize(&packet); }
-    void done() {}
-};
-
 // A record of plain containers.
 struct PlainRecord {
     struct Item {

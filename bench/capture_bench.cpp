@@ -5,6 +5,7 @@
 //                              percentiles of single EDRs
 //   capture_bench --benchmark_filter=...  as usual for the benchmark library
 #include "CaptureRun.h"
+#include "Floor.h"
 #include "Keepers.h"
 #include "support/AllocationCounter.h"
 
@@ -41,7 +42,7 @@ struct Way {
 };
 
 std::vector<Way> const ways = {
-    {"floor", reading<NothingKeeper>(), 1'000'000},
+    {"floor", makeFloor, 1'000'000},
     {"plug-in", makePlugIn, 1'000'000},
     {"list and map", reading<RecordKeeper<ListAndMap>>(), 1'000},
     {"multi-index", reading<RecordKeeper<MultiIndexStore>>(), 1'000'000},

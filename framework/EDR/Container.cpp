@@ -23,6 +23,7 @@ long numberFrom(BAS::String const& text) {
 Container::Container(Description const& description) : descriptionM(description) {
     storesM.resize(description.blockKinds().size());
     for (std::size_t kind = 0; kind < storesM.size(); ++kind) {
+        storesM[kind].parent = description.blockKinds()[kind].parent;
         storesM[kind].fieldCount =
             static_cast<std::uint32_t>(description.blockKinds()[kind].fields.size());
     }
@@ -82,7 +83,7 @@ void Container::clear(RecordKind kind) {
 void Container::addBlock(BlockIndex const& block) {
     auto& store = storesM[block.blockKind()];
     auto const& kind = descriptionM.blockKinds()[block.blockKind()];
-    auto const& parent = storesM[kind.parent];
+    auto const& parent = storesM[store.parent];
     bool const isRoot = block == Description::root();
     if (!isRoot && parent.count == 0) {
         throw std::logic_error("EDR block '" + kind.path.str() + "' added without its parent");
@@ -143,20 +144,19 @@ Container::BlockRange Container::childrenOf(std::uint32_t parentBlock,
             next < children.firstOf.size() ? children.firstOf[next] : children.count};
 }
 
-bool Container::currentBlock(std::uint32_t kind, std::uint32_t& block) const noexcept {
+inline std::uint32_t Container::currentBlock(std::uint32_t kind) const noexcept {
     auto const cursor = storesM[kind].cursor;
-    if (cursor != beforeFirst) {
-        block = cursor;
-        return cursor != pastLast;
+    return cursor != beforeFirst ? cursor : firstBlockOf(kind);
+}
+
+// The first block within the current block of its own parent.
+std::uint32_t Container::firstBlockOf(std::uint32_t neverSteppedKind) const noexcept {
+    auto const parent = currentBlock(storesM[neverSteppedKind].parent);
+    if (parent == pastLast) {
+        return pastLast;
     }
-    // Never stepped: the first block within the current block of its own parent.
-    std::uint32_t parent = 0;
-    if (!currentBlock(descriptionM.blockKinds()[kind].parent, parent)) {
-        return false;
-    }
-    auto const range = childrenOf(parent, kind);
-    block = range.begin;
-    return range.begin != range.end;
+    auto const range = childrenOf(parent, neverSteppedKind);
+    return range.begin != range.end ? range.begin : pastLast;
 }
 
 void Container::rewindWithAncestors(BlockIndex const& block) noexcept {
@@ -166,14 +166,15 @@ void Container::rewindWithAncestors(BlockIndex const& block) noexcept {
 }
 
 bool Container::advance(BlockIndex const& block) noexcept {
-    auto const& kind = descriptionM.blockKinds()[block.blockKind()];
-    auto& store = storesM[block.blockKind()];
-    for (auto const descendant : kind.descendants) {
+    for (auto const descendant : descriptionM.blockKinds()[block.blockKind()].descendants) {
         storesM[descendant].cursor = beforeFirst;
     }
-    std::uint32_t parent = 0;
-    if (block == Description::root() || store.cursor == pastLast ||
-        !currentBlock(kind.parent, parent)) {
+    auto& store = storesM[block.blockKind()];
+    if (block == Description::root() || store.cursor == pastLast) {
+        return false;
+    }
+    auto const parent = currentBlock(store.parent);
+    if (parent == pastLast) {
         return false;
     }
     auto const range = childrenOf(parent, block.blockKind());

@@ -71,6 +71,7 @@ private:
     // All blocks of one kind. The blocks below block p of the parent kind begin at firstOf[p] and
     // end where those of the next parent begin.
     struct BlockStore {
+        std::uint32_t parent = 0;
         std::uint32_t fieldCount = 0;
         std::uint32_t count = 0;
         // Whether the first block lies in the first block at every level above.
@@ -90,8 +91,9 @@ private:
     Cell const* firstCell(Index const& field) const noexcept;
     long numberOf(Cell const* cell, Index const& field) const;
     BlockRange childrenOf(std::uint32_t parentBlock, std::uint32_t childKind) const noexcept;
-    // The block of a kind at which a child kind is walked; false when there is none.
-    bool currentBlock(std::uint32_t kind, std::uint32_t& block) const noexcept;
+    // The block of a kind at which a child kind is walked; pastLast when there is none.
+    std::uint32_t currentBlock(std::uint32_t kind) const noexcept;
+    std::uint32_t firstBlockOf(std::uint32_t neverSteppedKind) const noexcept;
 
     void rewindWithAncestors(BlockIndex const& block) noexcept;
     bool advance(BlockIndex const& block) noexcept;

@@ -56,11 +56,11 @@ TEST_F(PlugInFixture, EvictionReusesTheKeyObjectAndStartsANewRecord) {
     keys["NumberOfEvents"] = "2";
     start();
     process({{"INTERN_SERVICE_CODE", "TEL"}, {"A_NUMBER", "K1"}, {"EVENT_TYPE", "/event/one"}});
-    auto const* const first = plugIn->eventMap.find({"K1", "TEL"});
+    auto const* const first = plugIn->eventMap.find(EventKey("K1", "TEL"));
     processCustomer("K2");
     processCustomer("K3");
     EXPECT_THAT(queued(), ElementsAre("K3", "K2"));
-    EXPECT_EQ(plugIn->eventMap.find({"K3", "TEL"}), first);
+    EXPECT_EQ(plugIn->eventMap.find(EventKey("K3", "TEL")), first);
     EXPECT_EQ(static_cast<EventKey const&>(*first), EventKey("K3", "TEL"));
     EXPECT_EQ(recordOf("K1"), nullptr);
     EXPECT_EQ(recordOf("K3")->eventType, "");
@@ -119,26 +119,26 @@ TEST(EventMap, FindsEveryKeyAfterAnyRenaming) {
     std::map<std::string, FCT::DataDump::CapturedEvent*> plain;
     for (int i = 0; i < 300; ++i) {
         auto const name = "c" + std::to_string(i);
-        plain[name] = &map.add({name, ""});
+        plain[name] = &map.add(EventKey(name, ""));
     }
     unsigned random = 1;
     for (int step = 0; step < 3000; ++step) {
         random = random * 1103515245 + 12345;
         auto const from = std::next(plain.begin(), random / 65536 % 300);
         auto* const event = from->second;
-        ASSERT_EQ(map.find({from->first, ""}), event);
+        ASSERT_EQ(map.find(EventKey(from->first, "")), event);
         auto const oldName = from->first;
         plain.erase(from);
         auto const newName = "n" + std::to_string(step);
-        map.rename(*event, {newName, ""});
+        map.rename(*event, EventKey(newName, ""));
         plain[newName] = event;
-        ASSERT_EQ(map.find({oldName, ""}), nullptr);
+        ASSERT_EQ(map.find(EventKey(oldName, "")), nullptr);
     }
     for (auto const& [name, event] : plain) {
-        ASSERT_EQ(map.find({name, ""}), event);
+        ASSERT_EQ(map.find(EventKey(name, "")), event);
     }
     map.clear();
-    EXPECT_EQ(map.find({plain.begin()->first, ""}), nullptr);
+    EXPECT_EQ(map.find(EventKey(plain.begin()->first, "")), nullptr);
     EXPECT_EQ(map.entries(), 0U);
 }
 

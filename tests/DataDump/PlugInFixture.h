@@ -120,7 +120,7 @@ protected:
 
     FCT::DataDump::EventDetailRecord* recordOf(char const* customer,
                                                char const* serviceCode = "TEL") {
-        auto* const event = plugIn->eventMap.find({customer, serviceCode});
+        auto* const event = plugIn->eventMap.find(FCT::DataDump::EventKey(customer, serviceCode));
         return event == nullptr || !event->hasRecord ? nullptr : &event->record;
     }
     // The customers in the queue, front to back.
@@ -133,7 +133,7 @@ protected:
     }
     // Puts a key without a record to the front of the queue.
     FCT::DataDump::CapturedEvent& putKey(char const* customer) {
-        auto& event = plugIn->eventMap.add({customer, "TEL"});
+        auto& event = plugIn->eventMap.add(FCT::DataDump::EventKey(customer, "TEL"));
         plugIn->eventQueue.pushFront(&event);
         return event;
     }
