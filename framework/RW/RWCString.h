@@ -5,6 +5,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstring>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -15,6 +16,19 @@ public:
     RWCString(char const* text) : textM(text) {}
     RWCString(std::string text) noexcept : textM(std::move(text)) {}
     explicit RWCString(std::string_view text) : textM(text) {}
+    RWCString(RWCString const&) = default;
+    RWCString(RWCString&&) noexcept = default;
+    ~RWCString() = default;
+    RWCString& operator=(RWCString const& other) {
+        // The usual case when a record is filled again, and the cheapest: the bytes go over the old.
+        if (textM.size() == other.textM.size()) {
+            std::memmove(textM.data(), other.textM.data(), textM.size());
+        } else {
+            textM = other.textM;
+        }
+        return *this;
+    }
+    RWCString& operator=(RWCString&&) noexcept = default;
 
     std::string const& str() const noexcept { return textM; }
     std::string_view view() const noexcept { return textM; }
