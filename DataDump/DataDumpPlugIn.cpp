@@ -17,11 +17,15 @@
 #include "RW/RWZone.h"
 
 #include <algorithm>
+#include <charconv>
+#include <concepts>
 #include <fstream>
 #include <iomanip>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace FCT::DataDump {
@@ -975,55 +979,90 @@ bool PlugIn::registryUpdate(BAS::RegistryEntry const* update, BAS::ProtectedBool
 
 namespace {
 
+enum LineEnd { endLine };
+
+// Puts a line together, in plain decimal whatever the stream's formatting is, and hands it to the
+// stream in one piece when it ends: flushed, so that a report cut short shows every finished line.
+class LineWriter {
+public:
+    explicit LineWriter(std::ostream& stream) : streamM(stream) {}
+
+    LineWriter& operator<<(std::string_view text) {
+        lineM += text;
+        return *this;
+    }
+    LineWriter& operator<<(char const* text) { return *this << std::string_view(text); }
+    LineWriter& operator<<(BAS::String const& text) { return *this << viewOf(text); }
+    template <std::integral Number>
+    LineWriter& operator<<(Number number) {
+        char digits[std::numeric_limits<Number>::digits10 + 2];
+        auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+        return *this << std::string_view(digits, end);
+    }
+    LineWriter& operator<<(LineEnd) {
+        lineM += '\n';
+        streamM.write(lineM.data(), static_cast<std::streamsize>(lineM.size())).flush();
+        lineM.clear();
+        return *this;
+    }
+
+    // For what others write between two lines.
+    std::ostream& stream() noexcept { return streamM; }
+
+private:
+    std::ostream& streamM;
+    std::string lineM;
+};
+
 constexpr char const* eventSeparator =
     "----------------------------------------------------------------------";
 
-void writeEventRows(std::ostream& out, EventDetailRecord const& record) {
-    out << "Event Service Id         = " << record.serviceId << std::endl;
-    out << "Event Service Type       = " << record.serviceType << std::endl;
-    out << "Event Event Type         = " << record.eventType << std::endl;
-    out << "Charging Start Time Stamp= " << record.chargingStartTime << std::endl;
-    out << "Event Account id         = " << record.accountInfo.accountId << std::endl;
-    out << "Event Balance Group id   = " << record.accountInfo.balanceGroupId << std::endl;
+void writeEventRows(LineWriter& out, EventDetailRecord const& record) {
+    out << "Event Service Id         = " << record.serviceId << endLine;
+    out << "Event Service Type       = " << record.serviceType << endLine;
+    out << "Event Event Type         = " << record.eventType << endLine;
+    out << "Charging Start Time Stamp= " << record.chargingStartTime << endLine;
+    out << "Event Account id         = " << record.accountInfo.accountId << endLine;
+    out << "Event Balance Group id   = " << record.accountInfo.balanceGroupId << endLine;
 }
 
-void writePriceModelCodes(std::ostream& out, ProductInfo const& product) {
+void writePriceModelCodes(LineWriter& out, ProductInfo const& product) {
     out << "Used Price model codes: ";
     for (std::size_t i = 0; i < product.priceModelCodes.entries(); ++i) {
         out << product.priceModelCodes[i] << "   ";
     }
-    out << std::endl;
+    out << endLine;
 }
 
-void writeOwnDiscount(std::ostream& out, OwnDiscountInfo const& discount) {
-    out << "    Discount Object id    : " << discount.objectId << std::endl;
-    out << "    Discount model name   : " << discount.name << std::endl;
+void writeOwnDiscount(LineWriter& out, OwnDiscountInfo const& discount) {
+    out << "    Discount Object id    : " << discount.objectId << endLine;
+    out << "    Discount model name   : " << discount.name << endLine;
 }
 
-void writeSharingOwner(std::ostream& out, SharingAccountInfo const& owner) {
-    out << "\n    Sharing owner info:" << std::endl;
-    out << "\n    Account id : " << owner.accountId << std::endl;
-    out << "\n    Owner id   : " << owner.ownerId << std::endl;
-    out << "\n    Owner Type : " << owner.ownerType << std::endl;
-    out << "\n    BalGrp id  : " << owner.balanceGroupId << std::endl;
+void writeSharingOwner(LineWriter& out, SharingAccountInfo const& owner) {
+    out << "\n    Sharing owner info:" << endLine;
+    out << "\n    Account id : " << owner.accountId << endLine;
+    out << "\n    Owner id   : " << owner.ownerId << endLine;
+    out << "\n    Owner Type : " << owner.ownerType << endLine;
+    out << "\n    BalGrp id  : " << owner.balanceGroupId << endLine;
 }
 
-void writeSharedItem(std::ostream& out, SharedItemInfo const& item) {
-    out << "     Discount/Sponsorship Object id    : " << item.objectId << std::endl;
-    out << "     Discount/Sponsorship model name   : " << item.name << std::endl;
+void writeSharedItem(LineWriter& out, SharedItemInfo const& item) {
+    out << "     Discount/Sponsorship Object id    : " << item.objectId << endLine;
+    out << "     Discount/Sponsorship model name   : " << item.name << endLine;
 }
 
-void writeRecord(std::ostream& out, EventDetailRecord const& record) {
+void writeRecord(LineWriter& out, EventDetailRecord const& record) {
     writeEventRows(out, record);
-    out << "\n\n  Used Rating product info:" << std::endl;
-    out << "    Used Rate Plan code   : " << record.accountInfo.productInfo.name << std::endl;
+    out << "\n\n  Used Rating product info:" << endLine;
+    out << "    Used Rate Plan code   : " << record.accountInfo.productInfo.name << endLine;
     out << "    ";
     writePriceModelCodes(out, record.accountInfo.productInfo);
-    out << "\n\n  Event's own Discount:" << std::endl;
+    out << "\n\n  Event's own Discount:" << endLine;
     for (std::size_t i = 0; i < record.accountInfo.ownDiscounts.entries(); ++i) {
         writeOwnDiscount(out, record.accountInfo.ownDiscounts[i]);
     }
-    out << "\n\n  DiscountSharing & Sponsorship:" << std::endl;
+    out << "\n\n  DiscountSharing & Sponsorship:" << endLine;
     for (std::size_t i = 0; i < record.sharingMap.entries(); ++i) {
         auto const& [owner, items] = record.sharingMap[i];
         writeSharingOwner(out, owner);
@@ -1049,15 +1088,16 @@ void PlugIn::forEachEventFromOldest(EventWriter writeEvent) {
     }
 }
 
-void PlugIn::dumpAllEvents(std::ostream& out) {
+void PlugIn::dumpAllEvents(std::ostream& stream) {
+    LineWriter out(stream);
     forEachEventFromOldest([&](EventKey const& key, EventDetailRecord const* record) {
-        out << eventSeparator << std::endl;
+        out << eventSeparator << endLine;
         out << "Event type= Identifier=" << key.first << "   Service Code = " << key.second
-            << std::endl;
+            << endLine;
         if (record != nullptr) {
             writeRecord(out, *record);
         }
-        out << eventSeparator << std::endl;
+        out << eventSeparator << endLine;
     });
 }
 
@@ -1078,14 +1118,14 @@ public:
         DAT::Discount::PlugIn* discount;
     };
 
-    InMemoryDataWriter(std::ostream& out, Modules const& modules) : outM(out), modulesM(modules) {}
+    InMemoryDataWriter(std::ostream& stream, Modules const& modules)
+        : outM(stream), modulesM(modules) {}
 
     void writeHeading(EventKey const& key) {
-        outM << "Begin: " << ++eventNumberM << std::endl;
-        outM << "======================================================================"
-             << std::endl;
+        outM << "Begin: " << ++eventNumberM << endLine;
+        outM << "======================================================================" << endLine;
         outM << "Event type: Identifier= " << key.first << "   Service Code = " << key.second
-             << std::endl;
+             << endLine;
     }
 
     void writeRecord(EventDetailRecord const& record) {
@@ -1103,49 +1143,49 @@ public:
         writeSharing(record);
     }
 
-    void writeEnd() { outM << std::endl << std::endl; }
+    void writeEnd() { outM << endLine << endLine; }
 
 private:
     // The stream as every module is to find it.
-    std::ostream& forModule() { return outM << std::setfill(' ') << std::setw(2); }
+    std::ostream& forModule() { return outM.stream() << std::setfill(' ') << std::setw(2); }
 
     void writeAccount(EventDetailRecord const& record) {
-        outM << "\nEvent Account Info:" << std::endl;
-        outM << "--------------------" << std::endl;
+        outM << "\nEvent Account Info:" << endLine;
+        outM << "--------------------" << endLine;
         if (modulesM.account != nullptr) {
             auto const serviceId = static_cast<long>(record.serviceId);
             modulesM.account->getDataDump(forModule(), record.identifier, serviceId,
                                           record.serviceType, record.eventType);
-            outM << std::endl;
+            outM << endLine;
         }
     }
 
     void writeProduct(ProductInfo const& product) {
-        outM << "\nUsed Rating product Info:" << std::endl;
-        outM << "-------------------------" << std::endl;
+        outM << "\nUsed Rating product Info:" << endLine;
+        outM << "-------------------------" << endLine;
         outM << "Used Rate Plan code: " << product.name
              << " , Intern RatePlan Id: " << product.internalRatePlan
              << " , Intern RatePlan Version: " << product.ratePlanVersion
-             << " , Impact Catagory: " << product.impactCategory << std::endl;
+             << " , Impact Catagory: " << product.impactCategory << endLine;
         if (modulesM.ratePlan != nullptr) {
             modulesM.ratePlan->getDataDump(forModule(), product.name, product.ratePlanVersion,
                                            product.serviceCodeUsed, product.serviceClassUsed,
                                            product.impactCategory);
-            outM << std::endl;
+            outM << endLine;
         }
     }
 
     void writePriceModels(ProductInfo const& product) {
         writePriceModelCodes(outM, product);
-        outM << "----------------------- " << std::endl;
+        outM << "----------------------- " << endLine;
         if (modulesM.price != nullptr) {
             modulesM.price->getDataDump(forModule(), product.priceModelCodes);
-            outM << std::endl;
+            outM << endLine;
         }
     }
 
     void writeEventBalances(EventAccountInfo const& account) {
-        outM << "\n\nEvent's owner Balance Information:" << account.balanceGroupId << std::endl;
+        outM << "\n\nEvent's owner Balance Information:" << account.balanceGroupId << endLine;
         writeBalances(account.balanceGroupId);
     }
 
@@ -1156,14 +1196,14 @@ private:
     }
 
     void writeOwnDiscounts(EventAccountInfo const& account) {
-        outM << "\n\nEvent's own Discount:" << std::endl;
-        outM << "---------------------" << std::endl;
+        outM << "\n\nEvent's own Discount:" << endLine;
+        outM << "---------------------" << endLine;
         for (std::size_t i = 0; i < account.ownDiscounts.entries(); ++i) {
             auto const& discount = account.ownDiscounts[i];
             writeOwnDiscount(outM, discount);
             idsM.append(discount.objectId);
             namesM.append(discount.name);
-            outM << std::endl;
+            outM << endLine;
         }
         modulesM.discount->getDiscountObjectDataDump(forModule(), idsM);
         modulesM.discount->getDscModelDataDump(forModule(), namesM);
@@ -1171,8 +1211,8 @@ private:
     }
 
     void writeSharing(EventDetailRecord const& record) {
-        outM << "\n\nAll DiscountSharing & Sponsorship Information:" << std::endl;
-        outM << "--------------------------------------------------" << std::endl;
+        outM << "\n\nAll DiscountSharing & Sponsorship Information:" << endLine;
+        outM << "--------------------------------------------------" << endLine;
         for (std::size_t i = 0; i < record.sharingMap.entries(); ++i) {
             auto const& [owner, items] = record.sharingMap[i];
             clearLists();
@@ -1180,7 +1220,7 @@ private:
             if (modulesM.balance != nullptr) {
                 // The heading names the event's balance group, the balances are the owner's.
                 outM << "\n\nSharing owner Balance Information:"
-                     << record.accountInfo.balanceGroupId << std::endl;
+                     << record.accountInfo.balanceGroupId << endLine;
                 writeBalances(owner.balanceGroupId);
             }
             writeSharedItems(items);
@@ -1208,7 +1248,7 @@ private:
         sponsorshipIdsM.clear();
     }
 
-    std::ostream& outM;
+    LineWriter outM;
     Modules modulesM;
     long eventNumberM = 0;
     // Balance group numbers or discount numbers.
