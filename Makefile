@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test fuzz soak bench bench-host package golden format tidy clean packages
+.PHONY: help build demo test fuzz soak coverage bench bench-host package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -46,6 +46,7 @@ fuzz: packages ## fuzz each target for SECONDS (30); what it finds stays in buil
 SOAK_EDRS ?= 100000000
 SOAK_RUNS ?= 100000000
 SOAK_REPEATS ?= 20
+SOAK_ALIAS_ROWS ?= 10000000
 soak: export LSAN_OPTIONS = suppressions=tests/leaks.supp:print_suppressions=0
 soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --preset asan -Wno-dev --log-level=WARNING
@@ -54,12 +55,31 @@ soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --build --preset tsan --target races
 	@cmake --preset fuzz -Wno-dev --log-level=WARNING
 	@cmake --build --preset fuzz
+	@cmake --preset release -Wno-dev --log-level=WARNING
+	@cmake --build --preset release
+	DATABASE_ALIAS_ROWS=$(SOAK_ALIAS_ROWS) tests/support/with-postgresql \
+	    build/release/bin/database_fault_test --gtest_brief=1
 	build/asan/bin/allocation_failure_test --gtest_brief=1
 	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
 	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))
 	build/asan/bin/differential $(SOAK_EDRS)
 	printf '%s\n' registry description command edr_line rows | \
 	    xargs -n 1 -P $$(nproc) tests/fuzz/run-fuzzers build/fuzz -runs=$(SOAK_RUNS)
+
+# No tests are behind what CMake tries its compiler with.
+COVERAGE = build/coverage --exclude-directories '.*CompilerId.*'
+
+coverage: packages ## tell what the tests reach; fails below 95 % of the plug-in's branches or 90 % of the other lines
+	@tools/install-packages gcovr
+	@cmake --preset coverage -Wno-dev --log-level=WARNING
+	@cmake --build --preset coverage
+	@find build/coverage -name '*.gcda' -delete
+	@# Without what takes long, and what the profiles of the run itself disturb.
+	ctest --preset coverage
+	gcovr $(COVERAGE) --exclude-throw-branches --print-summary \
+	    --filter DataDump/ --fail-under-branch 95
+	gcovr $(COVERAGE) --print-summary \
+	    --filter 'framework/|modules/|host/' --fail-under-line 90
 
 bench: packages ## measure the capture against other ways to keep events
 	@tools/install-packages libbenchmark-dev libspdlog-dev

@@ -386,15 +386,18 @@ bool PlugIn::bindDataModule(BAS::RegistryEntry const* entry, Module*& module, Er
         return true;
     }
     module = dynamic_cast<Module*>(findRegisteredObject(entry->value()));
-    if (module != nullptr) {
-        return true;
+    if (module == nullptr) {
+        reportWrongModule(entry->value(), errorForm);
     }
+    return module != nullptr;
+}
+
+void PlugIn::reportWrongModule(BAS::String const& reference, ErrorForm errorForm) {
     if (errorForm == ErrorForm::statusThenLog) {
-        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value());
+        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, reference);
     } else {
-        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value(), true);
+        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, reference, true);
     }
-    return false;
 }
 
 namespace {

@@ -530,6 +530,7 @@ private:
                       BAS::String const& argument);
     template <class Module>
     bool bindDataModule(BAS::RegistryEntry const* entry, Module*& module, ErrorForm errorForm);
+    void reportWrongModule(BAS::String const& reference, ErrorForm errorForm);
     // Records a status that the EDR factory threw, under the plug-in's name.
     void reportThrown(BAS::Status status, bool log);
     RWDBReader selectServiceFields(BAS::String const& pipelineName) const;

@@ -125,6 +125,9 @@ TEST_F(PlugInFixture, OnlyDetailsOfKnownServicesAreCaptured) {
     process({{"INTERN_SERVICE_CODE", "FAX"}, {"A_NUMBER", "1"}}); // has a B field only
     process({{"INTERN_SERVICE_CODE", "tel"}, {"A_NUMBER", "1"}});
     process({});
+    BAS::String const emptied("OFF");
+    plugIn->serviceFieldMap[&emptied] = nullptr;
+    process({{"INTERN_SERVICE_CODE", "OFF"}, {"A_NUMBER", "1"}});
     EXPECT_THAT(queued(), IsEmpty());
     process({{"INTERN_SERVICE_CODE", "SMS"}, {"A_NUMBER", "1"}, {"B_NUMBER", "2"}});
     EXPECT_THAT(queued(), ElementsAre("2"));
@@ -142,6 +145,9 @@ TEST_F(PlugInFixture, ObjectNumberFollowsTheFirstUnderscore) {
                           {"_", 0},
                           {"1_", 0},
                           {"1_x5", 0},
+                          {"1_\x01"
+                           "5",
+                           0},
                           {"1__5", 0},
                           {"_7", 7},
                           {"1_ \t\n\v\f\r12 3", 12},
@@ -245,6 +251,29 @@ TEST_F(PlugInFixture, OwnersAreTheAccountItselfOrSharingAccounts) {
     process(head + ownAccount + sponsor("1_1005", "1_4002", "", "1_2005"));
     EXPECT_EQ(record.accountInfo.ownDiscounts.entries(), 0U);
     EXPECT_THAT(sharingText(record), ElementsAre("4002/1005/2005/ "));
+}
+
+TEST_F(PlugInFixture, IteratorThatCannotBePlacedEndsItsWalk) {
+    start();
+    struct {
+        EDR::Iterator Probe::*iterator;
+        char const* ownDiscounts;
+        std::size_t owners;
+        std::size_t priceModels;
+    } const cases[] = {{&Probe::itDlPd, "", 0, 1},
+                       {&Probe::itSlSd, "5001:OWN ", 0, 1},
+                       {&Probe::itCbdCp, "5001:OWN ", 1, 0}};
+    for (auto const& each : cases) {
+        auto const bound = std::exchange(*plugIn.*each.iterator, EDR::Iterator());
+        process(head + breakdown("981") + packet("R", "PLAN", "PM") + ownAccount +
+                discountOwner("1_1001", "1_4001", "", "") + discount("1_5001", "OWN") +
+                sponsor("1_1005", "1_4002", "", "") + sponsorship("1_6001", "WORK50"));
+        *plugIn.*each.iterator = bound;
+        auto const& record = *recordOf("49171");
+        EXPECT_EQ(itemsText(record.accountInfo.ownDiscounts), each.ownDiscounts);
+        EXPECT_EQ(record.sharingMap.entries(), each.owners);
+        EXPECT_EQ(record.accountInfo.productInfo.priceModelCodes.entries(), each.priceModels);
+    }
 }
 
 // An account without a number is account 0, and so is an owner without one.

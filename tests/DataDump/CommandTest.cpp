@@ -38,6 +38,9 @@ TEST_P(Commands, AnswerAndAct) {
     EXPECT_EQ(queued().size(), GetParam().keepsEvents ? 1U : 0U);
     EXPECT_EQ(plugIn->eventMap.entries(), queued().size());
     EXPECT_EQ(plugIn->numberOfEvents, 10U);
+    workDone.set(true);
+    update(command, workDone);
+    EXPECT_TRUE(workDone.value());
 }
 
 std::string const noFile =

@@ -113,6 +113,19 @@ TEST_F(PlugInFixture, QueueBehavesLikeAListSearchedFromItsFront) {
     }
 }
 
+TEST(RefillList, KeepsItsStorageUnlessItIsUnusuallyLong) {
+    FCT::DataDump::RefillList<FCT::DataDump::OwnDiscountInfo> list;
+    for (auto const& [length, kept] : {std::pair(32, "kept"), std::pair(33, "")}) {
+        for (int i = 0; i < length; ++i) {
+            list.append().name = "kept";
+        }
+        list.clear();
+        EXPECT_EQ(list.entries(), 0U);
+        EXPECT_EQ(list.append().name, kept);
+        list.clear();
+    }
+}
+
 // Keys that are crowded into one corner of the table are found whatever is taken out between them.
 TEST(EventMap, FindsEveryKeyAfterAnyRenaming) {
     FCT::DataDump::EventMap map;

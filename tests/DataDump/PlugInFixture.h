@@ -39,6 +39,8 @@ public:
     using PlugIn::fields;
     using PlugIn::initServiceFieldMap;
     using PlugIn::itCbdCp;
+    using PlugIn::itDlPd;
+    using PlugIn::itSlSd;
     using PlugIn::numberOfEvents;
     using PlugIn::priceDataModule;
     using PlugIn::rateplanDataModule;
