@@ -1,18 +1,20 @@
 // What the capture costs: the plug-in and other ways to keep events, each as a ratio to the floor,
 // that is the same host reads and number conversions with nothing kept.
 //
-//   capture_bench              the table of ratios (medians of interleaved runs), then the
-//                              percentiles of single EDRs
-//   capture_bench --benchmark_filter=...  as usual for the benchmark library
+//   capture_bench [--benchmark_filter=...]   the benchmarks as usual for the benchmark library,
+//   then
+//                                            the table of ratios and the percentiles of single EDRs
 #include "CaptureRun.h"
 #include "Floor.h"
 #include "Keepers.h"
+#include "Turns.h"
 #include "support/AllocationCounter.h"
 
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
-#include <map>
+#include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -69,57 +71,66 @@ void measure(benchmark::State& state, Way const& way, Stream const& stream) {
     state.counters["allocations/EDR"] = static_cast<double>(counted) / events;
 }
 
-// Keeps the medians and prints them side by side.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    RatioReporter() : ConsoleReporter(OO_None) {}
+std::string nameOf(Way const& way, Stream const& stream) {
+    return fmt::format("{} | {}", way.name, stream.name);
+}
 
-    void ReportRuns(std::vector<Run> const& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (auto const& run : runs) {
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
-                medianM[run.run_name.function_name] = {run.counters.at("ns/EDR"),
-                                                       run.counters.at("allocations/EDR")};
-            }
+double median(std::vector<double> values) {
+    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// The costs of every way that can take part, turn by turn; the floor comes first.
+std::vector<std::vector<Cost>> compare(Stream const& stream) {
+    constexpr int turns = 30;
+    std::vector<std::unique_ptr<Contestant>> contestants;
+    for (auto const& way : ways) {
+        if (stream.capacity <= way.largestCapacity) {
+            contestants.push_back(
+                std::make_unique<Contestant>(way.make, stream, warmUpEvents(stream)));
         }
     }
+    std::vector<std::vector<Cost>> costs(contestants.size());
+    for (int turn = 0; turn < turns; ++turn) {
+        for (std::size_t i = 0; i < contestants.size(); ++i) {
+            costs[i].push_back(contestants[i]->takeTurn());
+        }
+    }
+    return costs;
+}
 
-    void printRatios() const {
-        fmt::print("\n{:<18}", "ratio to floor");
+std::string ratioToFloor(std::vector<Cost> const& costs, std::vector<Cost> const& floor) {
+    std::vector<double> ratios;
+    std::vector<double> nanoseconds;
+    std::vector<double> allocations;
+    for (std::size_t turn = 0; turn < costs.size(); ++turn) {
+        ratios.push_back(costs[turn].nanoseconds / floor[turn].nanoseconds);
+        nanoseconds.push_back(costs[turn].nanoseconds);
+        allocations.push_back(costs[turn].allocations);
+    }
+    return fmt::format("{:.2f} ({:.0f} ns, {:.1f})", median(ratios), median(nanoseconds),
+                       median(allocations));
+}
+
+void printRatios() {
+    fmt::print("\n{:<18}", "ratio to floor");
+    for (auto const& way : ways) {
+        fmt::print("{:>24}", way.name);
+    }
+    fmt::print("\n");
+    for (auto const& stream : streams) {
+        fmt::print("{:<18}", stream.name);
+        auto const costs = compare(stream);
+        std::size_t column = 0;
         for (auto const& way : ways) {
-            fmt::print("{:>24}", way.name);
+            bool const tookPart = stream.capacity <= way.largestCapacity;
+            fmt::print("{:>24}", tookPart ? ratioToFloor(costs[column++], costs.front()) : "-");
         }
         fmt::print("\n");
-        for (auto const& stream : streams) {
-            fmt::print("{:<18}", stream.name);
-            for (auto const& way : ways) {
-                auto const found = medianM.find(nameOf(way, stream));
-                auto const floor = medianM.find(nameOf(ways.front(), stream));
-                if (found == medianM.end() || floor == medianM.end()) {
-                    fmt::print("{:>24}", "-");
-                } else {
-                    fmt::print("{:>24}",
-                               fmt::format("{:.2f} ({:.0f} ns, {:.1f})",
-                                           found->second.nanoseconds / floor->second.nanoseconds,
-                                           found->second.nanoseconds, found->second.allocations));
-                }
-            }
-            fmt::print("\n");
-        }
-        fmt::print("in brackets: nanoseconds and heap allocations an EDR\n");
     }
-
-    static std::string nameOf(Way const& way, Stream const& stream) {
-        return fmt::format("{} | {}", way.name, stream.name);
-    }
-
-private:
-    struct Median {
-        double nanoseconds;
-        double allocations;
-    };
-    std::map<std::string, Median> medianM;
-};
+    fmt::print("medians of turns; in brackets: nanoseconds and heap allocations an EDR\n");
+}
 
 // Single EDRs, timed one by one. What reading the clock twice takes is taken off.
 void printPercentiles() {
@@ -143,8 +154,8 @@ void printPercentiles() {
             auto const empty = at(clock, 0.5);
             auto const median = at(taken, 0.5) - empty;
             auto const slowest = at(taken, 0.999) - empty;
-            fmt::print("{:<34}{:>10.0f}{:>10.0f}{:>10.2f}\n", RatioReporter::nameOf(way, stream),
-                       median, slowest, slowest / median);
+            fmt::print("{:<34}{:>10.0f}{:>10.0f}{:>10.2f}\n", nameOf(way, stream), median, slowest,
+                       slowest / median);
         }
     }
 }
@@ -159,14 +170,13 @@ int main(int argc, char** argv) {
         for (auto const& stream : bench::streams) {
             if (stream.capacity <= way.largestCapacity) {
                 benchmark::RegisterBenchmark(
-                    bench::RatioReporter::nameOf(way, stream).c_str(),
+                    bench::nameOf(way, stream).c_str(),
                     [&](benchmark::State& state) { bench::measure(state, way, stream); })
                     ->UseManualTime();
             }
         }
     }
-    bench::RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printRatios();
+    benchmark::RunSpecifiedBenchmarks();
+    bench::printRatios();
     bench::printPercentiles();
 }
