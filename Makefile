@@ -47,7 +47,7 @@ SOAK_EDRS ?= 100000000
 SOAK_RUNS ?= 100000000
 SOAK_REPEATS ?= 20
 SOAK_ALIAS_ROWS ?= 10000000
-soak: export LSAN_OPTIONS = suppressions=tests/leaks.supp:print_suppressions=0
+soak: export LSAN_OPTIONS = suppressions=$(CURDIR)/tests/leaks.supp:print_suppressions=0
 soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --preset asan -Wno-dev --log-level=WARNING
 	@cmake --build --preset asan --target differential allocation_failure_test output_fault_test
