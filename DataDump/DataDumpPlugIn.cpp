@@ -738,14 +738,20 @@ void PlugIn::capture(EDR::Container* container) {
     if (key == nullptr || !checkForEventAllocation(key, record) || record == nullptr) {
         return;
     }
-    record->accountInfo.accountId = accountId;
-    record->accountInfo.balanceGroupId = balanceGroupId;
-    record->serviceType = serviceType;
-    record->serviceId = serviceId;
-    record->chargingStartTime = startTime;
-    record->eventType = eventType;
-    populateDiscAndSpon(container, key, record);
-    populateProductInfo(container, key, record);
+    try {
+        record->accountInfo.accountId = accountId;
+        record->accountInfo.balanceGroupId = balanceGroupId;
+        record->serviceType = serviceType;
+        record->serviceId = serviceId;
+        record->chargingStartTime = startTime;
+        record->eventType = eventType;
+        populateDiscAndSpon(container, key, record);
+        populateProductInfo(container, key, record);
+    } catch (...) {
+        // What is filled half belongs to no EDR: until its next one the key is without a record.
+        key->hasRecord = false;
+        throw;
+    }
 }
 
 CapturedEvent* PlugIn::checkUniquenessInQueue(EventKey const& key) {
@@ -1091,16 +1097,16 @@ void PlugIn::forEachEventFromOldest(EventWriter writeEvent) {
     }
 }
 
-void PlugIn::dumpAllEvents(std::ostream& stream) {
-    LineWriter out(stream);
+void PlugIn::dumpAllEvents(std::ostream& out) {
+    LineWriter writer(out);
     forEachEventFromOldest([&](EventKey const& key, EventDetailRecord const* record) {
-        out << eventSeparator << endLine;
-        out << "Event type= Identifier=" << key.first << "   Service Code = " << key.second
-            << endLine;
+        writer << eventSeparator << endLine;
+        writer << "Event type= Identifier=" << key.first << "   Service Code = " << key.second
+               << endLine;
         if (record != nullptr) {
-            writeRecord(out, *record);
+            writeRecord(writer, *record);
         }
-        out << eventSeparator << endLine;
+        writer << eventSeparator << endLine;
     });
 }
 

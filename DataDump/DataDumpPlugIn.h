@@ -263,7 +263,8 @@ struct CapturedEvent : EventKey, QueueEntry {
 // constant time; renaming allocates nothing but room for a longer text.
 class EventMap {
 public:
-    // A key with its hash, so that several operations with one key compute it once.
+    // A key with its hash, so that several operations with one key compute it once; stands as
+    // long as the key does.
     struct HashedKey {
         HashedKey(EventKey const& key) noexcept;
 

@@ -90,8 +90,27 @@ protected:
         for (auto const* const event : plugIn->eventQueue) {
             ASSERT_NE(event, nullptr);
             EXPECT_EQ(plugIn->eventMap.find(*event), event);
+            if (event->hasRecord) {
+                expectOneEdr(event->record);
+            }
         }
         EXPECT_EQ(plugIn->eventQueue.entries() == 0, report().empty());
+    }
+
+    // All texts of a record are those of one EDR.
+    static void expectOneEdr(FCT::DataDump::EventDetailRecord const& record) {
+        auto const& text = record.eventType;
+        EXPECT_TRUE(record.identifier.str().starts_with(text.str()));
+        EXPECT_EQ(record.serviceType, text);
+        EXPECT_EQ(record.accountInfo.productInfo.name, text);
+        ASSERT_EQ(record.accountInfo.ownDiscounts.entries(), 1U);
+        EXPECT_EQ(record.accountInfo.ownDiscounts[0].name, text);
+        ASSERT_EQ(record.sharingMap.entries(), 2U);
+        EXPECT_EQ(record.sharingMap[0].owner.ownerType, text);
+        for (std::size_t i = 0; i < 2; ++i) {
+            ASSERT_EQ(record.sharingMap[i].items.entries(), 1U);
+            EXPECT_EQ(record.sharingMap[i].items[0].name, text);
+        }
     }
 
     // The operation with its allocations failing. Returns false when it made too few to fail.
