@@ -99,10 +99,10 @@ void Container::addBlock(BlockIndex const& block) {
         store.cells[i].text.clear();
         store.cells[i].number = 0;
     }
-    ++store.count;
     for (auto const child : kind.children) {
         storesM[child].firstOf.push_back(storesM[child].count);
     }
+    ++store.count;
 }
 
 void Container::setField(Index const& field, std::string_view text) {
@@ -142,11 +142,6 @@ Container::BlockRange Container::childrenOf(std::uint32_t parentBlock,
     auto const next = std::size_t{parentBlock} + 1;
     return {children.firstOf[parentBlock],
             next < children.firstOf.size() ? children.firstOf[next] : children.count};
-}
-
-inline std::uint32_t Container::currentBlock(std::uint32_t kind) const noexcept {
-    auto const cursor = storesM[kind].cursor;
-    return cursor != beforeFirst ? cursor : firstBlockOf(kind);
 }
 
 // The first block within the current block of its own parent.

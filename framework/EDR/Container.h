@@ -112,6 +112,11 @@ inline Container::Cell const* Container::cellAt(Index const& field,
                                : nullptr;
 }
 
+inline std::uint32_t Container::currentBlock(std::uint32_t kind) const noexcept {
+    auto const cursor = storesM[kind].cursor;
+    return cursor != beforeFirst ? cursor : firstBlockOf(kind);
+}
+
 inline Container::Cell const* Container::cellAtCursor(Index const& field) const noexcept {
     return field.isValid() ? cellAt(field, storesM[field.blockKind()].cursor) : nullptr;
 }
