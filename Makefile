@@ -6,7 +6,7 @@
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
 
 help: ## what can be made
-	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' Makefile | expand -t 16
+	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' Makefile | expand -t 20
 
 packages:
 	@tools/install-packages
@@ -81,12 +81,13 @@ coverage: packages ## tell what the tests reach; fails below 95 % of the plug-in
 	gcovr $(COVERAGE) --print-summary \
 	    --filter 'framework/|modules/|host/' --fail-under-line 90
 
-bench: packages ## measure the capture against other ways to keep events
+bench: packages ## measure the capture against other ways to keep events, and the reports
 	@tools/install-packages libbenchmark-dev libspdlog-dev
 	@cmake --preset bench -Wno-dev --log-level=WARNING
-	@cmake --build --preset bench --target capture_bench report_bench
+	@cmake --build --preset bench --target capture_bench capture_count report_bench
 	build/bench/bin/capture_bench --benchmark_min_time=0.05
 	build/bench/bin/report_bench
+	bench/count-reads build/bench/bin/capture_count
 
 bench-host: packages ## measure pipeline-host against simdjson alone, and what loading data takes
 	@tools/install-packages libbenchmark-dev libspdlog-dev

@@ -6,6 +6,8 @@
 #include "DataDumpPlugIn.h"
 #include "FCT/AccountServiceFieldMapEntry.h"
 
+#include <algorithm>
+
 namespace bench {
 
 // The values of one event, as the host's reads return them; they stand until the EDR changes.

@@ -4,7 +4,6 @@
 
 #include "EventReading.h"
 
-#include <benchmark/benchmark.h>
 #include <boost/multi_index/hashed_index.hpp>
 #include <boost/multi_index/member.hpp>
 #include <boost/multi_index/sequenced_index.hpp>
@@ -13,6 +12,8 @@
 #include <spdlog/spdlog.h>
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <iterator>
 #include <list>
 #include <map>
 #include <memory>

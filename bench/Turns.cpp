@@ -6,7 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <stdexcept>
 #include <system_error>
 
 namespace bench {
@@ -49,6 +51,9 @@ Contestant::Contestant(MakePlugIn const& make, Stream const& stream, std::size_t
     }
     std::fflush(nullptr);
     childM = fork();
+    if (childM < 0) {
+        throw std::system_error(errno, std::generic_category(), "fork");
+    }
     if (childM == 0) {
         close(ends[0]);
         try {
@@ -71,7 +76,8 @@ Contestant::~Contestant() {
 
 Cost Contestant::takeTurn() {
     Cost cost{};
-    if (write(socketM, &goAhead, 1) != 1 || read(socketM, &cost, sizeof cost) != sizeof cost) {
+    if (send(socketM, &goAhead, 1, MSG_NOSIGNAL) != 1 ||
+        read(socketM, &cost, sizeof cost) != sizeof cost) {
         throw std::runtime_error("a measured process is gone");
     }
     return cost;

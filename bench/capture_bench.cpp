@@ -1,9 +1,10 @@
 // What the capture costs: the plug-in and other ways to keep events, each as a ratio to the floor,
 // that is the same host reads and number conversions with nothing kept.
 //
-//   capture_bench [--benchmark_filter=...]   the benchmarks as usual for the benchmark library,
-//   then
-//                                            the table of ratios and the percentiles of single EDRs
+//   capture_bench [--benchmark_filter=...]
+//
+// prints the benchmarks as usual for the benchmark library, then the table of ratios and the
+// percentiles of single EDRs.
 #include "CaptureRun.h"
 #include "Floor.h"
 #include "Keepers.h"
