@@ -3,8 +3,11 @@
 #include "DataDump/PlugInFixture.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +16,7 @@
 #include <cstdlib>
 #include <functional>
 #include <random>
+#include <thread>
 
 namespace DataDumpTest {
 
@@ -116,6 +120,65 @@ TEST_F(OutputFault, LosesTheReportWithoutAWordAndNothingElse) {
     }
 }
 
+// The pipe takes less than the report at a time, and every write to it is interrupted.
+TEST_F(OutputFault, WritesOnAfterInterruptedAndShortWrites) {
+    auto const path = pathOf("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    // Open before the report is, which would wait for it.
+    auto const readEnd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GT(::fcntl(readEnd, F_SETPIPE_SZ, 4096), 0);
+    static std::atomic<unsigned> interrupts;
+    struct sigaction action {};
+    action.sa_handler = [](int) { ++interrupts; };
+    ASSERT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+    auto const writer = ::pthread_self();
+    std::atomic<bool> isWritten = false;
+    std::string received;
+    std::thread reader([&] {
+        char part[1000];
+        for (bool isLast = false; !isLast;) {
+            isLast = isWritten;
+            ::pthread_kill(writer, SIGALRM);
+            for (ssize_t got = 0; (got = ::read(readEnd, part, sizeof part)) > 0;) {
+                received.append(part, static_cast<std::size_t>(got));
+                ::pthread_kill(writer, SIGALRM);
+            }
+        }
+    });
+    EXPECT_TRUE(dump("DumpEvents", path));
+    isWritten = true;
+    reader.join();
+    ::close(readEnd);
+    EXPECT_EQ(received, report());
+    EXPECT_GT(interrupts, received.size() / 1000);
+}
+
+// In a child, for the small file system is to be nobody else's.
+TEST_F(OutputFault, KeepsWhatFitsIntoASmallFileSystem) {
+    enum Outcome { asExpected, different, notPermitted };
+    constexpr std::size_t size = 65536;
+    auto const expected = report();
+    auto const child = ::fork();
+    if (child == 0) {
+        auto const mountPoint = pathOf("small");
+        std::filesystem::create_directory(mountPoint);
+        if (::unshare(CLONE_NEWNS) != 0 ||
+            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("none", mountPoint.c_str(), "tmpfs", 0, "size=64k") != 0) {
+            ::_exit(notPermitted);
+        }
+        bool const isHandled = dump("DumpEvents", mountPoint + "/out");
+        bool const isPrefix = directory.read("small/out") == expected.substr(0, size);
+        ::_exit(isHandled && isPrefix && report() == expected ? asExpected : different);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    if (WEXITSTATUS(status) == notPermitted) {
+        GTEST_SKIP() << "mounting a file system is not permitted here";
+    }
+    EXPECT_EQ(status, asExpected);
+}
+
 TEST_F(OutputFault, KeepsEveryFinishedLineWhenTheProcessIsKilled) {
     ASSERT_TRUE(dump("Dump", pathOf("whole")));
     auto const whole = directory.read("whole");
@@ -125,7 +188,7 @@ TEST_F(OutputFault, KeepsEveryFinishedLineWhenTheProcessIsKilled) {
     auto& balances = *new (shared) std::atomic<unsigned>(0);
     balance.hook = [&] { ++balances; };
     std::mt19937 random(1);
-    for (int kill = 0; kill < 500; ++kill) {
+    for (int kill = 0; kill < 250; ++kill) {
         balances = 0;
         auto const moment = random() % events;
         auto const child = ::fork();
@@ -149,6 +212,31 @@ TEST_F(OutputFault, KeepsEveryFinishedLineWhenTheProcessIsKilled) {
         ASSERT_GE(torn.size(), end) << "killed at event " << moment;
     }
     ::munmap(shared, sizeof(std::atomic<unsigned>));
+}
+
+TEST_F(OutputFault, KeepsEveryByteOfAKilledReportThatWasInTheFile) {
+    auto const whole = report();
+    std::mt19937 random(2);
+    for (int kill = 0; kill < 250; ++kill) {
+        auto const moment = random() % whole.size();
+        std::filesystem::remove(pathOf("torn"));
+        auto const child = ::fork();
+        if (child == 0) {
+            dump("DumpEvents", pathOf("torn"));
+            ::_exit(0);
+        }
+        std::error_code notThereYet;
+        std::uintmax_t seen = 0;
+        do {
+            auto const size = std::filesystem::file_size(pathOf("torn"), notThereYet);
+            seen = notThereYet ? 0 : size;
+        } while (seen < moment && ::waitpid(child, nullptr, WNOHANG) == 0);
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        auto const torn = directory.read("torn");
+        ASSERT_TRUE(whole.starts_with(torn)) << "killed at byte " << moment;
+        ASSERT_GE(torn.size(), seen);
+    }
 }
 
 } // namespace
