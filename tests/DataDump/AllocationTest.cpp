@@ -9,39 +9,8 @@ namespace {
 
 constexpr std::size_t shapes = 16;
 
-// Texts too long to lie inside a string object, and lists of every kind.
-std::vector<support::EdrStep> const longTexts = {
-    {"INTERN_SERVICE_CODE", "TEL"},
-    {"EVENT_TYPE", "/event/session/telco/with/a/long/name"},
-    {"CUST_A"},
-    {"CUST_A.ACCOUNT_PARENT_ID", "1_1001"},
-    {"CUST_A.PRODUCT"},
-    {"CUST_A.PRODUCT.SERVICE_TYPE", "/service/telco/with/a/long/name"},
-    {"CUST_A.DL"},
-    {"CUST_A.DL.DISCOUNT_OWNER_ACCT_ID", "1_1001"},
-    {"CUST_A.DL.PD"},
-    {"CUST_A.DL.PD.DISCOUNT_MODEL", "a discount model with a long name"},
-    {"CUST_A.DL"},
-    {"CUST_A.DL.DISCOUNT_OWNER_ACCT_ID", "1_1002"},
-    {"CUST_A.DL.DISCOUNT_OWNER_ID", "1_4002"},
-    {"CUST_A.DL.DISCOUNT_OWNER_TYPE", "/group/sharing/with/a/long/name"},
-    {"CUST_A.DL.PD"},
-    {"CUST_A.DL.PD.DISCOUNT_MODEL", "a shared discount model with a long name"},
-    {"CUST_A.SL"},
-    {"CUST_A.SL.SPONSOR_OWNER_ACCT_ID", "1_1003"},
-    {"CUST_A.SL.SPONSOR_OWNER_ID", "1_4001"},
-    {"CUST_A.SL.SPONSOR_OWNER_TYPE", "/group/sponsor/with/a/long/name"},
-    {"CUST_A.SL.SD"},
-    {"CUST_A.SL.SD.DISCOUNT_MODEL", "a sponsorship model with a long name"},
-    {"ASS_CBD"},
-    {"ASS_CBD.RECORD_TYPE", "981"},
-    {"ASS_CBD.CP"},
-    {"ASS_CBD.CP.RATEPLAN_TYPE", "R"},
-    {"ASS_CBD.CP.RATEPLAN_CODE", "A_RATE_PLAN_WITH_A_LONG_NAME"},
-    {"ASS_CBD.CP.PRICEMODEL_CODE", "A_PRICE_MODEL_WITH_A_LONG_NAME"},
-    {"ASS_CBD.CP"},
-    {"ASS_CBD.CP.RATEPLAN_TYPE", "R"},
-    {"ASS_CBD.CP.PRICEMODEL_CODE", "ANOTHER_PRICE_MODEL_WITH_A_LONG_NAME"}};
+// Too long to lie inside a string object.
+constexpr char const* longText = "a text that is too long for the storage within a string";
 
 } // namespace
 
@@ -54,9 +23,8 @@ TEST_F(PlugInFixture, SteadyStateAllocatesNothing) {
     // a row: every second EDR is a repeat.
     for (std::size_t i = 0; i < shapes * 2; ++i) {
         edrs.push_back(std::make_unique<EDR::Container>(description));
-        support::fill(*edrs.back(), description, longTexts);
         auto const customer = "customer number " + std::to_string(i < shapes ? i : i / 2);
-        edrs.back()->setField(description.findField("DETAIL.A_NUMBER"), customer);
+        support::fill(*edrs.back(), description, fullEdr(customer.c_str(), longText));
         batch.append(edrs.back().get());
     }
     plugIn->processEdrContainer(batch);

@@ -27,9 +27,6 @@ public:
     using PlugIn::bindIterators;
     using PlugIn::blocks;
     using PlugIn::cbdRecordTypes;
-    using PlugIn::checkForEventAllocation;
-    using PlugIn::checkUniquenessInQueue;
-    using PlugIn::currentObjects;
     using PlugIn::discountDataModule;
     using PlugIn::dumpAllEvents;
     using PlugIn::dumpAllInMemoryData;
@@ -50,34 +47,6 @@ public:
     explicit Probe(std::string const& name) : PlugIn(name, "10003") {}
 };
 
-inline void addDiscount(FCT::DataDump::EventDetailRecord& record, unsigned long id,
-                        char const* model) {
-    auto& discount = record.accountInfo.ownDiscounts.append();
-    discount.objectId = id;
-    discount.name = model;
-}
-
-// Adds an owner, or finds the one of that id, and what it shares.
-struct SharedItem {
-    unsigned long id;
-    char const* model;
-    BAS::String sharingType;
-};
-inline void addOwner(FCT::DataDump::EventDetailRecord& record, unsigned long accountId,
-                     unsigned long ownerId, char const* ownerType, unsigned long balanceGroupId,
-                     std::vector<SharedItem> const& items) {
-    auto const place = record.sharingMap.findOrInsert(ownerId);
-    place.entry.owner.accountId = accountId;
-    place.entry.owner.ownerType = ownerType;
-    place.entry.owner.balanceGroupId = balanceGroupId;
-    for (auto const& item : items) {
-        auto& shared = place.entry.items.append();
-        shared.objectId = item.id;
-        shared.name = item.model;
-        shared.sharingType = item.sharingType;
-    }
-}
-
 inline std::vector<std::string> texts(RWTValOrderedVector<BAS::String> const& values) {
     std::vector<std::string> result;
     for (auto const& value : values) {
@@ -86,17 +55,39 @@ inline std::vector<std::string> texts(RWTValOrderedVector<BAS::String> const& va
     return result;
 }
 
-// Keeps what had arrived at each flush.
-class FlushRecorder : public std::stringbuf {
-public:
-    std::vector<std::string> flushed;
-
-protected:
-    int sync() override {
-        flushed.push_back(str());
-        return 0;
-    }
-};
+// An EDR with lists of every kind, each of whose texts is that one.
+inline std::vector<support::EdrStep> fullEdr(char const* customer, char const* text) {
+    return {{"INTERN_SERVICE_CODE", "TEL"},
+            {"A_NUMBER", customer},
+            {"EVENT_TYPE", text},
+            {"CUST_A"},
+            {"CUST_A.ACCOUNT_PARENT_ID", "1_1"},
+            {"CUST_A.PRODUCT"},
+            {"CUST_A.PRODUCT.SERVICE_TYPE", text},
+            {"CUST_A.DL"},
+            {"CUST_A.DL.DISCOUNT_OWNER_ACCT_ID", "1_1"},
+            {"CUST_A.DL.PD"},
+            {"CUST_A.DL.PD.DISCOUNT_MODEL", text},
+            {"CUST_A.DL"},
+            {"CUST_A.DL.DISCOUNT_OWNER_ID", "1_7"},
+            {"CUST_A.DL.DISCOUNT_OWNER_TYPE", text},
+            {"CUST_A.DL.PD"},
+            {"CUST_A.DL.PD.DISCOUNT_MODEL", text},
+            {"CUST_A.SL"},
+            {"CUST_A.SL.SPONSOR_OWNER_ID", "1_8"},
+            {"CUST_A.SL.SPONSOR_OWNER_TYPE", text},
+            {"CUST_A.SL.SD"},
+            {"CUST_A.SL.SD.DISCOUNT_MODEL", text},
+            {"ASS_CBD"},
+            {"ASS_CBD.RECORD_TYPE", "981"},
+            {"ASS_CBD.CP"},
+            {"ASS_CBD.CP.RATEPLAN_TYPE", "R"},
+            {"ASS_CBD.CP.RATEPLAN_CODE", text},
+            {"ASS_CBD.CP.PRICEMODEL_CODE", text},
+            {"ASS_CBD.CP"},
+            {"ASS_CBD.CP.RATEPLAN_TYPE", "R"},
+            {"ASS_CBD.CP.PRICEMODEL_CODE", text}};
+}
 
 class PlugInFixture : public testing::Test, protected SmallHost {
 protected:

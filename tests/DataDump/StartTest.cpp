@@ -32,23 +32,6 @@ TEST_F(PlugInFixture, AccountModuleAloneMakesAUsablePlugIn) {
     EXPECT_EQ(started.version(), "10003");
 }
 
-TEST_F(PlugInFixture, ConfiguredListsAndCapacityAreTakenAsTheyStand) {
-    keys["ChargeBreakDownRecordType"] = "982,981, 981,,983";
-    keys["RatePlanType"] = "R";
-    keys["NumberOfEvents"] = "0";
-    keys["ItemAssignDataModule"] = "NoSuchModule";
-    auto& started = start();
-    EXPECT_TRUE(started.isUsable());
-    EXPECT_THAT(texts(started.cbdRecordTypes), ElementsAre("982", " 981", "", "983", "981"));
-    EXPECT_THAT(texts(started.ratePlanTypes), ElementsAre("R"));
-    EXPECT_EQ(started.numberOfEvents, 0U);
-}
-
-TEST_F(PlugInFixture, CapacityThatIsNoNumberIsTheDefault) {
-    keys["NumberOfEvents"] = "many";
-    EXPECT_EQ(start().numberOfEvents, 10U);
-}
-
 TEST_F(PlugInFixture, ModulesAreFoundByFullNameBeforeThePool) {
     keys["AccountDataModule"] = "CustomerData";
     AccountModule named("CustomerData.Module", nullptr, calls);
@@ -235,8 +218,6 @@ TEST_P(DatabaseErrors, StopTheStart) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, DatabaseErrors,
     testing::Values(
-        DatabaseCase{"NoRowForThePipeline", "DELETE FROM KWL_PIPELINE WHERE PIPELINE = 'Main';",
-                     "ERR_EMPTY_SERVICE_FIELD_MAP(4) [Main]" + at, ""},
         DatabaseCase{"FailsWhileRowsAreRead",
                      "ALTER TABLE KWL_EDRC_FIELD RENAME TO FIELDS;"
                      "CREATE VIEW KWL_EDRC_FIELD AS SELECT FIELD_ID, CASE FIELD_ID WHEN 2 THEN "
@@ -246,17 +227,6 @@ INSTANTIATE_TEST_SUITE_P(
                      "INSERT INTO KWL_ALIAS_MAP VALUES('ZZZ', 'Account_CustA', 'ALL', 3);", "",
                      "ERR_EDR_FIELD_NOT_FOUND(5) [DETAIL.NOWHERE] [] [FCT_DataDump] []" + at}),
     [](auto const& tested) { return tested.param.title; });
-
-TEST_F(PlugInFixture, UnreachableDatabaseIsReported) {
-    start();
-    plugIn.reset();
-    Database gone("sqlite3://db=/no/such/directory/reference.db");
-    AccountModule misled("Misled.Module", &gone, calls);
-    auto& second = *(plugIn = std::make_unique<Probe>(plugInName));
-    second.accountDatabase = &gone;
-    EXPECT_FALSE(second.initServiceFieldMap());
-    EXPECT_THAT(registry.log.entries().back(), testing::StartsWith("ERR_DATABASE(5) [cannot open"));
-}
 
 TEST_F(PlugInFixture, NameOutsideAnyPipelineHasNoServiceFields) {
     start();

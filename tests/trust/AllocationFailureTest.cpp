@@ -44,33 +44,7 @@ protected:
             auto const number = text + std::to_string(customer);
             batch.containers.push_back(std::make_unique<EDR::Container>(description));
             batch.edrs.append(batch.containers.back().get());
-            support::fill(*batch.containers.back(), description,
-                          {{"INTERN_SERVICE_CODE", "TEL"},
-                           {"A_NUMBER", number.c_str()},
-                           {"EVENT_TYPE", text},
-                           {"CUST_A"},
-                           {"CUST_A.ACCOUNT_PARENT_ID", "1_1"},
-                           {"CUST_A.PRODUCT"},
-                           {"CUST_A.PRODUCT.SERVICE_TYPE", text},
-                           {"CUST_A.DL"},
-                           {"CUST_A.DL.DISCOUNT_OWNER_ACCT_ID", "1_1"},
-                           {"CUST_A.DL.PD"},
-                           {"CUST_A.DL.PD.DISCOUNT_MODEL", text},
-                           {"CUST_A.DL"},
-                           {"CUST_A.DL.DISCOUNT_OWNER_ID", "1_7"},
-                           {"CUST_A.DL.DISCOUNT_OWNER_TYPE", text},
-                           {"CUST_A.DL.PD"},
-                           {"CUST_A.DL.PD.DISCOUNT_MODEL", text},
-                           {"CUST_A.SL"},
-                           {"CUST_A.SL.SPONSOR_OWNER_ID", "1_8"},
-                           {"CUST_A.SL.SD"},
-                           {"CUST_A.SL.SD.DISCOUNT_MODEL", text},
-                           {"ASS_CBD"},
-                           {"ASS_CBD.RECORD_TYPE", "981"},
-                           {"ASS_CBD.CP"},
-                           {"ASS_CBD.CP.RATEPLAN_TYPE", "R"},
-                           {"ASS_CBD.CP.RATEPLAN_CODE", text},
-                           {"ASS_CBD.CP.PRICEMODEL_CODE", text}});
+            support::fill(*batch.containers.back(), description, fullEdr(number.c_str(), text));
         }
         return batch;
     }
