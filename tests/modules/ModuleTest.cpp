@@ -1,9 +1,4 @@
 // The modules as a host loads them: by library and entry name, from a registry.
-#include "DAT/AccountBatchPlugIn.h"
-#include "DAT/BalancePlugIn.h"
-#include "DAT/DiscountPlugIn.h"
-#include "DAT/RatingPricePlugIn.h"
-#include "DAT/RatingRateplanPlugIn.h"
 #include "DBC/DatabasePlugIn.h"
 #include "RW/RWDBDatabase.h"
 #include "RW/RWDBReader.h"
@@ -14,11 +9,9 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
-#include <iomanip>
 #include <thread>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -50,59 +43,7 @@ protected:
     support::RegistryFixture registry{database.directory().string()};
 };
 
-// Runs a dump of the module on a stream that pads its first value with dots.
-template <class Module, class Dump>
-std::string dump(BAS::RegisteredObject& object, Dump const& run) {
-    std::ostringstream out;
-    out << std::setfill('.') << std::setw(10);
-    run(dynamic_cast<Module&>(object), out);
-    return out.str();
-}
-
 } // namespace
-
-TEST_F(Modules, startAsTheClassesThatPlugInsLookForAndForwardTheirDumps) {
-    auto const login = started("DBC_Database", "Login");
-    registry.add("DataPool.Data.Module.Database", "Login");
-    auto const account = started("DAT_Account", "Data");
-    EXPECT_EQ(dynamic_cast<DAT::Account::BatchPlugIn&>(*account).database(), login.get());
-    EXPECT_EQ((dump<DAT::Account::BatchPlugIn>(
-                  *account,
-                  [](auto& module, auto& out) { module.getDataDump(out, "4917", 3L, "s", "e"); })),
-              "..Customer identifier 4917: not in memory");
-    registry.add("DataPool.Plan.Module.Database", "host.DataPool.Login");
-    auto const rateplan = started("DAT_Rateplan", "Plan");
-    EXPECT_EQ((dump<DAT::Rating::RateplanPlugIn>(
-                  *rateplan,
-                  [](auto& module, auto& out) { module.getDataDump(out, "R", 3L, "", "", ""); })),
-              "......Rate plan R version 3: not in memory");
-    registry.add("DataPool.Price.Module.Database", "Login");
-    auto const price = started("DAT_Price", "Price");
-    EXPECT_EQ((dump<DAT::Rating::PricePlugIn>(
-                  *price, [](auto& module, auto& out) { module.getDataDump(out, {"P"}); })),
-              ".........1 price model asked\n  price model P: not in memory");
-    registry.add("DataPool.Balance.Module.Database", "Login");
-    auto const balance = started("DAT_Balance", "Balance");
-    EXPECT_EQ((dump<DAT::Balance::PlugIn>(
-                  *balance, [](auto& module, auto& out) { module.getDataDump(out, {}); })),
-              ".........0 balance groups asked\n");
-    EXPECT_THAT(registry.log.entries(), IsEmpty());
-}
-
-TEST_F(Modules, dumpThreeKindsOfDiscountData) {
-    auto const login = started("DBC_Database", "Login");
-    auto const discount = startedData("DAT_Discount");
-    EXPECT_EQ((dump<DAT::Discount::PlugIn>(*discount,
-                                           [](auto& module, auto& out) {
-                                               module.getDiscountObjectDataDump(out, {1});
-                                               module.getSponsorshipObjectDataDump(out, {2});
-                                               RWTValOrderedVector<BAS::String> names{"M"};
-                                               module.getDscModelDataDump(out, names);
-                                           })),
-              ".........1 discount object asked\n    discount object 1: not in memory\n"
-              "1 sponsorship object asked\n    sponsorship object 2: not in memory\n"
-              "1 discount model asked\n    discount model M: not in memory\n");
-}
 
 TEST_F(Modules, giveEachThreadAConnectionThatOnlyReads) {
     auto const login = started("DBC_Database", "Login");
@@ -139,18 +80,6 @@ TEST_F(Modules, keepTheStatusOfABadRowOutOfTheirOwn) {
                             "@host.DataPool.Data.Module"));
 }
 
-TEST_F(Modules, staysInvalidWithOneErrorWhenATableIsMissing) {
-    database.run("DROP TABLE ACCOUNT_PRODUCT;");
-    auto const login = started("DBC_Database", "Login");
-    auto const account = startedData("DAT_Account");
-    EXPECT_FALSE(account->isUsable());
-    EXPECT_EQ(dynamic_cast<DAT::Account::BatchPlugIn&>(*account).database(), nullptr);
-    EXPECT_THAT(
-        registry.log.entries(),
-        ElementsAre(testing::StartsWith("ERR_DATABASE(5) [table ACCOUNT_PRODUCT can't be read: ")));
-    EXPECT_EQ(account->status().messageName(), BAS::String("ERR_DATABASE"));
-}
-
 TEST_F(Modules, reportWhatTheirRegistryLacks) {
     auto const login = started("DBC_Database", "Login");
     registry.add("DataPool.Empty.Module");
@@ -178,20 +107,4 @@ TEST_F(Modules, reportWhatTheirRegistryLacks) {
         ASSERT_EQ(log.size(), ++entries) << entry;
         EXPECT_EQ(log.back(), std::string(entry) + " @host.DataPool." + reference + ".Module");
     }
-}
-
-TEST_F(Modules, neverMakeADatabaseFile) {
-    registry.add("DataPool.Typo.Module.Connection", "sqlite3://db=refrence.db");
-    auto const typo = started("DBC_Database", "Typo");
-    auto const file = database.directory() / "refrence.db";
-    EXPECT_FALSE(typo->isUsable());
-    EXPECT_FALSE(std::filesystem::exists(file));
-    EXPECT_THAT(registry.log.entries(),
-                ElementsAre("ERR_DATABASE(5) [the database file '" + file.string() +
-                            "' does not exist] @host.DataPool.Typo.Module"));
-
-    registry.add("DataPool.Data.Module.Database", "Typo");
-    auto const account = started("DAT_Account", "Data");
-    EXPECT_FALSE(account->isUsable());
-    EXPECT_FALSE(std::filesystem::exists(file));
 }

@@ -140,6 +140,8 @@ TEST(SqliteFault, AFileThatIsNoDatabaseIsToldOnce) {
         std::filesystem::remove(file);
         each.fault();
         expectProblem(demo.run(server.connection()), each.told);
+        std::error_code error;
+        EXPECT_FALSE(std::filesystem::is_regular_file(file, error)) << "made";
     }
 }
 
