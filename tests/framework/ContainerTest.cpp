@@ -101,17 +101,6 @@ TEST_F(Edr, PositionedReadTakesOnePositionALevelOutermostFirst) {
     EXPECT_EQ(container->getString(EDR::Index(), {0}), "");
 }
 
-TEST_F(Edr, RefilledContainerRemembersNothing) {
-    fill(nested);
-    walk({"A", "A.X"});
-    fill({{"A"}, {"B"}, {"B.T", "b"}});
-    EXPECT_EQ(read("T"), "");
-    EXPECT_EQ(read("A.T"), "");
-    EXPECT_EQ(read("A.X.T", {0, 0}), "");
-    EXPECT_EQ(read("B.T"), "b");
-    EXPECT_THAT(walk({"A", "A.X"}), ElementsAre(""));
-}
-
 TEST_F(Edr, NumbersAndTimesAreReadByTypeOrFromTheText) {
     fill({{"T", "42"}, {"A"}, {"A.NUMBER", "-7"}, {"A.TIME", "19700101000000"}, {"A.T", "x"}});
     EXPECT_EQ(container->getLong(field("A.NUMBER")), -7);
