@@ -26,6 +26,15 @@ bool eventually(Condition condition) {
     return true;
 }
 
+// How often the part stands in the text.
+inline std::size_t count(std::string const& text, std::string const& part) {
+    std::size_t found = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++found;
+    }
+    return found;
+}
+
 class HostProcess {
 public:
     // Starts the program in the directory; its output goes to the files "out" and "err" there, or

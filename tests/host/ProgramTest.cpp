@@ -1,4 +1,5 @@
 // Runs the real program as an operator does.
+#include "HostProcess.h"
 #include "support/TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
@@ -16,14 +17,6 @@ struct Outcome {
     std::string out;
     std::string err;
 };
-
-std::size_t count(std::string const& text, std::string const& part) {
-    std::size_t found = 0;
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-        ++found;
-    }
-    return found;
-}
 
 class Program : public testing::Test {
 protected:

@@ -83,14 +83,6 @@ protected:
         return eventually([&] { return count(directoryM.read(file), text) >= times; });
     }
 
-    static std::size_t count(std::string const& text, std::string const& part) {
-        std::size_t found = 0;
-        for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-            ++found;
-        }
-        return found;
-    }
-
     support::TemporaryDirectory directoryM;
 
 private:

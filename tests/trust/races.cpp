@@ -26,14 +26,6 @@ void require(bool condition, std::string const& what) {
     }
 }
 
-std::size_t count(std::string const& text, std::string const& part) {
-    std::size_t found = 0;
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-        ++found;
-    }
-    return found;
-}
-
 std::string readSource(char const* name) {
     std::ifstream file(std::filesystem::path(SOURCES) / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
