@@ -45,6 +45,17 @@ TEST_F(PlugInFixture, ReportsGoFromTheOldestAndStopAtAnEmptyEntry) {
     }
 }
 
+TEST_F(PlugInFixture, DumpWithoutAnAccountModuleKeepsTheHeading) {
+    start();
+    processCustomer("1");
+    plugIn->accountDataModule = nullptr;
+    std::ostringstream out;
+    plugIn->dumpAllInMemoryData(out);
+    EXPECT_THAT(out.str(),
+                testing::HasSubstr("Account Info:\n--------------------\n\nUsed Rating"));
+    EXPECT_THAT(calls.list(), testing::IsEmpty());
+}
+
 TEST_F(PlugInFixture, EveryLineIsFlushed) {
     BalanceModule balance("host.DataPool.Balance.Module", calls);
     DiscountModule discount("host.DataPool.Discount.Module", calls);
@@ -56,7 +67,7 @@ TEST_F(PlugInFixture, EveryLineIsFlushed) {
         FlushRecorder buffer;
         std::ostream out(&buffer);
         (*plugIn.*report.write)(out);
-        EXPECT_EQ(buffer.flushed.size(), report.lines);
+        ASSERT_EQ(buffer.flushed.size(), report.lines);
         EXPECT_EQ(buffer.flushed.front(), report.firstLine);
         EXPECT_EQ(buffer.flushed.back(), buffer.str());
         for (auto const& text : buffer.flushed) {

@@ -218,6 +218,8 @@ TEST_P(DatabaseErrors, StopTheStart) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, DatabaseErrors,
     testing::Values(
+        DatabaseCase{"NoRowForThePipeline", "DELETE FROM KWL_PIPELINE WHERE PIPELINE = 'Main';",
+                     "ERR_EMPTY_SERVICE_FIELD_MAP(4) [Main]" + at, ""},
         DatabaseCase{"FailsWhileRowsAreRead",
                      "ALTER TABLE KWL_EDRC_FIELD RENAME TO FIELDS;"
                      "CREATE VIEW KWL_EDRC_FIELD AS SELECT FIELD_ID, CASE FIELD_ID WHEN 2 THEN "

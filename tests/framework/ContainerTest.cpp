@@ -166,6 +166,9 @@ TEST_F(Edr, FieldIsReadAtTheCursorOfItsOwnKind) {
     ASSERT_TRUE(a(block("A")));
     EXPECT_EQ(b.getString(field("A.T")), "a0");
     EXPECT_EQ(a.getString(field("B.T")), "b1");
+    // Filled anew, the container has its cursors before every block.
+    fill({{"A"}, {"A.T", "new"}});
+    EXPECT_EQ(a.getString(field("A.T")), "");
 }
 
 TEST_F(Edr, IteratorWithoutContainerOrBlockWalksNothing) {

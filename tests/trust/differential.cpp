@@ -34,7 +34,7 @@ std::optional<std::string> maybe(Random& random, std::vector<std::string> const&
 ModelConfiguration randomConfiguration(Random& random) {
     ModelConfiguration made;
     made.numberOfEvents = maybe(random, {"0", "1", "2", "3", "5", "17", "64", "1000", "+4", "-1",
-                                         "x", "", "18446744073709551615"});
+                                         "-0", "x", "", "18446744073709551615"});
     made.recordTypes =
         maybe(random, {"982", "981,982", "982,981,983", "", ",", " 981", "9,98,981"});
     made.ratePlanTypes = maybe(random, {"W", "R", "R,W", "W,R,r", "", "R,"});
