@@ -35,15 +35,15 @@ void EdrInput::readAhead() {
     }
 }
 
-bool EdrInput::next(std::unique_ptr<EDR::Container>& container) {
-    while (portionM == nullptr || takenM == portionM->edrCount) {
+bool EdrInput::next(EDR::Container& container) {
+    while (portionM == nullptr || takenM == portionM->edrs.count()) {
         if (!nextPortion()) {
             return false;
         }
     }
-    auto& edr = portionM->edrs[takenM++];
-    std::swap(container, edr.container);
-    offsetM = edr.end;
+    portionM->edrs.fill(container, takenM);
+    offsetM = portionM->edrs.endOf(takenM);
+    ++takenM;
     return true;
 }
 

@@ -14,7 +14,6 @@
 #include "RejectFile.h"
 
 #include <cstdint>
-#include <memory>
 #include <thread>
 
 namespace BAS {
@@ -37,10 +36,10 @@ public:
     EdrInput(EdrInput const&) = delete;
     EdrInput& operator=(EdrInput const&) = delete;
 
-    // Exchanges the container, which may be null, for the next EDR; false at the end of the input.
-    // Throws what reading throws: a BAS::Status when that, or writing the reject file, fails, and
-    // InputStopped when stop is set while the input has nothing to read.
-    bool next(std::unique_ptr<EDR::Container>& container);
+    // Fills the container with the next EDR; false at the end of the input. Throws what reading
+    // throws: a BAS::Status when that, or writing the reject file, fails, and InputStopped when
+    // stop is set while the input has nothing to read.
+    bool next(EDR::Container& container);
 
     // Behind the last EDR and everything that was rejected before it.
     InputPosition position() const noexcept { return {offsetM, rejectFileM.size()}; }

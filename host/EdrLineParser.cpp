@@ -1,7 +1,7 @@
 #include "EdrLineParser.h"
 
-#include "EDR/Container.h"
 #include "EdrDescriptionFile.h"
+#include "EdrDrafts.h"
 
 #include <algorithm>
 #include <array>
@@ -160,21 +160,21 @@ EdrLineParser::EdrLineParser(EDR::Description const& description)
     }
 }
 
-void EdrLineParser::parse(std::string_view line, EDR::Container& container) {
+void EdrLineParser::parse(std::string_view line, EdrDrafts& edrs) {
     newUnknownFieldsM.clear();
     pathM.clear();
     lineM = line;
     hasEscapesM = line.find('\\') != std::string_view::npos;
     documentM.reset();
     try {
-        parseRecord(line, container);
+        parseRecord(line, edrs);
     } catch (simdjson::simdjson_error const& error) {
         fail(error);
     }
 }
 
-void EdrLineParser::parseRecord(std::string_view line, EDR::Container& container) {
-    container.clear(EDR::detailRecord);
+void EdrLineParser::parseRecord(std::string_view line, EdrDrafts& edrs) {
+    edrs.begin(line);
     documentM =
         parserM
             .iterate(simdjson::padded_string_view(line.data(), line.size(), line.size() + padding))
@@ -186,14 +186,14 @@ void EdrLineParser::parseRecord(std::string_view line, EDR::Container& container
         fail("expected a JSON object, which begins with '{'");
     }
     simdjson::ondemand::object object = document.get_object();
-    parseBlock(object, EDR::Description::root().blockKind(), container);
+    parseBlock(object, EDR::Description::root().blockKind(), edrs);
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
         fail("more text after the JSON object");
     }
 }
 
 void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t kind,
-                               EDR::Container& container) {
+                               EdrDrafts& edrs) {
     auto const objectNumber = ++objectsM;
     auto& layout = layoutsM[kind];
     auto* previous = &layout.beforeFirst;
@@ -204,7 +204,7 @@ void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t
             parseUnknown(entry.value(), kind);
         } else {
             requireFirst(member->seenIn, objectNumber);
-            parseMember(entry.value(), *member, container);
+            parseMember(entry.value(), *member, edrs);
             previous = member;
         }
         pathM.pop_back();
@@ -237,18 +237,18 @@ EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entr
 }
 
 void EdrLineParser::parseMember(simdjson::ondemand::value& value, Member const& member,
-                                EDR::Container& container) {
+                                EdrDrafts& edrs) {
     if (member.field.isValid()) {
-        parseField(value, member.field, container);
+        parseField(value, member.field, edrs);
     } else if (member.block.isValid()) {
-        parseBlocks(value, member.block, container);
+        parseBlocks(value, member.block, edrs);
     } else {
-        parseRecordKind(value, container);
+        parseRecordKind(value, edrs);
     }
 }
 
 void EdrLineParser::parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
-                                EDR::Container& container) {
+                                EdrDrafts& edrs) {
     auto const type = value.type().value();
     if (type == json_type::null) {
         requireNull(value);
@@ -264,20 +264,20 @@ void EdrLineParser::parseBlocks(simdjson::ondemand::value& value, EDR::BlockInde
         if (auto const elementType = element.type().value(); elementType != json_type::object) {
             fail("expected an object, not " + std::string(typeName(elementType)));
         }
-        container.addBlock(block);
+        edrs.addBlock(block);
         simdjson::ondemand::object object = element.get_object();
-        parseBlock(object, block.blockKind(), container);
+        parseBlock(object, block.blockKind(), edrs);
     }
 }
 
 void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
-                               EDR::Container& container) {
+                               EdrDrafts& edrs) {
     switch (auto const type = value.type().value()) {
     case json_type::string:
-        container.setField(field, text(value));
+        edrs.setField(field, text(value));
         return;
     case json_type::number:
-        container.setField(field, numberText(value));
+        edrs.setField(field, numberText(value));
         return;
     case json_type::null:
         requireNull(value);
@@ -297,7 +297,7 @@ std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
     return token.substr(1, token.rfind('"') - 1);
 }
 
-void EdrLineParser::parseRecordKind(simdjson::ondemand::value& value, EDR::Container& container) {
+void EdrLineParser::parseRecordKind(simdjson::ondemand::value& value, EdrDrafts& edrs) {
     std::string_view name;
     auto const at = column();
     if (value.type().value() == json_type::string) {
@@ -308,7 +308,7 @@ void EdrLineParser::parseRecordKind(simdjson::ondemand::value& value, EDR::Conta
     if (found == recordKinds.end()) {
         fail("expected \"HEADER\", \"TRAILER\" or \"DETAIL\"", at);
     }
-    container.setRecordKind(found->kind);
+    edrs.setRecordKind(found->kind);
 }
 
 void EdrLineParser::parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind) {

@@ -1,4 +1,4 @@
-// Fills EDR containers from lines of JSON, one object a line: the fields of the top block by the
+// Takes EDRs from lines of JSON, one object a line: the fields of the top block by the
 // last part of their path, a block as an array of objects.
 //
 // One parser serves one input of one pipeline on one thread; it remembers which unknown fields it
@@ -20,11 +20,9 @@
 #include <unordered_set>
 #include <vector>
 
-namespace EDR {
-class Container;
-}
-
 namespace host {
+
+class EdrDrafts;
 
 // Why a line can't be taken, with the place in the JSON object where there is one.
 class EdrLineError : public std::runtime_error {
@@ -47,9 +45,9 @@ public:
 
     explicit EdrLineParser(EDR::Description const& description);
 
-    // Fills the container from a line behind which padding bytes may be read. Throws an
-    // EdrLineError when the line can't be taken; the container then holds part of it.
-    void parse(std::string_view line, EDR::Container& container);
+    // Adds the EDR of a line, behind which padding bytes may be read, to the others. Throws an
+    // EdrLineError when the line can't be taken; the last EDR is then part of it.
+    void parse(std::string_view line, EdrDrafts& edrs);
 
     // The paths of the fields of the last line that the description doesn't know and that no
     // earlier line had.
@@ -84,19 +82,16 @@ private:
         std::optional<std::size_t> position;
     };
 
-    void parseRecord(std::string_view line, EDR::Container& container);
-    void parseBlock(simdjson::ondemand::object& object, std::uint32_t kind,
-                    EDR::Container& container);
+    void parseRecord(std::string_view line, EdrDrafts& edrs);
+    void parseBlock(simdjson::ondemand::object& object, std::uint32_t kind, EdrDrafts& edrs);
     // Puts the member's name on the path; null when the description doesn't know it.
     Member* findMember(simdjson::ondemand::field& entry, BlockLayout& layout, Member& previous);
-    void parseMember(simdjson::ondemand::value& value, Member const& member,
-                     EDR::Container& container);
+    void parseMember(simdjson::ondemand::value& value, Member const& member, EdrDrafts& edrs);
     void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
-                     EDR::Container& container);
-    void parseField(simdjson::ondemand::value& value, EDR::Index const& field,
-                    EDR::Container& container);
+                     EdrDrafts& edrs);
+    void parseField(simdjson::ondemand::value& value, EDR::Index const& field, EdrDrafts& edrs);
     std::string_view text(simdjson::ondemand::value& value) const;
-    void parseRecordKind(simdjson::ondemand::value& value, EDR::Container& container);
+    void parseRecordKind(simdjson::ondemand::value& value, EdrDrafts& edrs);
     void parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind);
     void requireFirst(std::uint64_t& seenIn, std::uint64_t object);
     std::string path() const;

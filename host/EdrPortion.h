@@ -1,29 +1,21 @@
 // A part of an input on its way from the thread that reads it to the pipeline's: EDRs, and what was
-// wrong behind the last of them. Whoever has it at the time may use it; its storage is kept and
-// used again.
+// wrong behind the last of them. Whoever has it at the time may use it.
 #pragma once
 
 #include "BAS/Status.h"
-#include "EDR/Container.h"
+#include "EdrDrafts.h"
 
 #include <array>
 #include <cstdint>
 #include <exception>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace host {
 
 struct EdrPortion {
-    struct Edr {
-        std::unique_ptr<EDR::Container> container; // null until it is needed
-        std::uint64_t end = 0;                     // of its line, in bytes of the input
-    };
-
-    std::vector<Edr> edrs; // of which the first edrCount are filled
-    std::size_t edrCount = 0;
-    std::string rejected; // a line behind the EDRs, or a piece of a long one, as it was read
+    EdrDrafts edrs;
+    std::string rejected; // a line, or a piece of a long one, as it was read
     std::vector<BAS::Status> messages;
     // Where the input stands behind all of that.
     std::uint64_t end = 0;           // in bytes of the input

@@ -8,8 +8,9 @@ namespace host {
 
 namespace {
 
-// So that a large batch, too, is processed while it is read, and the EDRs stay in the cache.
-constexpr std::size_t mostEdrs = 100;
+// So that a large batch, too, is processed while it is read, and the portions stay in the cache.
+constexpr std::size_t mostEdrs = 64;
+constexpr std::size_t mostText = std::size_t{256} * 1024;
 
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
@@ -27,7 +28,7 @@ bool isBlank(std::string_view text) {
 }
 
 void empty(EdrPortion& portion) {
-    portion.edrCount = 0;
+    portion.edrs.clear();
     portion.rejected.clear();
     portion.messages.clear();
     portion.isLast = false;
@@ -38,7 +39,7 @@ void empty(EdrPortion& portion) {
 
 EdrReader::EdrReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
                      EDR::Description const& description, InputFile::Ends ends, std::uint64_t start)
-    : inputM(input), pipelineM(pipeline), descriptionM(description), fileM(input.file, ends),
+    : inputM(input), pipelineM(pipeline), fileM(input.file, ends),
       linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description),
       roomM(pipeline.batchSize) {
     while (linesM.offset() < start && linesM.nextLine()) {
@@ -51,15 +52,15 @@ void EdrReader::read(EdrPortion& portion) noexcept {
     empty(portion);
     auto const most = std::min(roomM, mostEdrs);
     try {
-        while (portion.edrCount < most && portion.rejected.empty() && portion.messages.empty() &&
-               !portion.isLast) {
+        while (portion.edrs.count() < most && portion.edrs.textSize() < mostText &&
+               portion.rejected.empty() && portion.messages.empty() && !portion.isLast) {
             readOn(portion);
         }
     } catch (...) {
         portion.isLast = true;
         portion.failure = std::current_exception();
     }
-    roomM = portion.edrCount == roomM ? pipelineM.batchSize : roomM - portion.edrCount;
+    roomM = portion.edrs.count() == roomM ? pipelineM.batchSize : roomM - portion.edrs.count();
     portion.end = linesM.offset();
     portion.bytesRead = fileM.bytesRead();
     portion.rejectedLines = rejectedLinesM;
@@ -77,20 +78,13 @@ void EdrReader::readOn(EdrPortion& portion) {
 }
 
 void EdrReader::takeLine(EdrPortion& portion) {
-    if (portion.edrCount == portion.edrs.size()) {
-        portion.edrs.emplace_back();
-    }
-    auto& edr = portion.edrs[portion.edrCount];
-    if (edr.container == nullptr) {
-        edr.container = std::make_unique<EDR::Container>(descriptionM);
-    }
     auto const text = jsonOf(linesM);
     try {
-        parserM.parse(text, *edr.container);
-        edr.end = linesM.offset();
-        ++portion.edrCount;
+        parserM.parse(text, portion.edrs);
+        portion.edrs.end(linesM.offset());
         reportUnknownFields(portion);
     } catch (EdrLineError const& error) {
+        portion.edrs.drop();
         reportUnknownFields(portion);
         auto const before = static_cast<std::size_t>(text.data() - linesM.raw().data());
         reject(portion, error.what(),

@@ -35,7 +35,6 @@ private:
 
     InputConfiguration inputM;
     PipelineConfiguration const& pipelineM;
-    EDR::Description const& descriptionM;
     InputFile fileM;
     LineReader linesM;
     EdrLineParser parserM;

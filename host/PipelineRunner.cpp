@@ -122,8 +122,8 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
 }
 
 PipelineRunner::Ending PipelineRunner::readToEnd(EdrInput& edrs, Event const& stop) {
-    while (edrs.next(nextPlace())) {
-        batchM.append(poolM[batchM.entries()].get());
+    for (auto* next = &nextContainer(); edrs.next(*next); next = &nextContainer()) {
+        batchM.append(next);
         if (batchM.entries() == configurationM.batchSize) {
             processBatch(edrs);
             if (stop.isSet()) {
@@ -134,12 +134,12 @@ PipelineRunner::Ending PipelineRunner::readToEnd(EdrInput& edrs, Event const& st
     return Ending::atEnd;
 }
 
-std::unique_ptr<EDR::Container>& PipelineRunner::nextPlace() {
+EDR::Container& PipelineRunner::nextContainer() {
     auto const place = batchM.entries();
     if (place == poolM.size()) {
-        poolM.emplace_back();
+        poolM.push_back(std::make_unique<EDR::Container>(descriptionM));
     }
-    return poolM[place];
+    return *poolM[place];
 }
 
 void PipelineRunner::processBatch(EdrInput const& edrs) {

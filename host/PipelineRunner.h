@@ -84,8 +84,7 @@ private:
     void runDirectory(Event const& stop);
     InputOutcome runInput(DirectoryInput const& input, Event const& stop);
     Ending readToEnd(EdrInput& edrs, Event const& stop);
-    // For the next EDR of the batch.
-    std::unique_ptr<EDR::Container>& nextPlace();
+    EDR::Container& nextContainer();
     void processBatch(EdrInput const& edrs);
     std::uint64_t callFunctions();
     bool call(PLG::FunctionPlugIn& function);
@@ -100,7 +99,7 @@ private:
     std::optional<InputDirectory> directoryM;
     std::vector<PLG::FunctionPlugIn*> functionsM;
     FairLock lockM;
-    EdrPortions portionsM;                              // that are read ahead
+    EdrPortions portionsM;                              // of the input, on their way
     std::vector<std::unique_ptr<EDR::Container>> poolM; // one for each place in a batch
     RWTPtrOrderedVector<EDR::Container> batchM;
     mutable std::mutex countersLockM;

@@ -4,6 +4,7 @@
 #include "EDR/Container.h"
 #include "EDR/Description.h"
 #include "EDR/Iterator.h"
+#include "EdrDrafts.h"
 #include "EdrLineParser.h"
 #include "FuzzInput.h"
 #include "QuotedText.h"
@@ -125,7 +126,9 @@ std::optional<std::string> take(host::EdrLineParser& parser, EDR::Description co
                                 EDR::Container& container, std::string line) {
     line.reserve(line.size() + host::EdrLineParser::padding);
     try {
-        parser.parse(line, container);
+        host::EdrDrafts edrs;
+        parser.parse(line, edrs);
+        edrs.fill(container, 0);
     } catch (host::EdrLineError const& error) {
         fuzz::promise(*error.what() != '\0', "a rejection tells why");
         fuzz::promise(error.column().value_or(1) >= 1 &&

@@ -52,10 +52,10 @@ protected:
         Outcome outcome;
         host::EdrInput input({directoryM.write(name, content), path("reject")}, pipelineM,
                              descriptionM, logM, portionsM);
-        std::unique_ptr<EDR::Container> container;
+        EDR::Container container(descriptionM);
         try {
             while (input.next(container)) {
-                auto const text = container->getString(descriptionM.findField("DETAIL.A")).str();
+                auto const text = container.getString(descriptionM.findField("DETAIL.A")).str();
                 outcome.edrs += text.starts_with(std::to_string(outcome.edrs) + "-") ? 1 : 0;
             }
         } catch (BAS::Status& status) {

@@ -31,8 +31,9 @@ protected:
         std::vector<std::string> edrs;
         host::EdrInput input({directoryM.write("in", text), rejectFile()}, pipelineM, descriptionM,
                              logM, portionsM);
-        for (std::unique_ptr<EDR::Container> container; input.next(container);) {
-            edrs.push_back(render(*container));
+        EDR::Container container(descriptionM);
+        while (input.next(container)) {
+            edrs.push_back(render(container));
         }
         rejectedM = input.rejectedLines();
         return edrs;

@@ -1,0 +1,55 @@
+#include "EdrDrafts.h"
+
+#include <functional>
+
+namespace host {
+
+void EdrDrafts::clear() noexcept {
+    edrsM.clear();
+    stepsM.clear();
+    textM.clear();
+}
+
+void EdrDrafts::begin(std::string_view line) {
+    edrsM.push_back({EDR::detailRecord, stepsM.size(), textM.size(), 0});
+    textM.append(line);
+    lineM = line;
+}
+
+void EdrDrafts::addBlock(EDR::BlockIndex const& block) {
+    stepsM.push_back({block.blockKind(), noField, 0, 0});
+}
+
+void EdrDrafts::setField(EDR::Index const& field, std::string_view text) {
+    std::less_equal<char const*> const isUpTo;
+    std::size_t begin = textM.size();
+    if (isUpTo(lineM.data(), text.data()) && isUpTo(text.data(), lineM.data() + lineM.size())) {
+        begin = edrsM.back().textBegin + static_cast<std::size_t>(text.data() - lineM.data());
+    } else {
+        textM.append(text);
+    }
+    stepsM.push_back({field.blockKind(), field.field(), static_cast<std::uint32_t>(begin),
+                      static_cast<std::uint32_t>(text.size())});
+}
+
+void EdrDrafts::drop() {
+    textM.resize(edrsM.back().textBegin);
+    stepsM.resize(edrsM.back().firstStep);
+    edrsM.pop_back();
+}
+
+void EdrDrafts::fill(EDR::Container& container, std::size_t edr) const {
+    container.clear(edrsM[edr].kind);
+    auto const end = edr + 1 < edrsM.size() ? edrsM[edr + 1].firstStep : stepsM.size();
+    for (auto i = edrsM[edr].firstStep; i < end; ++i) {
+        auto const& step = stepsM[i];
+        if (step.field == noField) {
+            container.addBlock(EDR::BlockIndex(step.blockKind));
+        } else {
+            container.setField(EDR::Index(step.blockKind, step.field),
+                               {textM.data() + step.textBegin, step.textSize});
+        }
+    }
+}
+
+} // namespace host
