@@ -31,7 +31,6 @@ public:
     void drop();
 
     std::size_t count() const noexcept { return edrsM.size(); }
-    std::size_t textSize() const noexcept { return textM.size(); }
     std::uint64_t endOf(std::size_t edr) const noexcept { return edrsM[edr].end; }
     void fill(EDR::Container& container, std::size_t edr) const;
 

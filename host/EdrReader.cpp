@@ -2,15 +2,9 @@
 
 #include "MessageCatalogue.h"
 
-#include <algorithm>
-
 namespace host {
 
 namespace {
-
-// So that a large batch, too, is processed while it is read, and the portions stay in the cache.
-constexpr std::size_t mostEdrs = 64;
-constexpr std::size_t mostText = std::size_t{256} * 1024;
 
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
@@ -40,8 +34,7 @@ void empty(EdrPortion& portion) {
 EdrReader::EdrReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
                      EDR::Description const& description, InputFile::Ends ends, std::uint64_t start)
     : inputM(input), pipelineM(pipeline), fileM(input.file, ends),
-      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description),
-      roomM(pipeline.batchSize) {
+      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description) {
     while (linesM.offset() < start && linesM.nextLine()) {
         while (linesM.nextPiece()) {
         }
@@ -50,20 +43,22 @@ EdrReader::EdrReader(InputConfiguration const& input, PipelineConfiguration cons
 
 void EdrReader::read(EdrPortion& portion) noexcept {
     empty(portion);
-    auto const most = std::min(roomM, mostEdrs);
     try {
-        while (portion.edrs.count() < most && portion.edrs.textSize() < mostText &&
-               portion.rejected.empty() && portion.messages.empty() && !portion.isLast) {
+        do {
             readOn(portion);
-        }
+        } while (!isComplete(portion));
     } catch (...) {
         portion.isLast = true;
         portion.failure = std::current_exception();
     }
-    roomM = portion.edrs.count() == roomM ? pipelineM.batchSize : roomM - portion.edrs.count();
     portion.end = linesM.offset();
     portion.bytesRead = fileM.bytesRead();
     portion.rejectedLines = rejectedLinesM;
+}
+
+bool EdrReader::isComplete(EdrPortion const& portion) const {
+    return portion.isLast || !portion.rejected.empty() || !portion.messages.empty() ||
+           (portion.edrs.count() > 0 && !linesM.hasLine());
 }
 
 void EdrReader::readOn(EdrPortion& portion) {

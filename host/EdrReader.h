@@ -1,6 +1,6 @@
-// Reads an input and parses it into portions. A portion ends with a full batch, with a line that
-// can't be taken or has fields that the EDR description doesn't know, and with the input: so nobody
-// waits for what comes later. Used by one thread at a time.
+// Reads an input and parses it into portions. A portion ends before the reader would have to read
+// on, with a line that can't be taken or has fields that the EDR description doesn't know, and with
+// the input: so nobody waits for what comes later. Used by one thread at a time.
 #pragma once
 
 #include "BAS/String.h"
@@ -27,6 +27,7 @@ public:
     void read(EdrPortion& portion) noexcept;
 
 private:
+    bool isComplete(EdrPortion const& portion) const;
     void readOn(EdrPortion& portion);
     void takeLine(EdrPortion& portion);
     void reject(EdrPortion& portion, std::string const& reason,
@@ -38,7 +39,6 @@ private:
     InputFile fileM;
     LineReader linesM;
     EdrLineParser parserM;
-    std::size_t roomM; // in the batch at hand
     std::uint64_t rejectedLinesM = 0;
     std::size_t unknownFieldsM = 0;
 };

@@ -7,7 +7,9 @@ namespace host {
 
 namespace {
 
-constexpr std::size_t leastCapacity = std::size_t{64} * 1024;
+// So much is read at a time, which stays in the cache until it is parsed.
+constexpr std::size_t blockSize = std::size_t{256} * 1024;
+constexpr std::size_t leastCapacity = 2 * blockSize;
 constexpr std::size_t longestLineEnd = 2;
 
 } // namespace
@@ -72,13 +74,16 @@ bool LineReader::takePiece() {
 }
 
 bool LineReader::readMore() {
-    if (endM == capacity()) {
+    if (beginM > 0) {
         std::memmove(bufferM.data(), bufferM.data() + beginM, endM - beginM);
         endM -= beginM;
         beginM = 0;
     }
-    auto const count = isAtEndM ? 0 : inputM.read({bufferM.data() + endM, capacity() - endM});
+    auto const room = std::min(capacity() - endM, blockSize);
+    auto const count = isAtEndM ? 0 : inputM.read({bufferM.data() + endM, room});
     isAtEndM = count == 0;
+    auto const found = std::string_view(bufferM.data() + endM, count).rfind('\n');
+    lastLineEndM = found == std::string_view::npos ? 0 : endM + found + 1;
     endM += count;
     return count > 0;
 }

@@ -23,6 +23,8 @@ public:
     bool nextLine();
     // Moves to the next piece of a line that is too long; false when the line is complete.
     bool nextPiece();
+    // Whether a whole line is there that nextLine takes without reading on.
+    bool hasLine() const noexcept { return pieceEndM < lastLineEndM; }
 
     // Counts from 1.
     std::uint64_t number() const noexcept { return numberM; }
@@ -49,7 +51,8 @@ private:
     std::vector<char> bufferM;
     std::size_t beginM = 0; // of the present piece
     std::size_t pieceEndM = 0;
-    std::size_t endM = 0; // of the bytes read
+    std::size_t lastLineEndM = 0; // of the bytes read
+    std::size_t endM = 0;
     std::uint64_t numberM = 0;
     std::uint64_t offsetM = 0;
     bool isTooLongM = false;

@@ -2,11 +2,15 @@
 
 #include "EDR/Container.h"
 #include "EDR/Iterator.h"
+#include "support/AllocationCounter.h"
 #include "support/EdrText.h"
 #include "support/LogRecorder.h"
 #include "support/TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -28,14 +32,25 @@ protected:
 
     // Reads the whole text and returns each EDR as "KIND A N [X(X...)...]".
     std::vector<std::string> readAll(std::string const& text) {
+        directoryM.write("in", text);
+        auto const input = open();
+        auto edrs = take(*input, SIZE_MAX);
+        rejectedM = input->rejectedLines();
+        return edrs;
+    }
+
+    std::unique_ptr<host::EdrInput> open(host::InputPosition const& start = {}) {
+        return std::make_unique<host::EdrInput>(host::InputConfiguration{inputFile(), rejectFile()},
+                                                pipelineM, descriptionM, logM, portionsM, nullptr,
+                                                start);
+    }
+
+    std::vector<std::string> take(host::EdrInput& input, std::size_t most) {
         std::vector<std::string> edrs;
-        host::EdrInput input({directoryM.write("in", text), rejectFile()}, pipelineM, descriptionM,
-                             logM, portionsM);
         EDR::Container container(descriptionM);
-        while (input.next(container)) {
+        while (edrs.size() < most && input.next(container)) {
             edrs.push_back(render(container));
         }
-        rejectedM = input.rejectedLines();
         return edrs;
     }
 
@@ -217,6 +232,62 @@ TEST_F(EdrInputs, StopReportingWhenEveryLineHasFieldsOfItsOwn) {
     EXPECT_EQ(readAll(text).size(), 500U);
     EXPECT_EQ(logM.entries().size(), 101U);
     EXPECT_THAT(logM.entries().back(), testing::StartsWith("ERR_EDR_FIELDS_UNKNOWN"));
+}
+
+// Whatever the reader has seen by then.
+TEST_F(EdrInputs, GoOnBehindAnyEdrAsIfNothingHadBeenReadAhead) {
+    std::string text;
+    for (int i = 0; i < 6; ++i) {
+        text += "{\"A\":\"" + std::to_string(i) + "\"}\n" + (i % 3 == 1 ? "\nbad\n" : "") +
+                (i == 4 ? "{\"A\":\"4\",\"Q\":0}\n" : "");
+    }
+    auto const all = readAll(text);
+    ASSERT_EQ(all.size(), 7U);
+    for (std::size_t taken = 0; taken <= all.size(); ++taken) {
+        SCOPED_TRACE(taken);
+        auto const logged = logM.entries().size();
+        auto first = open();
+        auto edrs = take(*first, taken);
+        auto const position = first->position();
+        first.reset();
+        // Lines 3 and 8 are rejected, each when the EDR behind it is asked for; the unknown field
+        // stands in the sixth EDR.
+        EXPECT_EQ(logM.entries().size() - logged, (taken > 2) + (taken > 5) + (taken > 6));
+        auto const second = open(position);
+        auto const rest = take(*second, SIZE_MAX);
+        edrs.insert(edrs.end(), rest.begin(), rest.end());
+        EXPECT_EQ(edrs, all);
+        EXPECT_EQ(directoryM.read("in.reject"), "bad\nbad\n");
+    }
+}
+
+// A reader that waits for bytes, or for memory, is waited for by nobody.
+TEST_F(EdrInputs, EndWithTheirReader) {
+    ASSERT_EQ(::mkfifo(inputFile().c_str(), 0600), 0);
+    int const writer = ::open(inputFile().c_str(), O_RDWR);
+    std::string const line = "{\"A\":\"1\"}\n";
+    auto input = open();
+    ASSERT_EQ(::write(writer, line.data(), line.size()), static_cast<ssize_t>(line.size()));
+    EXPECT_THAT(take(*input, 1), ElementsAre("3 1  []"));
+    input.reset();
+
+    portionsM = {};
+    input = open();
+    EDR::Container container(descriptionM);
+    std::exception_ptr failure;
+    support::failAllocations(0, SIZE_MAX);
+    auto const written = ::write(writer, line.data(), line.size());
+    try {
+        input->next(container);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    support::stopFailingAllocations();
+    ASSERT_EQ(written, static_cast<ssize_t>(line.size()));
+    ASSERT_NE(failure, nullptr);
+    EXPECT_THROW(std::rethrow_exception(failure), std::bad_alloc);
+    input.reset();
+    ::close(writer);
 }
 
 } // namespace
