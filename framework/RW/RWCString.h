@@ -20,7 +20,8 @@ public:
     RWCString(RWCString&&) noexcept = default;
     ~RWCString() = default;
     RWCString& operator=(RWCString const& other) {
-        // The usual case when a record is filled again, and the cheapest: the bytes go over the old.
+        // The usual case when a record is filled again, and the cheapest: the bytes go over the
+        // old.
         if (textM.size() == other.textM.size()) {
             std::memmove(textM.data(), other.textM.data(), textM.size());
         } else {
