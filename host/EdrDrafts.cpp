@@ -1,7 +1,5 @@
 #include "EdrDrafts.h"
 
-#include <functional>
-
 namespace host {
 
 void EdrDrafts::clear() noexcept {
@@ -18,18 +16,6 @@ void EdrDrafts::begin(std::string_view line) {
 
 void EdrDrafts::addBlock(EDR::BlockIndex const& block) {
     stepsM.push_back({block.blockKind(), noField, 0, 0});
-}
-
-void EdrDrafts::setField(EDR::Index const& field, std::string_view text) {
-    std::less_equal<char const*> const isUpTo;
-    std::size_t begin = textM.size();
-    if (isUpTo(lineM.data(), text.data()) && isUpTo(text.data(), lineM.data() + lineM.size())) {
-        begin = edrsM.back().textBegin + static_cast<std::size_t>(text.data() - lineM.data());
-    } else {
-        textM.append(text);
-    }
-    stepsM.push_back({field.blockKind(), field.field(), static_cast<std::uint32_t>(begin),
-                      static_cast<std::uint32_t>(text.size())});
 }
 
 void EdrDrafts::drop() {

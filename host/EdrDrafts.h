@@ -8,6 +8,7 @@
 #include "EDR/Index.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,5 +57,18 @@ private:
     std::string textM;        // of all EDRs: the line, and behind it the texts that aren't in it
     std::string_view lineM;   // of the last EDR, where it was read
 };
+
+// Inline, for it is what most of the parsing comes down to.
+inline void EdrDrafts::setField(EDR::Index const& field, std::string_view text) {
+    std::less_equal<char const*> const isUpTo;
+    std::size_t begin = textM.size();
+    if (isUpTo(lineM.data(), text.data()) && isUpTo(text.data(), lineM.data() + lineM.size())) {
+        begin = edrsM.back().textBegin + static_cast<std::size_t>(text.data() - lineM.data());
+    } else {
+        textM.append(text);
+    }
+    stepsM.push_back({field.blockKind(), field.field(), static_cast<std::uint32_t>(begin),
+                      static_cast<std::uint32_t>(text.size())});
+}
 
 } // namespace host

@@ -211,8 +211,9 @@ void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t
     }
 }
 
-EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entry,
-                                                 BlockLayout& layout, Member& previous) {
+// This and what it leads to for a field is inline: it is done for every member of every EDR.
+inline EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entry,
+                                                        BlockLayout& layout, Member& previous) {
     if (!hasEscapesM) {
         char const* const key = entry.key().raw();
         std::string_view const rest(key, static_cast<std::size_t>(lineM.end() - key));
@@ -236,8 +237,8 @@ EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entr
     return previous.next;
 }
 
-void EdrLineParser::parseMember(simdjson::ondemand::value& value, Member const& member,
-                                EdrDrafts& edrs) {
+inline void EdrLineParser::parseMember(simdjson::ondemand::value& value, Member const& member,
+                                       EdrDrafts& edrs) {
     if (member.field.isValid()) {
         parseField(value, member.field, edrs);
     } else if (member.block.isValid()) {
@@ -270,8 +271,8 @@ void EdrLineParser::parseBlocks(simdjson::ondemand::value& value, EDR::BlockInde
     }
 }
 
-void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
-                               EdrDrafts& edrs) {
+inline void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
+                                      EdrDrafts& edrs) {
     switch (auto const type = value.type().value()) {
     case json_type::string:
         edrs.setField(field, text(value));
@@ -288,7 +289,7 @@ void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index cons
 }
 
 // The text of a string; where it lies in the line, if it can.
-std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
+inline std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
     if (hasEscapesM) {
         return value.get_string();
     }
