@@ -155,7 +155,8 @@ void makeDatabase(std::filesystem::path const& directory) {
     sqlite3_close(database);
 }
 
-// Writes the generated registry with other input files, and without its plug-in unless wanted.
+// Writes the generated registry with the input so many times, under other names, and without its
+// plug-in unless wanted.
 std::string makeRegistry(std::filesystem::path const& directory, std::string const& name,
                          std::size_t timesFile, bool hasPlugIn) {
     std::string const files = "Files: [events.jsonl";
@@ -166,7 +167,10 @@ std::string makeRegistry(std::filesystem::path const& directory, std::string con
         text.erase(functions).append("\n");
     }
     for (std::size_t i = 1; i < timesFile; ++i) {
-        text.insert(filesEnd, ", events.jsonl");
+        auto const another = fmt::format("events-{}.jsonl", i);
+        std::filesystem::remove(directory / another);
+        std::filesystem::create_symlink("events.jsonl", directory / another);
+        text.insert(filesEnd, ", " + another);
     }
     auto const file = directory / name;
     std::ofstream(file) << text;
