@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 namespace host {
 
@@ -356,6 +357,9 @@ std::optional<std::size_t> EdrLineParser::column() {
 }
 
 void EdrLineParser::fail(simdjson::simdjson_error const& error) {
+    if (error.error() == simdjson::MEMALLOC) {
+        throw std::bad_alloc(); // the line may be good
+    }
     auto const at = path();
     auto const reason =
         error.error() == simdjson::UTF8_ERROR
