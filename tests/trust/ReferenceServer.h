@@ -102,7 +102,8 @@ private:
 class PostgresqlServer : public ReferenceServer {
 public:
     PostgresqlServer() {
-        psql("postgres", "DROP DATABASE IF EXISTS reference;\nCREATE DATABASE reference;\n");
+        psql("postgres",
+             "DROP DATABASE IF EXISTS reference WITH (FORCE);\nCREATE DATABASE reference;\n");
         fill();
     }
 
