@@ -86,6 +86,7 @@ inline std::vector<support::EdrStep> fullEdr(char const* customer, char const* t
             {"ASS_CBD.CP.PRICEMODEL_CODE", text},
             {"ASS_CBD.CP"},
             {"ASS_CBD.CP.RATEPLAN_TYPE", "R"},
+            {"ASS_CBD.CP.RATEPLAN_CODE", text},
             {"ASS_CBD.CP.PRICEMODEL_CODE", text}};
 }
 
