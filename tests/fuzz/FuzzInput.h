@@ -3,7 +3,7 @@
 #pragma once
 
 #include "BAS/Status.h"
-#include "StartFailure.h"
+#include "base/StartFailure.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

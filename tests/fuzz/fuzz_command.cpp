@@ -1,5 +1,5 @@
-#include "CommandFile.h"
 #include "FuzzInput.h"
+#include "commands/CommandFile.h"
 
 namespace {
 

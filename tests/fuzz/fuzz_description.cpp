@@ -1,8 +1,8 @@
 #include "EDR/Container.h"
 #include "EDR/Description.h"
-#include "EdrDescriptionFile.h"
 #include "FuzzInput.h"
-#include "QuotedText.h"
+#include "base/QuotedText.h"
+#include "registry/EdrDescriptionFile.h"
 
 namespace {
 

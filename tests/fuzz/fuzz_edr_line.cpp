@@ -4,10 +4,10 @@
 #include "EDR/Container.h"
 #include "EDR/Description.h"
 #include "EDR/Iterator.h"
-#include "EdrDrafts.h"
-#include "EdrLineParser.h"
 #include "FuzzInput.h"
-#include "QuotedText.h"
+#include "base/QuotedText.h"
+#include "input/EdrLineParser.h"
+#include "input/ParsedEdrs.h"
 
 #include <optional>
 
@@ -126,7 +126,7 @@ std::optional<std::string> take(host::EdrLineParser& parser, EDR::Description co
                                 EDR::Container& container, std::string line) {
     line.reserve(line.size() + host::EdrLineParser::padding);
     try {
-        host::EdrDrafts edrs;
+        host::ParsedEdrs edrs;
         parser.parse(line, edrs);
         edrs.fill(container, 0);
     } catch (host::EdrLineError const& error) {

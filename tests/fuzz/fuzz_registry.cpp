@@ -1,6 +1,6 @@
 #include "BAS/String.h"
 #include "FuzzInput.h"
-#include "Registry.h"
+#include "registry/Registry.h"
 
 #include <set>
 

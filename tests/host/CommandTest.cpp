@@ -1,4 +1,4 @@
-#include "Command.h"
+#include "commands/Command.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Compressed inputs as the ordinary tools make them.
-#include "EdrInput.h"
+#include "input/ReadAheadInput.h"
 
 #include "BAS/Status.h"
 #include "EDR/Container.h"
@@ -50,8 +50,8 @@ protected:
     // Reads a file until its end or until it fails.
     Outcome readAll(std::string const& name, std::string const& content) {
         Outcome outcome;
-        host::EdrInput input({directoryM.write(name, content), path("reject")}, pipelineM,
-                             descriptionM, logM, portionsM);
+        host::ReadAheadInput input({directoryM.write(name, content), path("reject")}, pipelineM,
+                                   descriptionM, logM, portionsM);
         EDR::Container container(descriptionM);
         try {
             while (input.next(container)) {
@@ -68,7 +68,7 @@ protected:
     host::PipelineConfiguration pipelineM;
     support::TemporaryDirectory directoryM;
     support::LogRecorder logM;
-    host::EdrPortions portionsM;
+    host::InputPortions portionsM;
 };
 
 TEST_F(CompressedInput, ReadsAsTheTextThatWasCompressed) {

@@ -1,4 +1,4 @@
-#include "EdrDescriptionFile.h"
+#include "registry/EdrDescriptionFile.h"
 
 #include "StartFailureText.h"
 #include "support/TemporaryDirectory.h"

@@ -1,4 +1,4 @@
-#include "FairLock.h"
+#include "base/FairLock.h"
 
 #include "HostProcess.h"
 

@@ -1,6 +1,6 @@
 // Runs the real program on generated input, with the real plug-in and data modules.
-#include "GeneratorCatalogue.h"
-#include "GeneratorRandom.h"
+#include "generate/GeneratorCatalogue.h"
+#include "generate/GeneratorRandom.h"
 #include "support/TemporaryDirectory.h"
 
 #include <gmock/gmock.h>

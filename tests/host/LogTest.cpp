@@ -1,5 +1,5 @@
-#include "LogFile.h"
-#include "MessageCatalogue.h"
+#include "base/LogFile.h"
+#include "base/MessageCatalogue.h"
 #include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Registry.h"
+#include "registry/Registry.h"
 
 #include "StartFailureText.h"
 #include "support/TemporaryDirectory.h"

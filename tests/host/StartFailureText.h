@@ -1,8 +1,8 @@
 // The problems of a start that fails, as texts.
 #pragma once
 
-#include "MessageCatalogue.h"
-#include "StartFailure.h"
+#include "base/MessageCatalogue.h"
+#include "base/StartFailure.h"
 
 #include <string>
 #include <vector>

@@ -2,10 +2,10 @@
 // test's choice.
 #pragma once
 
-#include "Host.h"
-#include "MessageCatalogue.h"
 #include "ReferenceServer.h"
-#include "Service.h"
+#include "base/MessageCatalogue.h"
+#include "run/Host.h"
+#include "run/Service.h"
 #include "support/LogRecorder.h"
 
 namespace trust {
@@ -58,7 +58,7 @@ public:
             outcome.problems.push_back(host::messageText(problem));
         }
         if (outcome.problems.empty()) {
-            host::Event const stop;
+            host::Notification const stop;
             host::Service(host, stop, nullptr).run();
             for (auto const* const key_ : {"DumpEvents", "Dump"}) {
                 auto const file = (directoryM.path() / key_).string();

@@ -1,8 +1,8 @@
 // The pipeline's name goes into a statement as a bound value and into the log as text, whatever it
 // is, and the service fields that it selects may be many.
 #include "DataDump/PlugInFixture.h"
-#include "LogFile.h"
 #include "ReferenceServer.h"
+#include "base/LogFile.h"
 
 #include <sys/resource.h>
 

@@ -1,0 +1,54 @@
+// A log with one record a line: UTC time, level, pipeline or "-", object or "-", message name and
+// text, each after a blank. The process log and the logs of the pipelines are such files.
+//
+// Each record is written and flushed at once by itself, at the end of the file; several logs may
+// share a file. Any thread may write.
+#pragma once
+
+#include "BAS/LogSink.h"
+#include "BAS/Status.h"
+#include "base/FileDescriptor.h"
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+class LogFile : public BAS::LogSink {
+public:
+    // Writes to standard error what is at least that severe. On a terminal, a record takes the
+    // place of the progress line.
+    explicit LogFile(BAS::Status::Severity least);
+    // Appends to the file. Throws a BAS::Status when it can't be opened.
+    LogFile(std::filesystem::path const& file, BAS::Status::Severity least);
+
+    void write(BAS::Status const& status) override;
+
+    // True when a record could not be written.
+    bool hasFailed() const noexcept { return hasFailedM; }
+
+private:
+    std::mutex lockM;
+    FileDescriptor fileM;
+    BAS::Status::Severity leastM;
+    bool isTerminalM = false;
+    std::atomic<bool> hasFailedM{false};
+};
+
+// The level of that name, or nothing.
+std::optional<BAS::Status::Severity> levelOfName(std::string_view name);
+std::string levelName(BAS::Status::Severity level);
+// The names of all levels, from the least severe.
+std::span<std::string_view const> levelNames();
+
+// The record of a status, with its line end. The pipeline is read from the object's registered
+// name.
+std::string logRecord(BAS::Status const& status, std::chrono::system_clock::time_point time);
+
+} // namespace host

@@ -1,0 +1,22 @@
+#include "base/Notification.h"
+
+#include "base/SystemError.h"
+
+#include <sys/eventfd.h>
+
+namespace host {
+
+Notification::Notification() : descriptorM(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (!descriptorM.isOpen()) {
+        throw systemStatus("eventfd", errno);
+    }
+}
+
+void Notification::set() noexcept {
+    auto const savedError = errno; // a signal handler's caller doesn't expect it to change
+    isSetM = true;
+    static_cast<void>(::eventfd_write(descriptorM.number(), 1));
+    errno = savedError;
+}
+
+} // namespace host

@@ -1,0 +1,12 @@
+// Standard error as a terminal on which one line, the progress, is drawn again in its place.
+#pragma once
+
+namespace host {
+
+// Moves the cursor to the start of the line and clears it.
+constexpr char const* eraseTerminalLine = "\r\x1b[K";
+
+// Whether standard error is a terminal on which a line can be erased.
+bool canEraseTerminalLine();
+
+} // namespace host

@@ -1,0 +1,44 @@
+// A YAML file as a tree of texts that knows where each key stands. Every scalar is its text; one
+// that is empty or null is the empty text.
+#pragma once
+
+#include "base/Problems.h"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+struct YamlMember;
+
+struct YamlNode {
+    enum class Kind { text, map, sequence };
+
+    Kind kind = Kind::text;
+    FilePosition position;
+    std::string text;
+    std::vector<YamlMember> members; // of a map, in the order of the file
+    std::vector<YamlNode> items;     // of a sequence
+
+    // The member of that key, or null.
+    YamlMember const* find(std::string_view key) const;
+};
+
+struct YamlMember {
+    std::string key;
+    FilePosition position; // of the key
+    YamlNode value;
+};
+
+// What a kind of node is called in messages.
+std::string_view yamlKindName(YamlNode::Kind kind);
+
+// Reads a file of one document, which messages call as the problems do. A key that is given twice,
+// a key that is no text, an alias and a second document are added to the problems. Throws a
+// BAS::Status when the file can't be read, and a StartFailure with the problems so far when it is
+// empty, no text in UTF-8 or no YAML.
+YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems);
+
+} // namespace host

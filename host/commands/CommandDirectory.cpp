@@ -1,0 +1,140 @@
+#include "commands/CommandDirectory.h"
+
+#include "BAS/LogSink.h"
+#include "base/StartFailure.h"
+#include "base/SystemError.h"
+#include "commands/CommandFile.h"
+#include "commands/CommandReport.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <climits>
+
+namespace host {
+
+namespace {
+
+constexpr char const* takenSuffix = ".taken";
+// What the longest name that is made from a command file's has besides its stem.
+constexpr std::string_view longestAddition = "..result.tmp";
+constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
+
+std::filesystem::path withSuffix(std::filesystem::path const& directory, std::string const& name,
+                                 char const* suffix) {
+    return directory / std::filesystem::path(name).replace_extension(suffix);
+}
+
+// A configuration file's place and what is wrong there, without the message's name.
+std::vector<std::string> textsOf(StartFailure const& failure) {
+    std::vector<std::string> texts;
+    for (auto const& problem : failure.problems) {
+        texts.push_back(messageText(problem));
+    }
+    return texts;
+}
+
+} // namespace
+
+void CommandDirectory::requireSafe(std::filesystem::path const& directory) {
+    requireUsableDirectory(directory);
+    struct stat found = {};
+    if (::stat(directory.c_str(), &found) != 0) {
+        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, errno);
+    }
+    bool const isOwnersOnly = (found.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    if (!isOwnersOnly || (found.st_uid != ::geteuid() && found.st_uid != 0)) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_DIRECTORY_NOT_PRIVATE",
+                         {directory.string(), std::to_string(found.st_uid),
+                          fmt::format("{:04o}", found.st_mode & 07777),
+                          std::to_string(::geteuid())});
+    }
+}
+
+CommandDirectory::CommandDirectory(std::filesystem::path directory, Execute execute,
+                                   BAS::LogSink& log)
+    : directoryM(std::move(directory)), executeM(std::move(execute)), logM(log),
+      lockM(lockDirectory(directoryM)), watchM(directoryM) {
+    answerInterrupted();
+}
+
+void CommandDirectory::answerInterrupted() {
+    for (auto const& name : completeFiles(directoryM, takenSuffix)) {
+        auto const original = std::filesystem::path(name).replace_extension(commandSuffix).string();
+        auto const status =
+            makeStatus(BAS::Status::error, {}, "ERR_COMMAND_INTERRUPTED", {original});
+        logM.write(status);
+        answer(original, problemFileText(original, {messageText(status)}));
+    }
+}
+
+// The command files that can be answered; any other is logged once and stays.
+std::vector<std::string> CommandDirectory::waiting() {
+    auto names = completeFiles(directoryM, commandSuffix);
+    std::erase_if(names, [this](std::string const& name) {
+        bool const isTooLong = std::filesystem::path(name).stem().native().size() > longestStem;
+        if (isTooLong && passedByM.insert(name).second) {
+            logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
+                                  {name, fmt::format("its name is too long, expected at most {} "
+                                                     "bytes before '{}'",
+                                                     longestStem, commandSuffix)}));
+        }
+        return isTooLong;
+    });
+    return names;
+}
+
+void CommandDirectory::takeAll(Notification const& stop) {
+    watchM.takeChanges();
+    for (auto names = waiting(); !names.empty(); names = waiting()) {
+        for (auto const& name : names) {
+            if (stop.isSet()) {
+                return;
+            }
+            take(name);
+        }
+    }
+}
+
+void CommandDirectory::take(std::string const& name) {
+    auto const taken = withSuffix(directoryM, name, takenSuffix);
+    if (::rename((directoryM / name).c_str(), taken.c_str()) != 0) {
+        if (errno == ENOENT) {
+            return; // withdrawn
+        }
+        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directoryM, errno);
+    }
+    answer(name, carryOut(taken, name));
+}
+
+// Returns the text of the result file.
+std::string CommandDirectory::carryOut(std::filesystem::path const& file, std::string const& name) {
+    std::vector<std::string> problems;
+    try {
+        std::vector<CommandResult> results;
+        for (auto const& command : readCommandFile(file, name)) {
+            results.push_back(executeM(command));
+        }
+        return resultFileText(name, results);
+    } catch (StartFailure const& failure) {
+        problems = textsOf(failure);
+    } catch (BAS::Status const& status) {
+        problems = {messageText(status)};
+    }
+    logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
+                          {name, fmt::format("{}", fmt::join(problems, "; "))}));
+    return problemFileText(name, problems);
+}
+
+// The command file goes when its result is there.
+void CommandDirectory::answer(std::string const& name, std::string const& text) {
+    try {
+        writeWholeFile(withSuffix(directoryM, name, resultSuffix), text);
+    } catch (BAS::Status const& status) {
+        hasFailedM = true;
+        logM.write(status);
+    }
+    ::unlink(withSuffix(directoryM, name, takenSuffix).c_str());
+}
+
+} // namespace host

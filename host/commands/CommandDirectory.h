@@ -1,0 +1,58 @@
+// The directory into which operators put command files. Files are taken in order of name; each is
+// answered by a result file and removed. While a file is carried out it bears the suffix ".taken",
+// so that its sender can tell whether it can still be withdrawn, and no command is carried out
+// twice. Used by one thread; one host has a directory at a time.
+#pragma once
+
+#include "base/DropDirectory.h"
+#include "base/Notification.h"
+#include "commands/Command.h"
+
+#include <functional>
+#include <set>
+
+namespace BAS {
+class LogSink;
+}
+
+namespace host {
+
+class CommandDirectory {
+public:
+    using Execute = std::function<CommandResult(Command const&)>;
+
+    // Throws a BAS::Status when the directory can't be used, or when others than the user and root
+    // can put files there.
+    static void requireSafe(std::filesystem::path const& directory);
+
+    // Takes a directory that is safe for this host alone, and answers commands in whose middle an
+    // earlier host ended. The log stays the caller's. Throws a BAS::Status when the directory can't
+    // be used.
+    CommandDirectory(std::filesystem::path directory, Execute execute, BAS::LogSink& log);
+
+    // Readable when command files may have come.
+    int descriptor() const noexcept { return watchM.descriptor(); }
+    // Carries out all files that wait, until there is none or stop is set. Throws a BAS::Status
+    // when the directory can't be used any more.
+    void takeAll(Notification const& stop);
+
+    // A result couldn't be written.
+    bool hasFailed() const noexcept { return hasFailedM; }
+
+private:
+    void answerInterrupted();
+    std::vector<std::string> waiting();
+    void take(std::string const& name);
+    std::string carryOut(std::filesystem::path const& file, std::string const& name);
+    void answer(std::string const& name, std::string const& text);
+
+    std::filesystem::path directoryM;
+    Execute executeM;
+    BAS::LogSink& logM;
+    FileDescriptor lockM;
+    DirectoryWatch watchM;
+    std::set<std::string> passedByM; // names that leave no room for a result's
+    bool hasFailedM = false;
+};
+
+} // namespace host

@@ -1,0 +1,53 @@
+// Which files a command has written. The host doesn't know what the keys of an object mean, so it
+// goes by the files themselves: it looks at every path that a value can name before the command and
+// again behind it.
+#pragma once
+
+#include "BAS/RegistryEntry.h"
+#include "commands/WriteWatch.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// A file that a key of a command names.
+struct NamedFile {
+    std::string key;
+    std::filesystem::path path; // absolute
+    bool isOpened = false;      // for writing, by the command
+    std::uint64_t size = 0;     // bytes behind the command, of a regular file that was opened
+    std::string reason;         // why it wasn't opened, as far as that can be seen
+};
+
+class NamedFiles {
+public:
+    // Watches the files that the keys below the entry name, from now on. The watch must outlive the
+    // object.
+    NamedFiles(BAS::RegistryEntry const& update, WriteWatch& watch);
+    NamedFiles(NamedFiles const&) = delete;
+    NamedFiles& operator=(NamedFiles const&) = delete;
+    ~NamedFiles();
+
+    // The files that were opened since; and those that weren't although their value holds a '/', by
+    // which it is taken for a path.
+    std::vector<NamedFile> report() const;
+
+private:
+    // What a value can name, and the file that is there before the command.
+    struct Candidate {
+        std::string key;
+        std::filesystem::path path;
+        bool looksLikePath = false;
+        std::optional<std::uint64_t> inode;
+        WriteWatch::Number watched = -1;
+    };
+
+    WriteWatch& watchM;
+    std::vector<Candidate> candidatesM;
+};
+
+} // namespace host

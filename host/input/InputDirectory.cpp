@@ -1,0 +1,210 @@
+#include "input/InputDirectory.h"
+
+#include "BAS/LogSink.h"
+#include "base/Poll.h"
+#include "base/SystemError.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+constexpr char const* doneDirectory = "done";
+constexpr char const* stateFile = ".state";
+constexpr char const* rejectSuffix = ".reject";
+constexpr char const* failedSuffix = ".failed";
+
+std::filesystem::path madeDirectory(std::filesystem::path const& directory) {
+    if (::mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST) {
+        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, errno);
+    }
+    requireUsableDirectory(directory);
+    return directory;
+}
+
+// When anything about the file changed, its rights included; 0 for a file that isn't there.
+std::int64_t timeOfChange(std::filesystem::path const& file) {
+    struct stat found = {};
+    return ::stat(file.c_str(), &found) == 0
+               ? found.st_ctim.tv_sec * 1'000'000'000L + found.st_ctim.tv_nsec
+               : 0;
+}
+
+bool isThere(std::filesystem::path const& file) {
+    return ::faccessat(AT_FDCWD, file.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// Returns 0 or the error's number, which is EEXIST when the target is there.
+int renameToNew(std::filesystem::path const& from, std::filesystem::path const& to) {
+    return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0
+                                                                                            : errno;
+}
+
+} // namespace
+
+InputDirectory::InputDirectory(std::filesystem::path directory, BAS::String const& pipeline,
+                               BAS::LogSink& log)
+    : directoryM(std::move(directory)), doneM(madeDirectory(directoryM / doneDirectory)),
+      pipelineM(pipeline), logM(log), lockM(lockDirectory(directoryM)), watchM(directoryM),
+      stateFileM(doneM / stateFile) {
+    list();
+    resume(stateFileM.read());
+}
+
+std::optional<DirectoryInput> InputDirectory::next(Notification const& stop) {
+    while (!stop.isSet()) {
+        auto const name = nextName();
+        if (!name) {
+            waitForAny({watchM.descriptor(), stop.descriptor()});
+        } else if (begin(*name)) {
+            return DirectoryInput{{pathOf(*name), doneM / (currentM.doneName + rejectSuffix)},
+                                  currentM.position};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> InputDirectory::nextName() {
+    if (watchM.takeChanges()) {
+        list();
+    }
+    while (!waitingM.empty()) {
+        auto name = std::move(waitingM.front());
+        waitingM.pop_front();
+        auto const passedBy = passedByM.find(name);
+        if (passedBy == passedByM.end() || passedBy->second != timeOfChange(pathOf(name))) {
+            return name;
+        }
+    }
+    return std::nullopt;
+}
+
+void InputDirectory::list() {
+    auto names = completeFiles(directoryM);
+    waitingM.assign(std::make_move_iterator(names.begin()), std::make_move_iterator(names.end()));
+}
+
+// The file of the state comes first when it is still the same.
+void InputDirectory::resume(std::optional<InputState> const& state) {
+    if (!state) {
+        return;
+    }
+    auto const waiting = std::find(waitingM.begin(), waitingM.end(), state->name);
+    if (waiting == waitingM.end()) {
+        return;
+    }
+    if (FileIdentity::of(pathOf(state->name)) != state->identity) {
+        report(makeStatus(BAS::Status::warning, {}, "ERR_INPUT_CHANGED",
+                          {pathOf(state->name).string()}));
+        return;
+    }
+    currentM = *state;
+    waitingM.erase(waiting);
+    waitingM.push_front(state->name);
+}
+
+// Makes the file the current one; false when it is gone.
+bool InputDirectory::begin(std::string const& name) {
+    auto const identity = FileIdentity::of(pathOf(name));
+    if (!identity) {
+        failOnce(name, fileStatus("ERR_FILE_NOT_READABLE", pathOf(name), errno));
+        return false;
+    }
+    bool const isInterrupted = currentM.position.bytes > 0 && currentM.name == name;
+    if (isInterrupted && currentM.identity == *identity) {
+        report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_RESUMED",
+                          {pathOf(name).string(), std::to_string(currentM.position.bytes)}));
+    } else {
+        currentM = {name, *identity, {}, freeDoneName(name)};
+    }
+    return true;
+}
+
+// A name that neither a file nor its rejects bear in the directory of what is done: the file's own,
+// or with a number.
+std::string InputDirectory::freeDoneName(std::string const& name) const {
+    auto candidate = name;
+    for (int number = 2;
+         isThere(doneM / candidate) || isThere(doneM / (candidate + rejectSuffix)) ||
+         isThere(doneM / (candidate + failedSuffix));
+         ++number) {
+        candidate = name + "." + std::to_string(number);
+    }
+    return candidate;
+}
+
+void InputDirectory::keepPosition(InputPosition const& position) {
+    currentM.position = position;
+    try {
+        stateFileM.write(currentM);
+    } catch (BAS::Status const& status) {
+        fail(status);
+    }
+}
+
+void InputDirectory::finish() {
+    moveAway({});
+    passedByM.erase(currentM.name);
+}
+
+void InputDirectory::passBy(BAS::Status const& reason) {
+    failOnce(currentM.name, reason);
+}
+
+void InputDirectory::giveUp(BAS::Status const& reason) {
+    ++failedFilesM;
+    report(reason);
+    moveAway(failedSuffix);
+}
+
+void InputDirectory::moveAway(std::string const& suffix) {
+    auto const from = pathOf(currentM.name);
+    auto to = doneM / (currentM.doneName + suffix);
+    int error = renameToNew(from, to);
+    while (error == EEXIST) {
+        to = doneM / (freeDoneName(currentM.name) + suffix);
+        error = renameToNew(from, to);
+    }
+    if (error == ENOENT) {
+        failOnce(currentM.name,
+                 makeStatus(BAS::Status::warning, {}, "ERR_INPUT_VANISHED", {from.string()}));
+    } else if (error != 0) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_MOVED",
+                         {from.string(), to.string(), std::generic_category().message(error)});
+    } else {
+        report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_DONE", {from.string(), to.string()}));
+    }
+    currentM = {};
+    try {
+        stateFileM.clear();
+    } catch (BAS::Status const& status) {
+        fail(status);
+    }
+}
+
+void InputDirectory::failOnce(std::string const& name, BAS::Status status) {
+    ++failedFilesM;
+    if (auto const changed = timeOfChange(pathOf(name)); changed != 0) {
+        passedByM[name] = changed;
+    }
+    report(std::move(status));
+}
+
+void InputDirectory::report(BAS::Status status) {
+    status.setObjectName(pipelineM);
+    logM.write(status);
+}
+
+// A failure of what the host writes is told the first time only.
+void InputDirectory::fail(BAS::Status const& status) {
+    if (!hasFailedM) {
+        report(status);
+    }
+    hasFailedM = true;
+}
+
+} // namespace host

@@ -1,0 +1,82 @@
+#include "input/InputStateFile.h"
+
+#include "base/SystemError.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <sstream>
+
+namespace host {
+
+namespace {
+
+// Holds two file names of the greatest length that file systems know, and is within one sector on
+// all but the oldest disks.
+constexpr std::size_t recordSize = 1024;
+constexpr char padding = '\n';
+// A name may hold any byte but these two.
+constexpr char nameEnd = '/';
+
+std::optional<InputState> parse(std::string const& record) {
+    InputState state;
+    std::istringstream text(record);
+    auto& identity = state.identity;
+    auto& position = state.position;
+    text >> position.bytes >> position.rejectedBytes >> identity.inode >> identity.size >>
+        identity.modified;
+    text.ignore(1); // the blank before the names
+    std::getline(text, state.name, nameEnd);
+    std::getline(text, state.doneName, nameEnd);
+    if (!text || text.eof() || state.name.empty() || state.doneName.empty()) {
+        return std::nullopt;
+    }
+    return state;
+}
+
+} // namespace
+
+std::optional<FileIdentity> FileIdentity::of(std::filesystem::path const& file) {
+    struct stat found = {};
+    if (::stat(file.c_str(), &found) != 0) {
+        return std::nullopt;
+    }
+    return FileIdentity{found.st_ino, static_cast<std::uint64_t>(found.st_size),
+                        found.st_mtim.tv_sec * 1'000'000'000L + found.st_mtim.tv_nsec};
+}
+
+InputStateFile::InputStateFile(std::filesystem::path file)
+    : fileM(std::move(file)),
+      descriptorM(::open(fileM.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+    if (!descriptorM.isOpen()) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, errno);
+    }
+}
+
+std::optional<InputState> InputStateFile::read() const {
+    std::string record(recordSize, padding);
+    auto const count = ::pread(descriptorM.number(), record.data(), record.size(), 0);
+    record.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+    return parse(record);
+}
+
+void InputStateFile::write(InputState const& state) {
+    writeRecord(fmt::format("{} {} {} {} {} {}{}{}{}", state.position.bytes,
+                            state.position.rejectedBytes, state.identity.inode, state.identity.size,
+                            state.identity.modified, state.name, nameEnd, state.doneName, nameEnd));
+}
+
+void InputStateFile::clear() {
+    writeRecord({});
+}
+
+void InputStateFile::writeRecord(std::string record) {
+    record.resize(recordSize, padding);
+    auto const written = ::pwrite(descriptorM.number(), record.data(), record.size(), 0);
+    if (written != static_cast<ssize_t>(record.size())) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, written < 0 ? errno : ENOSPC);
+    }
+}
+
+} // namespace host

@@ -1,0 +1,123 @@
+#include "input/PortionReader.h"
+
+#include "base/MessageCatalogue.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+
+// The line without what editors put in front of a file.
+std::string_view jsonOf(LineReader const& lines) {
+    auto text = lines.line();
+    if (lines.number() == 1 && text.starts_with(byteOrderMark)) {
+        text.remove_prefix(byteOrderMark.size());
+    }
+    return text;
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+void empty(InputPortion& portion) {
+    portion.edrs.clear();
+    portion.rejected.clear();
+    portion.messages.clear();
+    portion.isLast = false;
+    portion.failure = nullptr;
+}
+
+} // namespace
+
+PortionReader::PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
+                             EDR::Description const& description, InputFile::Ends ends,
+                             std::uint64_t start)
+    : inputM(input), pipelineM(pipeline), fileM(input.file, ends),
+      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description) {
+    while (linesM.offset() < start && linesM.nextLine()) {
+        while (linesM.nextPiece()) {
+        }
+    }
+}
+
+void PortionReader::read(InputPortion& portion) noexcept {
+    empty(portion);
+    try {
+        do {
+            readOn(portion);
+        } while (!isComplete(portion));
+    } catch (...) {
+        portion.isLast = true;
+        portion.failure = std::current_exception();
+    }
+    portion.end = linesM.offset();
+    portion.bytesRead = fileM.bytesRead();
+    portion.rejectedLines = rejectedLinesM;
+}
+
+bool PortionReader::isComplete(InputPortion const& portion) const {
+    return portion.isLast || !portion.rejected.empty() || !portion.messages.empty() ||
+           (portion.edrs.count() > 0 && !linesM.hasLine());
+}
+
+void PortionReader::readOn(InputPortion& portion) {
+    if (!linesM.nextPiece() && !linesM.nextLine()) {
+        portion.isLast = true;
+    } else if (linesM.isTooLong()) {
+        reject(portion,
+               "the line is longer than " + std::to_string(pipelineM.maxLineLength) + " bytes");
+    } else if (!isBlank(jsonOf(linesM))) {
+        takeLine(portion);
+    }
+}
+
+void PortionReader::takeLine(InputPortion& portion) {
+    auto const text = jsonOf(linesM);
+    try {
+        parserM.parse(text, portion.edrs);
+        portion.edrs.end(linesM.offset());
+        reportUnknownFields(portion);
+    } catch (EdrLineError const& error) {
+        portion.edrs.drop();
+        reportUnknownFields(portion);
+        auto const before = static_cast<std::size_t>(text.data() - linesM.raw().data());
+        reject(portion, error.what(),
+               error.column() ? std::optional(before + *error.column()) : std::nullopt);
+    }
+}
+
+// Of a long line, piece by piece; the last one tells the reason.
+void PortionReader::reject(InputPortion& portion, std::string const& reason,
+                           std::optional<std::size_t> column) {
+    portion.rejected = linesM.raw();
+    if (!linesM.isComplete()) {
+        return;
+    }
+    ++rejectedLinesM;
+    auto const place =
+        std::to_string(linesM.number()) + (column ? ":" + std::to_string(*column) : std::string());
+    portion.messages.push_back(
+        makeStatus(BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_REJECTED",
+                   {inputM.file.string(), place, reason, inputM.rejectFile.string()}));
+}
+
+void PortionReader::reportUnknownFields(InputPortion& portion) {
+    if (parserM.newUnknownFields().empty()) {
+        return;
+    }
+    auto const& file = inputM.file.string();
+    auto const line = std::to_string(linesM.number());
+    for (auto const& field : parserM.newUnknownFields()) {
+        portion.messages.push_back(makeStatus(BAS::Status::warning, pipelineM.registeredName,
+                                              "ERR_EDR_FIELD_UNKNOWN", {file, line, field}));
+        if (++unknownFieldsM == EdrLineParser::maxUnknownFields) {
+            portion.messages.push_back(
+                makeStatus(BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_FIELDS_UNKNOWN",
+                           {file, line, std::to_string(EdrLineParser::maxUnknownFields)}));
+        }
+    }
+}
+
+} // namespace host

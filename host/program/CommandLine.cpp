@@ -1,0 +1,259 @@
+#include "program/CommandLine.h"
+
+#include "base/LogFile.h"
+#include "base/NearestName.h"
+#include "base/PrintableText.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <simdjson.h>
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+
+namespace host {
+
+namespace {
+
+constexpr char const* description =
+    "Runs the function plug-ins of an event rating pipeline without the production host.";
+constexpr char const* exitCodes =
+    "Exit codes:\n"
+    "  0    done\n"
+    "  1    done, but input was rejected, a command was not handled or a plug-in threw\n"
+    "  2    the command line is wrong\n"
+    "  3    the start failed\n"
+    "  4    an input or output failed\n"
+    "  75   no host answered in time\n"
+    "  130  ended by a second signal\n\n"
+    "pipeline-host COMMAND --help tells its options and shows examples.\n";
+constexpr char const* runExamples =
+    "Inputs are those of the registry. With an input directory the host runs until SIGTERM\n"
+    "or SIGINT. Results go to standard output, everything else to the log.\n\nExamples:\n"
+    "  pipeline-host run registry.yaml\n"
+    "  pipeline-host run registry.yaml --json --at-end \\\n"
+    "      \"host.Pipelines.Main.Functions.DataDump.Module DumpEvents='/tmp/my events.txt'\"\n";
+constexpr char const* checkExamples =
+    "Every problem is told, and warnings; nothing is run and no log file is written.\n\nExamples:\n"
+    "  pipeline-host check registry.yaml\n"
+    "  runuser -u pipeline-host -- pipeline-host check /etc/pipeline-host/main/registry.yaml\n";
+constexpr char const* sendExamples =
+    "The command goes through the command directory of the registry.\n\nExamples:\n"
+    "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
+    "      DumpEvents=/tmp/events.txt\n"
+    "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
+    "      ClearData --timeout 5\n";
+constexpr char const* generateExamples =
+    "The directory gets EDRs, a registry, the EDR description and the database scripts that\n"
+    "belong to them. Customers, services, discounts and sponsors are distributed by Zipf's law\n"
+    "with the exponent 1. The same options make the same files.\n\nExamples:\n"
+    "  pipeline-host generate --output /tmp/day\n"
+    "  pipeline-host generate --output /tmp/big --events 1000000 --customers 50000 --seed 7\n";
+
+struct VerbName {
+    char const* name;
+    CommandLine::Verb verb;
+};
+constexpr std::array verbNames = {
+    VerbName{"run", CommandLine::Verb::run},
+    VerbName{"check", CommandLine::Verb::check},
+    VerbName{"send", CommandLine::Verb::send},
+    VerbName{"generate", CommandLine::Verb::generate},
+};
+
+// The texts of the command line before they are taken apart.
+struct Texts {
+    std::string registry;
+    std::string logLevel;
+    std::vector<std::string> atEnd;
+    std::string object;
+    std::vector<std::string> keys;
+    double timeout = 0;
+};
+
+template <class... Argument>
+Command parsed(std::string const& place, Argument const&... argument) {
+    try {
+        return parseCommand(argument...);
+    } catch (std::invalid_argument const& error) {
+        throw CLI::ValidationError(place, error.what());
+    }
+}
+
+// A command is sent as a file, which holds text.
+void requireText(std::span<std::string const> words) {
+    for (auto const& word : words) {
+        if (!simdjson::validate_utf8(word)) {
+            throw CLI::ValidationError("the command",
+                                       "'" + printable(word) + "' is no text in UTF-8");
+        }
+    }
+}
+
+BAS::Status::Severity parsedLevel(std::string const& name) {
+    auto const level = levelOfName(name);
+    if (!level) {
+        auto const known = levelNames();
+        throw CLI::ValidationError("--log-level",
+                                   fmt::format("'{}' is no level{}; expected one of {}", name,
+                                               nearestNameHint(name, {known.begin(), known.end()}),
+                                               fmt::join(known, ", ")));
+    }
+    return *level;
+}
+
+void addRun(CLI::App& app, Texts& texts, CommandLine& commandLine) {
+    auto& run = *app.add_subcommand("run", "Run the pipelines until their inputs end");
+    run.footer(runExamples);
+    run.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
+    run.add_option("--at-end", texts.atEnd,
+                   "OBJECT KEY[=VALUE]... as one text, carried out after the last input; "
+                   "may be given again")
+        ->type_name("COMMAND")
+        ->allow_extra_args(false);
+    run.add_flag("--quiet", commandLine.isQuiet, "No progress line and no summary");
+    run.add_flag("--json", commandLine.isJson,
+                 "Results of commands and the summary as one line of JSON")
+        ->excludes("--quiet");
+    run.add_option("--log-level", texts.logLevel,
+                   "Log only what is at least that severe: debug, info, notice, warning, error, "
+                   "critical")
+        ->type_name("LEVEL")
+        ->default_str("info");
+}
+
+void addCheck(CLI::App& app, Texts& texts) {
+    auto& check =
+        *app.add_subcommand("check", "Start everything, report every problem, run nothing");
+    check.footer(checkExamples);
+    check.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
+}
+
+void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
+    auto& send =
+        *app.add_subcommand("send", "Give a running host a command and wait for its result");
+    send.footer(sendExamples);
+    send.add_option("REGISTRY", texts.registry, "The registry file of the host")
+        ->type_name("")
+        ->required();
+    send.add_option("OBJECT", texts.object, "The registered object")->type_name("")->required();
+    send.add_option("KEY", texts.keys, "KEY[=VALUE], with the rest of the text as the value")
+        ->type_name("")
+        ->required();
+    send.add_option("--timeout", texts.timeout, "How long to wait")
+        ->type_name("SECONDS")
+        ->default_val(commandLine.timeout.count())
+        ->check(CLI::Range(0.0, 1e9).description(""));
+}
+
+void addGenerate(CLI::App& app, GenerateOptions& options) {
+    auto& generate = *app.add_subcommand(
+        "generate", "Make a believable day of EDRs and all that is needed to run them");
+    generate.footer(generateExamples);
+    generate
+        .add_option("--output", options.output, "The directory of the files, made when missing")
+        ->type_name("DIRECTORY")
+        ->capture_default_str();
+    generate.add_option("--events", options.events, "How many detail EDRs, up to 1000000000")
+        ->type_name("NUMBER")
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint64_t{0}, GenerateOptions::mostEvents).description(""));
+    generate
+        .add_option("--customers", options.customers,
+                    "How many customers they come from, up to 10000000")
+        ->type_name("NUMBER")
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint32_t{1}, GenerateOptions::mostCustomers).description(""));
+    generate.add_option("--seed", options.seed, "Another number makes other files")
+        ->type_name("NUMBER")
+        ->capture_default_str();
+    generate.add_flag("--force", options.isForced, "Replace files that are there");
+}
+
+void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
+    for (auto const& each : verbNames) {
+        if (app.got_subcommand(each.name)) {
+            commandLine.verb = each.verb;
+        }
+    }
+    commandLine.registry = texts.registry;
+    commandLine.timeout = std::chrono::duration<double>(texts.timeout);
+    if (!texts.logLevel.empty()) {
+        commandLine.leastSeverity = parsedLevel(texts.logLevel);
+    }
+    for (auto const& text : texts.atEnd) {
+        commandLine.atEnd.push_back(parsed("--at-end \"" + text + "\"", std::string_view(text)));
+    }
+    if (commandLine.verb == CommandLine::Verb::send) {
+        auto words = texts.keys;
+        words.insert(words.begin(), texts.object);
+        requireText(words);
+        commandLine.sent = parsed("the command", std::span<std::string const>(words));
+    }
+}
+
+std::string unknownVerbText(CLI::App const& app, std::string const& word) {
+    std::vector<std::string> verbs;
+    for (auto const* const verb : app.get_subcommands([](auto const*) { return true; })) {
+        verbs.push_back(verb->get_name());
+    }
+    if (word.starts_with('-') || std::find(verbs.begin(), verbs.end(), word) != verbs.end()) {
+        return {};
+    }
+    return fmt::format("'{}' is no command{}; expected one of {}", word,
+                       nearestNameHint(word, {verbs.begin(), verbs.end()}), fmt::join(verbs, ", "));
+}
+
+// For the options that the command doesn't know, those that may have been meant.
+std::string optionHints(CLI::App const& app, std::span<std::string const> words) {
+    std::vector<std::string> options;
+    for (auto const* const verb : app.get_subcommands()) {
+        for (auto const* const option : verb->get_options()) {
+            options.push_back(option->get_name());
+        }
+    }
+    std::string hints;
+    for (auto const& word : words) {
+        auto const hint = word.starts_with("--") ? nearestNameHint(word.substr(0, word.find('=')),
+                                                                   {options.begin(), options.end()})
+                                                 : std::string();
+        hints += hint.empty() ? hint : fmt::format("'{}' is no option{}\n", word, hint);
+    }
+    return hints;
+}
+
+} // namespace
+
+std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const* argv) {
+    CommandLine commandLine;
+    Texts texts;
+    CLI::App app(description, "pipeline-host");
+    app.footer(exitCodes);
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "pipeline-host " PIPELINE_HOST_VERSION);
+    addRun(app, texts, commandLine);
+    addCheck(app, texts);
+    addSend(app, texts, commandLine);
+    addGenerate(app, commandLine.generate);
+    std::vector<std::string> const words(argv + std::min(argc, 1), argv + argc);
+    if (!words.empty()) {
+        if (auto const text = unknownVerbText(app, words.front()); !text.empty()) {
+            std::cerr << text << std::endl;
+            return usageWrong;
+        }
+    }
+    try {
+        app.parse(argc, argv);
+        take(texts, app, commandLine);
+        return commandLine;
+    } catch (CLI::ParseError const& error) {
+        if (app.exit(error, std::cout, std::cerr) == 0) {
+            return done;
+        }
+        std::cerr << optionHints(app, words) << std::flush;
+        return usageWrong;
+    }
+}
+
+} // namespace host

@@ -1,0 +1,36 @@
+// What the caller of the program asks for.
+#pragma once
+
+#include "BAS/Status.h"
+#include "base/ExitCode.h"
+#include "commands/Command.h"
+#include "generate/GenerateOptions.h"
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <variant>
+#include <vector>
+
+namespace host {
+
+struct CommandLine {
+    enum class Verb { run, check, send, generate };
+
+    Verb verb = Verb::run;
+    std::filesystem::path registry;
+    BAS::Status::Severity leastSeverity = BAS::Status::info; // of what is logged
+    // Of a run:
+    std::vector<Command> atEnd; // in order
+    bool isQuiet = false;
+    bool isJson = false;
+    // Of send:
+    std::optional<Command> sent;
+    std::chrono::duration<double> timeout{30};
+    GenerateOptions generate;
+};
+
+// Prints help, the version or what is wrong, and then gives the exit code.
+std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const* argv);
+
+} // namespace host

@@ -1,0 +1,174 @@
+#include "program/Program.h"
+
+#include "base/ExceptionText.h"
+#include "base/LogFile.h"
+#include "base/MessageCatalogue.h"
+#include "base/PrintableText.h"
+#include "base/StartFailure.h"
+#include "base/StopSignals.h"
+#include "base/Terminal.h"
+#include "commands/CommandReport.h"
+#include "commands/SendCommand.h"
+#include "generate/Generate.h"
+#include "program/CheckCommand.h"
+#include "program/CommandLine.h"
+#include "program/Summary.h"
+#include "run/Host.h"
+#include "run/ProgressLine.h"
+#include "run/Service.h"
+
+#include <algorithm>
+#include <csignal>
+#include <iostream>
+#include <memory>
+
+namespace host {
+
+namespace {
+
+// The process log, and standard error as long as, or besides, there is none.
+class Logs {
+public:
+    explicit Logs(BAS::Status::Severity least) : leastM(least), standardErrorM(least) {}
+
+    void openProcessLog(std::filesystem::path const& file) {
+        processLogM = std::make_unique<LogFile>(file, leastM);
+    }
+    LogFile& process() { return processLogM == nullptr ? standardErrorM : *processLogM; }
+
+    // What keeps the program from its work is told to its caller as well.
+    void writeToCaller(BAS::Status const& status) {
+        standardErrorM.write(status);
+        if (processLogM != nullptr) {
+            processLogM->write(status);
+        }
+    }
+
+private:
+    BAS::Status::Severity leastM;
+    LogFile standardErrorM;
+    std::unique_ptr<LogFile> processLogM;
+};
+
+// Prints the results as they come, unless they are to be JSON.
+std::vector<CommandResult> executeAtEnd(Host& host, CommandLine const& commandLine) {
+    std::vector<CommandResult> results;
+    for (auto const& command : commandLine.atEnd) {
+        results.push_back(host.execute(command));
+        if (!commandLine.isJson) {
+            std::cout << printable(resultText(results.back())) << std::endl;
+        }
+    }
+    return results;
+}
+
+void printSummary(Host const& host, CommandLine const& commandLine,
+                  std::vector<CommandResult> const& results) {
+    if (commandLine.isJson) {
+        std::cout << summaryJson(host.pipelines(), results) << std::flush;
+    } else if (!commandLine.isQuiet) {
+        std::cout << summaryTable(host.pipelines()) << std::flush;
+    }
+}
+
+// A write that meets a limit of file sizes, or a reader that is gone, fails like any other instead
+// of ending the process: no report is worth a pipeline.
+void letWritesFail() {
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+ExitCode run(CommandLine const& commandLine, Logs& logs) {
+    letWritesFail();
+    Notification stop;
+    StopSignals const signals(stop);
+    auto registry = readRegistry(commandLine.registry);
+    if (registry.configuration.processLog) {
+        logs.openProcessLog(*registry.configuration.processLog);
+    }
+    Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), logs.process(),
+              commandLine.leastSeverity);
+    host.start();
+    std::optional<ProgressLine> progress;
+    if (!commandLine.isQuiet && canEraseTerminalLine()) {
+        progress.emplace(host.pipelines());
+    }
+    Service service(host, stop, progress ? &*progress : nullptr);
+    service.run();
+    auto const results = executeAtEnd(host, commandLine);
+    host.logSummaries();
+    printSummary(host, commandLine, results);
+    if (host.hasFailed() || service.hasFailed() || !std::cout) {
+        return inputOrOutputFailed;
+    }
+    bool const areHandled = std::all_of(results.begin(), results.end(),
+                                        [](auto const& result) { return result.isHandled; });
+    // Who ends a service by a signal doesn't ask how its input was.
+    return (host.hasFaults() && !stop.isSet()) || !areHandled ? doneWithFaults : done;
+}
+
+ExitCode send(CommandLine const& commandLine, Logs& logs) {
+    auto const configuration = readRegistry(commandLine.registry).configuration;
+    if (!configuration.commandDirectory) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_NO_COMMAND_DIRECTORY",
+                         {commandLine.registry.string()});
+    }
+    try {
+        return sendCommand(*configuration.commandDirectory, *commandLine.sent, commandLine.timeout);
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+        return inputOrOutputFailed;
+    }
+}
+
+ExitCode generate(CommandLine const& commandLine, Logs& logs) {
+    try {
+        std::cout << generate(commandLine.generate) << std::flush;
+        return std::cout ? done : inputOrOutputFailed;
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+        return inputOrOutputFailed;
+    }
+}
+
+ExitCode perform(CommandLine const& commandLine, Logs& logs) {
+    switch (commandLine.verb) {
+    case CommandLine::Verb::run:
+        return run(commandLine, logs);
+    case CommandLine::Verb::check:
+        return checkRegistry(commandLine.registry, logs.process());
+    case CommandLine::Verb::send:
+        return send(commandLine, logs);
+    case CommandLine::Verb::generate:
+        break;
+    }
+    return generate(commandLine, logs);
+}
+
+} // namespace
+
+int runProgram(int argc, char const* const* argv) {
+    auto const parsed = parseCommandLine(argc, argv);
+    if (auto const* const exitCode = std::get_if<ExitCode>(&parsed)) {
+        return *exitCode;
+    }
+    auto const& commandLine = std::get<CommandLine>(parsed);
+    Logs logs(commandLine.leastSeverity);
+    try {
+        auto const exitCode = perform(commandLine, logs);
+        return logs.process().hasFailed() ? inputOrOutputFailed : exitCode;
+    } catch (StartFailure const& failure) {
+        for (auto const& problem : failure.problems) {
+            logs.writeToCaller(problem);
+        }
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+    } catch (...) {
+        logs.writeToCaller(
+            makeStatus(BAS::Status::critical, {}, "ERR_PROGRAM_FAILED", {currentExceptionText()}));
+        return inputOrOutputFailed;
+    }
+    return startFailed;
+}
+
+} // namespace host

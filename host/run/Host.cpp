@@ -1,0 +1,257 @@
+#include "run/Host.h"
+
+#include "BAS/LogSink.h"
+#include "PLG/FunctionPlugIn.h"
+#include "base/ExceptionText.h"
+#include "base/MessageCatalogue.h"
+#include "base/NearestName.h"
+#include "base/StartFailure.h"
+#include "commands/CommandDirectory.h"
+#include "commands/CommandReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+BAS::RegistryEntry const* subtree(BAS::RegistryEntry const& root, BAS::String const& name) {
+    auto const parts = name.split('.');
+    auto const* entry = &root;
+    for (std::size_t i = 1; i < parts.entries() && entry != nullptr; ++i) {
+        entry = entry->find(parts[i]);
+    }
+    return entry;
+}
+
+bool hasValue(BAS::RegistryEntry const& entry, BAS::String const& value) {
+    return entry.value() == value ||
+           std::any_of(entry.children().begin(), entry.children().end(),
+                       [&](auto const& child) { return hasValue(*child, value); });
+}
+
+} // namespace
+
+Host::Host(Registry registry, ModuleLoader loader, BAS::LogSink& log,
+           BAS::Status::Severity leastSeverity)
+    : registryM(std::move(registry)), loaderM(std::move(loader)), logM(log),
+      leastSeverityM(leastSeverity) {
+    BAS::RegisteredObject::bindRegistry(registryM.root.get(),
+                                        registryM.configuration.directory.string());
+    BAS::RegisteredObject::bindProcessLog(&logM);
+}
+
+Host::~Host() {
+    lifeCycleM.reset();
+    while (!objectsM.empty()) {
+        objectsM.pop_back();
+    }
+    BAS::RegisteredObject::bindProcessLog(nullptr);
+    BAS::RegisteredObject::bindRegistry(nullptr, {});
+}
+
+void Host::start() {
+    for (auto const stage : stagesM) {
+        (this->*stage)();
+        if (!problemsM.empty()) {
+            throw StartFailure{problemsM};
+        }
+    }
+    logM.write(makeStatus(BAS::Status::info, {}, "MSG_STARTED",
+                          {std::to_string(registryM.configuration.dataPool.size()),
+                           std::to_string(pipelinesM.size())}));
+}
+
+std::vector<BAS::Status> Host::check() {
+    for (auto const stage : stagesM) {
+        (this->*stage)();
+    }
+    return problemsM;
+}
+
+void Host::checkDirectories() {
+    auto const& configuration = registryM.configuration;
+    checkDirectory(configuration.commandDirectory, {}, &CommandDirectory::requireSafe);
+    for (auto const& pipeline : configuration.pipelines) {
+        checkDirectory(pipeline.inputDirectory, pipeline.registeredName, &requireUsableDirectory);
+    }
+}
+
+void Host::checkDirectory(std::optional<std::filesystem::path> const& directory,
+                          BAS::String const& user, void (*require)(std::filesystem::path const&)) {
+    try {
+        if (directory) {
+            require(*directory);
+        }
+    } catch (BAS::Status& status) {
+        status.setObjectName(user);
+        problemsM.push_back(status);
+    }
+}
+
+void Host::buildDataPool() {
+    for (auto const& module : registryM.configuration.dataPool) {
+        if (load(module, ModuleKind::data) == nullptr) {
+            // As modules refer to it: by its own name or its full one.
+            auto const fullName = BAS::RegisteredObject::dirName(module.registeredName);
+            absentM.emplace_back(fullName.view().substr(fullName.view().rfind('.') + 1));
+            absentM.push_back(fullName);
+        }
+    }
+}
+
+void Host::buildPipelines() {
+    for (auto const& configuration : registryM.configuration.pipelines) {
+        try {
+            auto pipeline = std::make_unique<PipelineRunner>(configuration, logM, leastSeverityM);
+            objectsM.push_back(pipeline->makeRegisteredObject());
+            pipelinesM.push_back(std::move(pipeline));
+        } catch (StartFailure const& failure) {
+            problemsM.insert(problemsM.end(), failure.problems.begin(), failure.problems.end());
+        } catch (BAS::Status& status) {
+            status.setObjectName(configuration.registeredName);
+            problemsM.push_back(status);
+        }
+    }
+}
+
+void Host::buildFunctions() {
+    for (auto const& pipeline : pipelinesM) {
+        for (auto const& module : pipeline->configuration().functions) {
+            // The loader saw to the kind.
+            if (auto* const function =
+                    dynamic_cast<PLG::FunctionPlugIn*>(load(module, ModuleKind::function))) {
+                pipeline->addFunction(*function);
+            }
+        }
+    }
+}
+
+void Host::startLifeCycle() {
+    std::vector<PLG::StdPlugIn*> plugIns;
+    for (auto const& object : objectsM) {
+        if (auto* const plugIn = dynamic_cast<PLG::StdPlugIn*>(object.get())) {
+            plugIns.push_back(plugIn);
+        }
+    }
+    lifeCycleM.emplace(std::move(plugIns), logM);
+    auto problems = lifeCycleM->start();
+    problemsM.insert(problemsM.end(), problems.begin(), problems.end());
+}
+
+// A mistyped key is as good as none to the module, and the host doesn't know which keys there are.
+void Host::warnOfUnreadKeys() {
+    for (auto const& object : objectsM) {
+        auto const* const subtree = object->registry();
+        if (dynamic_cast<PLG::StdPlugIn const*>(object.get()) == nullptr || subtree == nullptr) {
+            continue;
+        }
+        for (auto const& key : subtree->children()) {
+            if (!key->wasFound()) {
+                logM.write(makeStatus(BAS::Status::warning, object->name(), "ERR_REG_KEY_UNREAD",
+                                      {key->name().str()}));
+            }
+        }
+    }
+}
+
+BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind kind) {
+    if (isLeftOut(module)) {
+        return nullptr;
+    }
+    try {
+        objectsM.push_back(loaderM.load(module, kind));
+        return objectsM.back().get();
+    } catch (BAS::Status const& status) {
+        problemsM.push_back(status);
+    } catch (...) {
+        problemsM.push_back(makeStatus(BAS::Status::critical, module.registeredName,
+                                       "ERR_MODULE_NOT_USABLE",
+                                       {module.moduleName, currentExceptionText()}));
+    }
+    return nullptr;
+}
+
+// Its start would only tell once more what is known.
+bool Host::isLeftOut(ModuleConfiguration const& module) {
+    auto const* const own = subtree(*registryM.root, module.registeredName);
+    auto const absent = std::find_if(absentM.begin(), absentM.end(), [&](auto const& reference) {
+        return own != nullptr && hasValue(*own, reference);
+    });
+    if (absent == absentM.end()) {
+        return false;
+    }
+    logM.write(makeStatus(BAS::Status::info, module.registeredName, "MSG_MODULE_LEFT_OUT",
+                          {module.moduleName, absent->str()}));
+    return true;
+}
+
+void Host::logSummaries() const {
+    for (auto const& pipeline : pipelinesM) {
+        auto const counters = pipeline->counters();
+        logM.write(makeStatus(
+            BAS::Status::notice, pipeline->configuration().registeredName, "MSG_PIPELINE_SUMMARY",
+            {std::to_string(counters.read), std::to_string(counters.details),
+             std::to_string(counters.rejected), std::to_string(counters.failedInputs),
+             std::to_string(counters.batches), std::to_string(counters.faults),
+             fmt::format("{:.3f}", counters.seconds), std::to_string(counters.commands)}));
+    }
+}
+
+CommandResult Host::execute(Command const& command) {
+    auto const name = command.update.name();
+    auto* const pipeline = pipelineOf(name);
+    auto* const object = BAS::RegisteredObject::find(name);
+    auto* const lock = pipeline == nullptr ? nullptr : &pipeline->lock();
+    auto result = object == nullptr ? unexecutedCommand(command, unknownObjectText(name))
+                                    : executeCommand(command, *object, lock, writeWatchM);
+    if (pipeline != nullptr) {
+        pipeline->countCommand();
+    }
+    logM.write(result.isHandled ? makeStatus(BAS::Status::info, result.object, "MSG_COMMAND_RESULT",
+                                             {resultText(result)})
+                                : makeStatus(BAS::Status::error, result.object,
+                                             "ERR_COMMAND_REJECTED", {resultText(result)}));
+    for (auto const& file : result.files) {
+        if (!file.isOpened) {
+            logM.write(makeStatus(BAS::Status::warning, result.object,
+                                  "ERR_COMMAND_FILE_NOT_OPENED",
+                                  {file.key, file.path.string(), file.reason}));
+        }
+    }
+    return result;
+}
+
+PipelineRunner* Host::pipelineOf(BAS::String const& object) const {
+    for (auto const& pipeline : pipelinesM) {
+        auto const& name = pipeline->configuration().registeredName;
+        if (object == name || object.view().starts_with(name + ".")) {
+            return pipeline.get();
+        }
+    }
+    return nullptr;
+}
+
+std::string Host::unknownObjectText(BAS::String const& object) const {
+    std::vector<std::string> names;
+    for (auto const& known : objectsM) {
+        names.push_back(known->name().str());
+    }
+    return "there is no such object" + nearestNameHint(object.view(), {names.begin(), names.end()});
+}
+
+bool Host::hasFailed() const {
+    return std::any_of(pipelinesM.begin(), pipelinesM.end(),
+                       [](auto const& pipeline) { return pipeline->hasFailed(); });
+}
+
+bool Host::hasFaults() const {
+    return std::any_of(pipelinesM.begin(), pipelinesM.end(), [](auto const& pipeline) {
+        auto const counters = pipeline->counters();
+        return counters.rejected > 0 || counters.faults > 0;
+    });
+}
+
+} // namespace host

@@ -1,0 +1,85 @@
+// Everything that a registry file configures, alive: data modules, pipelines and their plug-ins.
+// The host owns all objects and destroys them in the reverse order of their creation. There is one
+// at a time, since registry and process log are the whole process's.
+#pragma once
+
+#include "BAS/RegisteredObject.h"
+#include "commands/Command.h"
+#include "registry/Registry.h"
+#include "run/LifeCycle.h"
+#include "run/ModuleLoader.h"
+#include "run/PipelineRunner.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace host {
+
+class Host {
+public:
+    // The log stays the caller's and becomes the process log. Logs of the pipelines take what is at
+    // least that severe.
+    Host(Registry registry, ModuleLoader loader, BAS::LogSink& log,
+         BAS::Status::Severity leastSeverity);
+    Host(Host const&) = delete;
+    Host& operator=(Host const&) = delete;
+    ~Host();
+
+    // Builds and starts everything, data modules first. Throws a StartFailure with all problems
+    // that don't follow from each other: those of the directories, else those of the data modules,
+    // else those of the pipelines' descriptions and logs, else those of the plug-ins.
+    void start();
+    // Does the same to find all problems: goes on with what can still be started, and returns what
+    // is wrong. What refers to a data module that can't be had is left out, so that one database
+    // out of reach is one problem.
+    std::vector<BAS::Status> check();
+
+    HostConfiguration const& configuration() const noexcept { return registryM.configuration; }
+    std::vector<std::unique_ptr<PipelineRunner>> const& pipelines() const noexcept {
+        return pipelinesM;
+    }
+    BAS::LogSink& log() const noexcept { return logM; }
+
+    // Hands a command to its object, counts it and logs the result. Any thread, but one at a time.
+    CommandResult execute(Command const& command);
+    void logSummaries() const;
+
+    // An input, a reject file or a pipeline's log failed.
+    bool hasFailed() const;
+    // A line was rejected, or an exception left a plug-in.
+    bool hasFaults() const;
+
+private:
+    void checkDirectories();
+    // Directory of the user of that registered name; require throws a BAS::Status.
+    void checkDirectory(std::optional<std::filesystem::path> const& directory,
+                        BAS::String const& user, void (*require)(std::filesystem::path const&));
+    void buildDataPool();
+    void buildPipelines();
+    void buildFunctions();
+    void startLifeCycle();
+    void warnOfUnreadKeys();
+    BAS::RegisteredObject* load(ModuleConfiguration const& module, ModuleKind kind);
+    bool isLeftOut(ModuleConfiguration const& module);
+    PipelineRunner* pipelineOf(BAS::String const& object) const;
+    std::string unknownObjectText(BAS::String const& object) const;
+
+    // The start, step by step; each adds to the problems.
+    static constexpr void (Host::*stagesM[])() = {&Host::checkDirectories, &Host::buildDataPool,
+                                                  &Host::buildPipelines,   &Host::buildFunctions,
+                                                  &Host::startLifeCycle,   &Host::warnOfUnreadKeys};
+
+    Registry registryM;
+    ModuleLoader loaderM;
+    BAS::LogSink& logM;
+    BAS::Status::Severity leastSeverityM;
+    std::vector<std::unique_ptr<PipelineRunner>> pipelinesM;
+    std::vector<std::unique_ptr<BAS::RegisteredObject>> objectsM; // in the order of creation
+    std::optional<LifeCycle> lifeCycleM;
+    WriteWatch writeWatchM;             // of the commands
+    std::vector<BAS::Status> problemsM; // of the start
+    std::vector<BAS::String> absentM;   // references to data modules that can't be had
+};
+
+} // namespace host

@@ -1,0 +1,140 @@
+#include "run/ModuleLoader.h"
+
+#include "PLG/FunctionPlugIn.h"
+#include "base/ExceptionText.h"
+#include "base/MessageCatalogue.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+namespace host {
+
+namespace {
+
+using Entry = BAS::RegisteredObject*(BAS::String const&);
+
+constexpr char const* searchPathVariable = "PIPELINE_HOST_MODULE_PATH";
+// Where modules lie, seen from the program: in the build tree, and as they were installed.
+constexpr std::array moduleDirectories = {"../lib/pipeline-host",
+                                          "../" PIPELINE_HOST_LIBDIR "/pipeline-host"};
+
+BAS::Status failure(ModuleConfiguration const& module, MessageName name,
+                    std::initializer_list<std::string> arguments) {
+    return makeStatus(BAS::Status::critical, module.registeredName, name, arguments);
+}
+
+void* openLibrary(ModuleConfiguration const& module, std::filesystem::path const& library) {
+    void* const handle = ::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        throw failure(module, "ERR_LIBRARY_NOT_LOADED", {library.string(), ::dlerror()});
+    }
+    return handle;
+}
+
+Entry& findEntry(ModuleConfiguration const& module, void* library,
+                 std::filesystem::path const& path) {
+    auto const name = module.moduleName + "ModuleStart";
+    void* const entry = ::dlsym(library, name.c_str());
+    if (entry == nullptr) {
+        throw failure(module, "ERR_MODULE_ENTRY_NOT_FOUND", {path.string(), name});
+    }
+    return *reinterpret_cast<Entry*>(entry);
+}
+
+std::unique_ptr<BAS::RegisteredObject> callEntry(ModuleConfiguration const& module, Entry& entry,
+                                                 std::filesystem::path const& library) {
+    std::unique_ptr<BAS::RegisteredObject> object;
+    std::string reason = "it made no object";
+    try {
+        object.reset(entry(module.registeredName));
+    } catch (...) {
+        reason = currentExceptionText();
+    }
+    if (object == nullptr) {
+        throw failure(module, "ERR_MODULE_ENTRY_FAILED",
+                      {library.string(), module.moduleName + "ModuleStart", reason});
+    }
+    return object;
+}
+
+void requireKind(ModuleConfiguration const& module, ModuleKind kind,
+                 BAS::RegisteredObject const& object) {
+    static constexpr char const* names[] = {"a data module", "a function plug-in"};
+    auto const got = dynamic_cast<PLG::FunctionPlugIn const*>(&object) != nullptr
+                         ? ModuleKind::function
+                         : ModuleKind::data;
+    if (got != kind) {
+        throw failure(
+            module, "ERR_MODULE_KIND_WRONG",
+            {module.moduleName, names[static_cast<int>(kind)], names[static_cast<int>(got)]});
+    }
+}
+
+void requireUsable(ModuleConfiguration const& module, BAS::RegisteredObject& object) {
+    std::string reason;
+    try {
+        if (object.isUsable()) {
+            return;
+        }
+        reason = statusText(object.status());
+    } catch (...) {
+        reason = currentExceptionText();
+    }
+    throw failure(module, "ERR_MODULE_NOT_USABLE", {module.moduleName, reason});
+}
+
+} // namespace
+
+std::vector<std::filesystem::path> ModuleLoader::defaultSearchPath() {
+    std::vector<std::filesystem::path> searchPath;
+    if (char const* const given = std::getenv(searchPathVariable)) {
+        for (auto const& directory : BAS::String(given).split(':')) {
+            if (!directory.isNull()) {
+                searchPath.emplace_back(directory.str());
+            }
+        }
+    }
+    auto const program = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    for (auto const* const directory : moduleDirectories) {
+        auto const resolved = (program / directory).lexically_normal();
+        if (std::find(searchPath.begin(), searchPath.end(), resolved) == searchPath.end()) {
+            searchPath.push_back(resolved);
+        }
+    }
+    return searchPath;
+}
+
+std::unique_ptr<BAS::RegisteredObject> ModuleLoader::load(ModuleConfiguration const& module,
+                                                          ModuleKind kind) const {
+    auto const library = findLibrary(module);
+    auto& entry = findEntry(module, openLibrary(module, library), library);
+    auto object = callEntry(module, entry, library);
+    requireKind(module, kind, *object);
+    requireUsable(module, *object);
+    return object;
+}
+
+std::filesystem::path ModuleLoader::findLibrary(ModuleConfiguration const& module) const {
+    std::vector<std::filesystem::path> candidates;
+    if (module.library.empty()) {
+        for (auto const& directory : searchPathM) {
+            candidates.push_back(directory / (module.moduleName + ".so"));
+        }
+    } else {
+        candidates.push_back(module.library);
+    }
+    std::string tried;
+    for (auto const& candidate : candidates) {
+        std::error_code error;
+        if (std::filesystem::exists(candidate, error)) {
+            return candidate;
+        }
+        tried += (tried.empty() ? "" : ", ") + candidate.string();
+    }
+    throw failure(module, "ERR_LIBRARY_NOT_FOUND", {module.moduleName, tried});
+}
+
+} // namespace host

@@ -1,0 +1,196 @@
+#include "run/PipelineRunner.h"
+
+#include "PLG/FunctionPlugIn.h"
+#include "base/ExceptionText.h"
+#include "base/MessageCatalogue.h"
+#include "input/ReadAheadInput.h"
+#include "registry/EdrDescriptionFile.h"
+
+#include <chrono>
+
+namespace host {
+
+PipelineRunner::PipelineRunner(PipelineConfiguration const& configuration, BAS::LogSink& processLog,
+                               BAS::Status::Severity leastSeverity)
+    : configurationM(configuration),
+      ownLogM(configuration.log ? std::make_unique<LogFile>(*configuration.log, leastSeverity)
+                                : nullptr),
+      logM(ownLogM == nullptr ? processLog : *ownLogM),
+      descriptionM(readEdrDescription(configuration.edrDescription)), factoryM(descriptionM) {
+}
+
+std::unique_ptr<BAS::RegisteredObject> PipelineRunner::makeRegisteredObject() const {
+    return std::make_unique<PLG::Pipeline>(configurationM.registeredName, factoryM, logM);
+}
+
+void PipelineRunner::openInputDirectory() {
+    if (configurationM.inputDirectory) {
+        directoryM.emplace(*configurationM.inputDirectory, configurationM.registeredName, logM);
+    }
+}
+
+void PipelineRunner::run(Notification const& stop) {
+    try {
+        if (directoryM) {
+            runDirectory(stop);
+        } else {
+            runFiles(stop);
+        }
+    } catch (...) {
+        hasFailedM = true;
+        report(
+            makeStatus(BAS::Status::critical, {}, "ERR_PIPELINE_FAILED", {currentExceptionText()}));
+    }
+}
+
+PipelineCounters PipelineRunner::counters() const {
+    std::lock_guard const guard(countersLockM);
+    return countersM;
+}
+
+void PipelineRunner::countCommand() {
+    std::lock_guard const guard(countersLockM);
+    ++countersM.commands;
+}
+
+bool PipelineRunner::hasFailed() const noexcept {
+    return hasFailedM || (directoryM && directoryM->hasFailed()) ||
+           (ownLogM != nullptr && ownLogM->hasFailed());
+}
+
+void PipelineRunner::runFiles(Notification const& stop) {
+    for (auto const& input : configurationM.inputs) {
+        if (stop.isSet()) {
+            return;
+        }
+        auto const outcome = runInput({input, {}}, stop);
+        if (outcome.ending == Ending::notOpened || outcome.ending == Ending::failed) {
+            hasFailedM = true;
+            report(outcome.reason);
+            std::lock_guard const guard(countersLockM);
+            ++countersM.failedInputs;
+        }
+    }
+}
+
+void PipelineRunner::runDirectory(Notification const& stop) {
+    while (auto const input = directoryM->next(stop)) {
+        auto const outcome = runInput(*input, stop);
+        switch (outcome.ending) {
+        case Ending::atEnd:
+            directoryM->finish();
+            break;
+        case Ending::notOpened:
+            directoryM->passBy(outcome.reason);
+            break;
+        case Ending::failed:
+            directoryM->giveUp(outcome.reason);
+            break;
+        case Ending::stopped:
+            break; // goes on there after a restart
+        }
+    }
+    std::lock_guard const guard(countersLockM);
+    countersM.failedInputs = directoryM->failedFiles();
+}
+
+// What was read before a failure is processed all the same.
+PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& input,
+                                                      Notification const& stop) {
+    report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_STARTED", {input.input.file.string()}));
+    auto const begin = std::chrono::steady_clock::now();
+    InputOutcome outcome{Ending::notOpened, {}};
+    std::optional<ReadAheadInput> edrs;
+    try {
+        edrs.emplace(input.input, configurationM, descriptionM, logM, portionsM, &stop,
+                     input.start);
+        outcome.ending = readToEnd(*edrs, stop);
+    } catch (InputStopped const&) {
+        outcome.ending = Ending::stopped;
+    } catch (BAS::Status const& status) {
+        outcome = {edrs ? Ending::failed : Ending::notOpened, status};
+    }
+    if (edrs) {
+        processBatch(*edrs);
+        rejectedBeforeM += edrs->rejectedLines();
+        bytesBeforeM += edrs->bytesRead();
+    }
+    std::lock_guard const guard(countersLockM);
+    countersM.seconds +=
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return outcome;
+}
+
+PipelineRunner::Ending PipelineRunner::readToEnd(ReadAheadInput& edrs, Notification const& stop) {
+    for (auto* next = &nextContainer(); edrs.next(*next); next = &nextContainer()) {
+        batchM.append(next);
+        if (batchM.entries() == configurationM.batchSize) {
+            processBatch(edrs);
+            if (stop.isSet()) {
+                return Ending::stopped;
+            }
+        }
+    }
+    return Ending::atEnd;
+}
+
+EDR::Container& PipelineRunner::nextContainer() {
+    auto const place = batchM.entries();
+    if (place == poolM.size()) {
+        poolM.push_back(std::make_unique<EDR::Container>(descriptionM));
+    }
+    return *poolM[place];
+}
+
+void PipelineRunner::processBatch(ReadAheadInput const& edrs) {
+    auto const faults = batchM.entries() == 0 ? 0 : callFunctions();
+    countBatch(edrs, faults);
+    batchM.clear();
+    if (directoryM) {
+        directoryM->keepPosition(edrs.position());
+    }
+}
+
+// Returns how many of them threw.
+std::uint64_t PipelineRunner::callFunctions() {
+    std::uint64_t faults = 0;
+    std::lock_guard const guard(lockM);
+    for (auto* const function : functionsM) {
+        faults += call(*function) ? 0 : 1;
+    }
+    return faults;
+}
+
+bool PipelineRunner::call(PLG::FunctionPlugIn& function) {
+    try {
+        if (function.isActive()) {
+            function.processEdrContainer(batchM);
+        }
+        return true;
+    } catch (...) {
+        logM.write(makeStatus(BAS::Status::critical, function.name(), "ERR_BATCH_FAILED",
+                              {currentExceptionText()}));
+        return false;
+    }
+}
+
+void PipelineRunner::countBatch(ReadAheadInput const& edrs, std::uint64_t faults) {
+    std::uint64_t details = 0;
+    for (std::size_t i = 0; i < batchM.entries(); ++i) {
+        details += batchM[i]->recordKind() == EDR::detailRecord ? 1 : 0;
+    }
+    std::lock_guard const guard(countersLockM);
+    countersM.read += batchM.entries();
+    countersM.details += details;
+    countersM.batches += batchM.entries() == 0 ? 0 : 1;
+    countersM.faults += faults;
+    countersM.rejected = rejectedBeforeM + edrs.rejectedLines();
+    countersM.bytes = bytesBeforeM + edrs.bytesRead();
+}
+
+void PipelineRunner::report(BAS::Status status) {
+    status.setObjectName(configurationM.registeredName);
+    logM.write(status);
+}
+
+} // namespace host

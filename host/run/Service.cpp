@@ -1,0 +1,100 @@
+#include "run/Service.h"
+
+#include "base/MessageCatalogue.h"
+#include "base/Poll.h"
+#include "base/StartFailure.h"
+
+namespace host {
+
+Service::Service(Host& host, Notification const& stop, ProgressLine* progress)
+    : hostM(host), stopM(stop), progressM(progress) {
+    openDirectories(host.configuration().commandDirectory);
+}
+
+void Service::openDirectories(std::optional<std::filesystem::path> const& commandDirectory) {
+    std::vector<BAS::Status> problems;
+    for (auto const& pipeline : hostM.pipelines()) {
+        try {
+            pipeline->openInputDirectory();
+        } catch (BAS::Status& status) {
+            status.setObjectName(pipeline->configuration().registeredName);
+            problems.push_back(status);
+        }
+    }
+    try {
+        if (commandDirectory) {
+            commandsM = std::make_unique<CommandDirectory>(
+                *commandDirectory,
+                [this](Command const& command) { return hostM.execute(command); }, hostM.log());
+        }
+    } catch (BAS::Status const& status) {
+        problems.push_back(status);
+    }
+    if (!problems.empty()) {
+        throw StartFailure{std::move(problems)};
+    }
+}
+
+void Service::run() {
+    {
+        auto const threads = startPipelines(); // waited for at the end of the block
+        serveUntilEnd();
+    }
+    if (progressM != nullptr) {
+        progressM->clear();
+    }
+    takeCommands();
+}
+
+bool Service::hasFailed() const noexcept {
+    return haveCommandsFailedM || (commandsM != nullptr && commandsM->hasFailed());
+}
+
+std::vector<std::jthread> Service::startPipelines() {
+    runningM = hostM.pipelines().size();
+    std::vector<std::jthread> threads;
+    threads.reserve(runningM);
+    for (auto const& pipeline : hostM.pipelines()) {
+        threads.emplace_back([this, &pipeline] {
+            pipeline->run(stopM);
+            if (--runningM == 0) {
+                endedM.set();
+            }
+        });
+    }
+    return threads;
+}
+
+void Service::serveUntilEnd() {
+    while (!stopM.isSet() && !endedM.isSet()) {
+        takeCommands();
+        Deadline redraw;
+        if (progressM != nullptr) {
+            redraw = progressM->draw();
+        }
+        waitForAny({stopM.descriptor(), endedM.descriptor(),
+                    commandsM == nullptr ? -1 : commandsM->descriptor()},
+                   redraw);
+    }
+    if (stopM.isSet()) {
+        hostM.log().write(makeStatus(BAS::Status::notice, {}, "MSG_STOPPING", {}));
+    }
+}
+
+// Without its directory the host goes on, but nobody can give it commands any more.
+void Service::takeCommands() {
+    if (commandsM == nullptr) {
+        return;
+    }
+    try {
+        commandsM->takeAll(stopM);
+    } catch (BAS::Status const& status) {
+        haveCommandsFailedM = true;
+        hostM.log().write(
+            makeStatus(BAS::Status::critical, {}, "ERR_COMMANDS_STOPPED",
+                       {hostM.configuration().commandDirectory->string(), messageText(status)}));
+        commandsM.reset();
+    }
+}
+
+} // namespace host

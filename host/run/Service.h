@@ -1,0 +1,44 @@
+// A host at work: every pipeline in a thread of its own, while the calling thread takes commands
+// one after the other and shows how far the pipelines have come.
+#pragma once
+
+#include "commands/CommandDirectory.h"
+#include "run/Host.h"
+#include "run/ProgressLine.h"
+
+#include <atomic>
+#include <thread>
+
+namespace host {
+
+class Service {
+public:
+    // Takes the directories of the pipelines and of the commands for this host alone. Host and stop
+    // must outlive the service; the progress line may be null. Throws a StartFailure when a
+    // directory can't be had.
+    Service(Host& host, Notification const& stop, ProgressLine* progress);
+
+    // Returns when all inputs have ended, or, once stop is set, when the batches and the command in
+    // progress are finished. Commands that wait when the inputs end are carried out; those that
+    // wait when stop is set stay.
+    void run();
+
+    // A command's result couldn't be written, or the command directory failed.
+    bool hasFailed() const noexcept;
+
+private:
+    void openDirectories(std::optional<std::filesystem::path> const& commandDirectory);
+    std::vector<std::jthread> startPipelines();
+    void serveUntilEnd();
+    void takeCommands();
+
+    Host& hostM;
+    Notification const& stopM;
+    ProgressLine* progressM;
+    std::unique_ptr<CommandDirectory> commandsM;
+    bool haveCommandsFailedM = false;
+    std::atomic<std::size_t> runningM{0}; // pipelines
+    Notification endedM;                  // all pipelines have
+};
+
+} // namespace host
