@@ -1,8 +1,10 @@
-// Directories into which others put files for this program. A file is complete when it is renamed
-// to a name that doesn't begin with '.' and doesn't end in ".tmp" or ".part"; files of such names
-// and everything that is no regular file are left alone.
+// A directory into which others put files for this process, which has it for itself as long as the
+// object lives. A file is complete when it is renamed to a name that doesn't begin with '.' and
+// doesn't end in ".tmp" or ".part"; files of such names and everything that isn't a regular file
+// are left alone.
 #pragma once
 
+#include "base/DirectoryWatch.h"
 #include "base/FileDescriptor.h"
 
 #include <filesystem>
@@ -12,31 +14,27 @@
 
 namespace host {
 
-class DirectoryWatch {
+class DropDirectory {
 public:
-    // Throws a BAS::Status when the directory can't be watched.
-    explicit DirectoryWatch(std::filesystem::path const& directory);
+    // Throws a BAS::Status when the path isn't a directory in which this process can read and
+    // write.
+    static void requireUsable(std::filesystem::path const& directory);
 
-    // Readable when something came or changed since the last takeChanges.
-    int descriptor() const noexcept { return descriptorM.number(); }
-    // Whether something came or changed since the last call. Files that are listed after a call are
-    // not missed by the next.
-    bool takeChanges();
+    // Throws a BAS::Status when the directory can't be used, or another process has it.
+    explicit DropDirectory(std::filesystem::path directory);
+
+    std::filesystem::path const& path() const noexcept { return pathM; }
+    DirectoryWatch& changes() noexcept { return changesM; }
+    DirectoryWatch const& changes() const noexcept { return changesM; }
+
+    // The names of the complete files that end in the suffix, in the order of their bytes. Throws a
+    // BAS::Status when the directory can't be read.
+    std::vector<std::string> completeFiles(std::string_view suffix = {}) const;
 
 private:
-    FileDescriptor descriptorM;
+    std::filesystem::path pathM;
+    FileDescriptor lockM;
+    DirectoryWatch changesM;
 };
-
-// The names of the complete files that end in the suffix, in the order of their bytes. Throws a
-// BAS::Status when the directory can't be read.
-std::vector<std::string> completeFiles(std::filesystem::path const& directory,
-                                       std::string_view suffix = {});
-
-// Throws a BAS::Status when the path is no directory in which this process can read and write.
-void requireUsableDirectory(std::filesystem::path const& directory);
-
-// Keeps other hosts away from a directory as long as the descriptor is open. Throws a BAS::Status
-// when another one has it.
-FileDescriptor lockDirectory(std::filesystem::path const& directory);
 
 } // namespace host

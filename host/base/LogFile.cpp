@@ -1,8 +1,8 @@
 #include "base/LogFile.h"
 
+#include "base/EscapedText.h"
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
-#include "base/PrintableText.h"
-#include "base/SystemError.h"
 #include "base/Terminal.h"
 
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #include "base/Notification.h"
 
-#include "base/SystemError.h"
+#include "base/Failures.h"
 
 #include <sys/eventfd.h>
 

@@ -1,7 +1,7 @@
 #include "base/Problems.h"
 
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
-#include "base/StartFailure.h"
 
 #include <algorithm>
 #include <tuple>

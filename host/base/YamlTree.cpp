@@ -1,6 +1,6 @@
 #include "base/YamlTree.h"
 
-#include "base/SystemError.h"
+#include "base/WholeFile.h"
 
 #include <fmt/format.h>
 #include <simdjson.h>
@@ -143,19 +143,6 @@ private:
     std::vector<OpenNode> openM;
     YamlNode rootM;
 };
-
-std::string readWholeFile(std::filesystem::path const& file) {
-    std::error_code error;
-    if (std::filesystem::is_directory(file, error)) {
-        throw fileStatus("ERR_FILE_NOT_READABLE", file, EISDIR);
-    }
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    if (!in || (in.peek() != std::ifstream::traits_type::eof() && !(text << in.rdbuf()))) {
-        throw fileStatus("ERR_FILE_NOT_READABLE", file, errno);
-    }
-    return text.str();
-}
 
 // The YAML parser takes any bytes, guesses encodings and ends the file at one control character.
 void requireText(std::string_view text, Problems& problems) {

@@ -1,45 +1,17 @@
-// A command at run time: a registry update for one registered object, and what became of it.
+// A command for one registered object: the registry update that it brings.
 #pragma once
 
 #include "BAS/RegistryEntry.h"
-#include "BAS/Status.h"
-#include "base/FairLock.h"
-#include "commands/NamedFiles.h"
 
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
-
-namespace BAS {
-class RegisteredObject;
-}
 
 namespace host {
 
 struct Command {
-    // Bears the name of the object; the keys of the command stand directly below.
+    // Has the name of the object; the keys of the command stand directly below.
     BAS::RegistryEntry update;
-};
-
-struct CommandResult {
-    struct Key {
-        std::string name;
-        std::string value;
-    };
-
-    std::string object;
-    std::vector<Key> keys;
-    std::vector<std::string> ignoredKeys; // the object never asked for them; mistyped perhaps
-    bool isHandled = false;
-    bool isWorkDone = false;
-    // Why the object had no say: it doesn't exist, or it threw.
-    std::optional<std::string> fault;
-    // The object's status, if the command changed it or the object rejected the command.
-    std::optional<BAS::Status> status;
-    std::vector<NamedFile> files;
-    double seconds = 0; // of the object's work
 };
 
 // From a text OBJECT KEY[=VALUE]... with blanks between the parts; a part, or a piece of one, that
@@ -47,14 +19,5 @@ struct CommandResult {
 Command parseCommand(std::string_view text);
 // From the parts.
 Command parseCommand(std::span<std::string const> words);
-
-// Hands the command to its object. The lock of the object's pipeline, if it has one, keeps batches
-// away meanwhile; the watch notices what the command writes. Throws nothing: what the object throws
-// is the result's fault.
-CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
-                             FairLock* pipelineLock, WriteWatch& watch);
-
-// The result of a command that no object had a say in, with the reason.
-CommandResult unexecutedCommand(Command const& command, std::string reason);
 
 } // namespace host

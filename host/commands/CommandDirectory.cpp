@@ -1,8 +1,8 @@
 #include "commands/CommandDirectory.h"
 
 #include "BAS/LogSink.h"
-#include "base/StartFailure.h"
-#include "base/SystemError.h"
+#include "base/Failures.h"
+#include "base/WholeFile.h"
 #include "commands/CommandFile.h"
 #include "commands/CommandReport.h"
 
@@ -37,7 +37,7 @@ std::vector<std::string> textsOf(StartFailure const& failure) {
 } // namespace
 
 void CommandDirectory::requireSafe(std::filesystem::path const& directory) {
-    requireUsableDirectory(directory);
+    DropDirectory::requireUsable(directory);
     struct stat found = {};
     if (::stat(directory.c_str(), &found) != 0) {
         throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, errno);
@@ -53,13 +53,12 @@ void CommandDirectory::requireSafe(std::filesystem::path const& directory) {
 
 CommandDirectory::CommandDirectory(std::filesystem::path directory, Execute execute,
                                    BAS::LogSink& log)
-    : directoryM(std::move(directory)), executeM(std::move(execute)), logM(log),
-      lockM(lockDirectory(directoryM)), watchM(directoryM) {
+    : directoryM(std::move(directory)), executeM(std::move(execute)), logM(log) {
     answerInterrupted();
 }
 
 void CommandDirectory::answerInterrupted() {
-    for (auto const& name : completeFiles(directoryM, takenSuffix)) {
+    for (auto const& name : directoryM.completeFiles(takenSuffix)) {
         auto const original = std::filesystem::path(name).replace_extension(commandSuffix).string();
         auto const status =
             makeStatus(BAS::Status::error, {}, "ERR_COMMAND_INTERRUPTED", {original});
@@ -70,7 +69,7 @@ void CommandDirectory::answerInterrupted() {
 
 // The command files that can be answered; any other is logged once and stays.
 std::vector<std::string> CommandDirectory::waiting() {
-    auto names = completeFiles(directoryM, commandSuffix);
+    auto names = directoryM.completeFiles(commandSuffix);
     std::erase_if(names, [this](std::string const& name) {
         bool const isTooLong = std::filesystem::path(name).stem().native().size() > longestStem;
         if (isTooLong && passedByM.insert(name).second) {
@@ -85,7 +84,7 @@ std::vector<std::string> CommandDirectory::waiting() {
 }
 
 void CommandDirectory::takeAll(Notification const& stop) {
-    watchM.takeChanges();
+    directoryM.changes().takeChanges();
     for (auto names = waiting(); !names.empty(); names = waiting()) {
         for (auto const& name : names) {
             if (stop.isSet()) {
@@ -97,12 +96,12 @@ void CommandDirectory::takeAll(Notification const& stop) {
 }
 
 void CommandDirectory::take(std::string const& name) {
-    auto const taken = withSuffix(directoryM, name, takenSuffix);
-    if (::rename((directoryM / name).c_str(), taken.c_str()) != 0) {
+    auto const taken = withSuffix(directoryM.path(), name, takenSuffix);
+    if (::rename((directoryM.path() / name).c_str(), taken.c_str()) != 0) {
         if (errno == ENOENT) {
             return; // withdrawn
         }
-        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directoryM, errno);
+        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directoryM.path(), errno);
     }
     answer(name, carryOut(taken, name));
 }
@@ -129,12 +128,12 @@ std::string CommandDirectory::carryOut(std::filesystem::path const& file, std::s
 // The command file goes when its result is there.
 void CommandDirectory::answer(std::string const& name, std::string const& text) {
     try {
-        writeWholeFile(withSuffix(directoryM, name, resultSuffix), text);
+        writeWholeFile(withSuffix(directoryM.path(), name, resultSuffix), text);
     } catch (BAS::Status const& status) {
         hasFailedM = true;
         logM.write(status);
     }
-    ::unlink(withSuffix(directoryM, name, takenSuffix).c_str());
+    ::unlink(withSuffix(directoryM.path(), name, takenSuffix).c_str());
 }
 
 } // namespace host

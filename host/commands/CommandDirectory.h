@@ -6,7 +6,7 @@
 
 #include "base/DropDirectory.h"
 #include "base/Notification.h"
-#include "commands/Command.h"
+#include "commands/CommandExecution.h"
 
 #include <functional>
 #include <set>
@@ -31,7 +31,7 @@ public:
     CommandDirectory(std::filesystem::path directory, Execute execute, BAS::LogSink& log);
 
     // Readable when command files may have come.
-    int descriptor() const noexcept { return watchM.descriptor(); }
+    int descriptor() const noexcept { return directoryM.changes().descriptor(); }
     // Carries out all files that wait, until there is none or stop is set. Throws a BAS::Status
     // when the directory can't be used any more.
     void takeAll(Notification const& stop);
@@ -46,11 +46,9 @@ private:
     std::string carryOut(std::filesystem::path const& file, std::string const& name);
     void answer(std::string const& name, std::string const& text);
 
-    std::filesystem::path directoryM;
+    DropDirectory directoryM;
     Execute executeM;
     BAS::LogSink& logM;
-    FileDescriptor lockM;
-    DirectoryWatch watchM;
     std::set<std::string> passedByM; // names that leave no room for a result's
     bool hasFailedM = false;
 };

@@ -1,14 +1,7 @@
 #include "commands/CommandFile.h"
 
-#include "base/FileDescriptor.h"
-#include "base/QuotedText.h"
-#include "base/SystemError.h"
+#include "base/EscapedText.h"
 #include "base/YamlTree.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <cstdio>
 
 namespace host {
 
@@ -57,19 +50,6 @@ std::string commandFileText(Command const& command) {
             "  " + quotedText(key->name().view()) + ": " + quotedText(key->value().view()) + "\n";
     }
     return text;
-}
-
-void writeWholeFile(std::filesystem::path const& file, std::string_view text) {
-    auto const temporary = file.parent_path() / ("." + file.filename().string() + ".tmp");
-    FileDescriptor const descriptor(
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    // Root sends commands to hosts of other users, whatever its mask.
-    if (!descriptor.isOpen() || ::fchmod(descriptor.number(), 0644) != 0 ||
-        !writeAll(descriptor.number(), text) || ::rename(temporary.c_str(), file.c_str()) != 0) {
-        auto const error = errno;
-        ::unlink(temporary.c_str());
-        throw fileStatus("ERR_FILE_NOT_WRITABLE", file, error);
-    }
 }
 
 } // namespace host

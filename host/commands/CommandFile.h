@@ -20,8 +20,4 @@ std::vector<Command> readCommandFile(std::filesystem::path const& file, std::str
 
 std::string commandFileText(Command const& command);
 
-// Writes a file under a temporary name and renames it, so that nobody sees a part of it. Throws a
-// BAS::Status when that isn't possible.
-void writeWholeFile(std::filesystem::path const& file, std::string_view text);
-
 } // namespace host

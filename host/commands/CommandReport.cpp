@@ -1,8 +1,8 @@
 #include "commands/CommandReport.h"
 
+#include "base/EscapedText.h"
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
-#include "base/QuotedText.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 // The result of a command as people and programs read it.
 #pragma once
 
-#include "commands/Command.h"
+#include "commands/CommandExecution.h"
 
 #include <string>
 #include <string_view>

@@ -1,16 +1,16 @@
 #include "commands/SendCommand.h"
 
-#include "base/DropDirectory.h"
+#include "base/DirectoryWatch.h"
+#include "base/Failures.h"
 #include "base/Poll.h"
 #include "base/StopSignals.h"
-#include "base/SystemError.h"
+#include "base/WholeFile.h"
 #include "base/YamlTree.h"
 #include "commands/CommandFile.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <fstream>
 #include <iostream>
 
 namespace host {
@@ -37,7 +37,7 @@ bool isHandled(std::filesystem::path const& result) {
 
 ExitCode printResult(std::filesystem::path const& result) {
     bool const handled = isHandled(result);
-    std::cout << std::ifstream(result, std::ios::binary).rdbuf() << std::flush;
+    std::cout << readWholeFile(result) << std::flush;
     if (!std::cout) {
         return inputOrOutputFailed; // the file stays, so that the result isn't lost
     }

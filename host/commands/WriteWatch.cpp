@@ -1,6 +1,6 @@
 #include "commands/WriteWatch.h"
 
-#include "base/SystemError.h"
+#include "base/Failures.h"
 
 #include <sys/inotify.h>
 

@@ -1,6 +1,6 @@
 #include "generate/Generate.h"
 
-#include "base/SystemError.h"
+#include "base/Failures.h"
 #include "generate/GeneratedDatabase.h"
 #include "generate/GeneratedEdrs.h"
 #include "generate/GeneratorTexts.h"

@@ -1,6 +1,6 @@
 #include "generate/GeneratedFile.h"
 
-#include "base/SystemError.h"
+#include "base/Failures.h"
 
 #include <fcntl.h>
 

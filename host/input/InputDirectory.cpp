@@ -1,8 +1,8 @@
 #include "input/InputDirectory.h"
 
 #include "BAS/LogSink.h"
+#include "base/Failures.h"
 #include "base/Poll.h"
-#include "base/SystemError.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -22,7 +22,7 @@ std::filesystem::path madeDirectory(std::filesystem::path const& directory) {
     if (::mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST) {
         throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, errno);
     }
-    requireUsableDirectory(directory);
+    DropDirectory::requireUsable(directory);
     return directory;
 }
 
@@ -48,9 +48,8 @@ int renameToNew(std::filesystem::path const& from, std::filesystem::path const& 
 
 InputDirectory::InputDirectory(std::filesystem::path directory, BAS::String const& pipeline,
                                BAS::LogSink& log)
-    : directoryM(std::move(directory)), doneM(madeDirectory(directoryM / doneDirectory)),
-      pipelineM(pipeline), logM(log), lockM(lockDirectory(directoryM)), watchM(directoryM),
-      stateFileM(doneM / stateFile) {
+    : directoryM(std::move(directory)), doneM(madeDirectory(directoryM.path() / doneDirectory)),
+      pipelineM(pipeline), logM(log), stateFileM(doneM / stateFile) {
     list();
     resume(stateFileM.read());
 }
@@ -59,7 +58,7 @@ std::optional<DirectoryInput> InputDirectory::next(Notification const& stop) {
     while (!stop.isSet()) {
         auto const name = nextName();
         if (!name) {
-            waitForAny({watchM.descriptor(), stop.descriptor()});
+            waitForAny({directoryM.changes().descriptor(), stop.descriptor()});
         } else if (begin(*name)) {
             return DirectoryInput{{pathOf(*name), doneM / (currentM.doneName + rejectSuffix)},
                                   currentM.position};
@@ -69,7 +68,7 @@ std::optional<DirectoryInput> InputDirectory::next(Notification const& stop) {
 }
 
 std::optional<std::string> InputDirectory::nextName() {
-    if (watchM.takeChanges()) {
+    if (directoryM.changes().takeChanges()) {
         list();
     }
     while (!waitingM.empty()) {
@@ -84,7 +83,7 @@ std::optional<std::string> InputDirectory::nextName() {
 }
 
 void InputDirectory::list() {
-    auto names = completeFiles(directoryM);
+    auto names = directoryM.completeFiles();
     waitingM.assign(std::make_move_iterator(names.begin()), std::make_move_iterator(names.end()));
 }
 

@@ -57,19 +57,17 @@ private:
     void list();
     bool begin(std::string const& name);
     void resume(std::optional<InputState> const& state);
-    std::filesystem::path pathOf(std::string const& name) const { return directoryM / name; }
+    std::filesystem::path pathOf(std::string const& name) const { return directoryM.path() / name; }
     std::string freeDoneName(std::string const& name) const;
     void moveAway(std::string const& suffix);
     void failOnce(std::string const& name, BAS::Status status);
     void report(BAS::Status status);
     void fail(BAS::Status const& status);
 
-    std::filesystem::path directoryM;
+    DropDirectory directoryM;
     std::filesystem::path doneM;
     BAS::String pipelineM;
     BAS::LogSink& logM;
-    FileDescriptor lockM;
-    DirectoryWatch watchM;
     InputStateFile stateFileM;
     InputState currentM;
     std::deque<std::string> waitingM; // names, in order

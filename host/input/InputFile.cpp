@@ -1,7 +1,7 @@
 #include "input/InputFile.h"
 
+#include "base/Failures.h"
 #include "base/Poll.h"
-#include "base/SystemError.h"
 #include "input/GzipDecompressor.h"
 #include "input/ZstdDecompressor.h"
 

@@ -1,6 +1,6 @@
 #include "input/InputStateFile.h"
 
-#include "base/SystemError.h"
+#include "base/Failures.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

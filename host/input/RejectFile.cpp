@@ -1,6 +1,6 @@
 #include "input/RejectFile.h"
 
-#include "base/SystemError.h"
+#include "base/Failures.h"
 
 #include <fcntl.h>
 

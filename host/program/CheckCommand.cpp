@@ -1,8 +1,8 @@
 #include "program/CheckCommand.h"
 
 #include "BAS/LogSink.h"
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
-#include "base/StartFailure.h"
 #include "base/WriteObstacle.h"
 #include "run/Host.h"
 

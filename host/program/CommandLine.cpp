@@ -1,8 +1,8 @@
 #include "program/CommandLine.h"
 
+#include "base/EscapedText.h"
 #include "base/LogFile.h"
 #include "base/NearestName.h"
-#include "base/PrintableText.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -1,10 +1,9 @@
 #include "program/Program.h"
 
-#include "base/ExceptionText.h"
+#include "base/EscapedText.h"
+#include "base/Failures.h"
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
-#include "base/PrintableText.h"
-#include "base/StartFailure.h"
 #include "base/StopSignals.h"
 #include "base/Terminal.h"
 #include "commands/CommandReport.h"

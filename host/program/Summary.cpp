@@ -1,6 +1,6 @@
 #include "program/Summary.h"
 
-#include "base/QuotedText.h"
+#include "base/EscapedText.h"
 #include "commands/CommandReport.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 // What a run comes to: a table for people, or JSON for programs.
 #pragma once
 
-#include "commands/Command.h"
+#include "commands/CommandExecution.h"
 #include "run/PipelineRunner.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #include "registry/Registry.h"
 
-#include "base/StartFailure.h"
+#include "base/Failures.h"
 #include "base/YamlTree.h"
 #include "registry/KeyRules.h"
 

@@ -2,10 +2,9 @@
 
 #include "BAS/LogSink.h"
 #include "PLG/FunctionPlugIn.h"
-#include "base/ExceptionText.h"
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 #include "base/NearestName.h"
-#include "base/StartFailure.h"
 #include "commands/CommandDirectory.h"
 #include "commands/CommandReport.h"
 
@@ -75,7 +74,8 @@ void Host::checkDirectories() {
     auto const& configuration = registryM.configuration;
     checkDirectory(configuration.commandDirectory, {}, &CommandDirectory::requireSafe);
     for (auto const& pipeline : configuration.pipelines) {
-        checkDirectory(pipeline.inputDirectory, pipeline.registeredName, &requireUsableDirectory);
+        checkDirectory(pipeline.inputDirectory, pipeline.registeredName,
+                       &DropDirectory::requireUsable);
     }
 }
 

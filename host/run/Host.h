@@ -4,7 +4,7 @@
 #pragma once
 
 #include "BAS/RegisteredObject.h"
-#include "commands/Command.h"
+#include "commands/CommandExecution.h"
 #include "registry/Registry.h"
 #include "run/LifeCycle.h"
 #include "run/ModuleLoader.h"

@@ -2,7 +2,7 @@
 
 #include "BAS/LogSink.h"
 #include "PLG/StdPlugIn.h"
-#include "base/ExceptionText.h"
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 
 #include <optional>

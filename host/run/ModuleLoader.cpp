@@ -1,7 +1,7 @@
 #include "run/ModuleLoader.h"
 
 #include "PLG/FunctionPlugIn.h"
-#include "base/ExceptionText.h"
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 
 #include <dlfcn.h>

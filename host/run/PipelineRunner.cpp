@@ -1,7 +1,7 @@
 #include "run/PipelineRunner.h"
 
 #include "PLG/FunctionPlugIn.h"
-#include "base/ExceptionText.h"
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 #include "input/ReadAheadInput.h"
 #include "registry/EdrDescriptionFile.h"

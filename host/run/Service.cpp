@@ -1,8 +1,8 @@
 #include "run/Service.h"
 
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 #include "base/Poll.h"
-#include "base/StartFailure.h"
 
 namespace host {
 

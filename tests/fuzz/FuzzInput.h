@@ -3,7 +3,7 @@
 #pragma once
 
 #include "BAS/Status.h"
-#include "base/StartFailure.h"
+#include "base/Failures.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

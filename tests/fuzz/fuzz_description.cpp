@@ -1,7 +1,7 @@
 #include "EDR/Container.h"
 #include "EDR/Description.h"
 #include "FuzzInput.h"
-#include "base/QuotedText.h"
+#include "base/EscapedText.h"
 #include "registry/EdrDescriptionFile.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include "EDR/Description.h"
 #include "EDR/Iterator.h"
 #include "FuzzInput.h"
-#include "base/QuotedText.h"
+#include "base/EscapedText.h"
 #include "input/EdrLineParser.h"
 #include "input/ParsedEdrs.h"
 

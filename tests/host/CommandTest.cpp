@@ -1,4 +1,4 @@
-#include "commands/Command.h"
+#include "commands/CommandExecution.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The problems of a start that fails, as texts.
 #pragma once
 
+#include "base/Failures.h"
 #include "base/MessageCatalogue.h"
-#include "base/StartFailure.h"
 
 #include <string>
 #include <vector>

@@ -1,0 +1,25 @@
+// Notices what happens to the files of a directory.
+#pragma once
+
+#include "base/FileDescriptor.h"
+
+#include <filesystem>
+
+namespace host {
+
+class DirectoryWatch {
+public:
+    // Throws a BAS::Status when the directory can't be watched.
+    explicit DirectoryWatch(std::filesystem::path const& directory);
+
+    // Readable when something came or changed since the last takeChanges.
+    int descriptor() const noexcept { return descriptorM.number(); }
+    // Whether something came or changed since the last call. Files that are listed after a call are
+    // not missed by the next.
+    bool takeChanges();
+
+private:
+    FileDescriptor descriptorM;
+};
+
+} // namespace host
