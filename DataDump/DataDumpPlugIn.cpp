@@ -14,15 +14,19 @@
 #include "RW/RWDBDatabase.h"
 #include "RW/RWDBReader.h"
 #include "RW/RWDBSelector.h"
+#include "RW/RWDBTable.h"
 #include "RW/RWZone.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <concepts>
+#include <cstring>
 #include <fstream>
 #include <iomanip>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -67,8 +71,36 @@ unsigned digitOf(char c) {
     return static_cast<unsigned char>(c - '0');
 }
 
+// The number that the last one to eight characters before end make; nothing when they aren't all
+// digits. Eight characters must stand before end. An EDR has some twenty identifiers, and digit by
+// digit they would take a sixth of the time that it takes: so the digits are read as one word and
+// joined in pairs, first to four numbers of two digits, then to two of four, then to one of eight.
+std::optional<unsigned long> numberOfLastDigits(char const* end, std::size_t count) {
+    static_assert(std::endian::native == std::endian::little);
+    std::uint64_t digits = 0;
+    std::memcpy(&digits, end - 8, 8);
+    digits ^= 0x3030303030303030; // '0' to '9' become 0 to 9
+    auto const othersBits = 8 * (8 - count);
+    digits = digits >> othersBits << othersBits;
+    // Carries into the highest bit of a byte that is 10 or more.
+    if ((((digits + 0x7676767676767676) | digits) & 0x8080808080808080) != 0) {
+        return std::nullopt;
+    }
+    digits = (digits * 10 + (digits >> 8)) & 0x00ff00ff00ff00ff;
+    digits = (digits * 100 + (digits >> 16)) & 0x0000ffff0000ffff;
+    return (digits * 10000 + (digits >> 32)) & 0xffffffff;
+}
+
+// Calls visit with each value of one of the framework's vectors, in order.
+template <class Vector, class Visit>
+void forEach(Vector& vector, Visit visit) {
+    for (decltype(vector.entries()) i = 0; i < vector.entries(); ++i) {
+        visit(vector[i]);
+    }
+}
+
 bool contains(RWTValOrderedVector<BAS::String> const& texts, BAS::String const& text) {
-    for (std::size_t i = 0; i < texts.entries(); ++i) {
+    for (decltype(texts.entries()) i = 0; i < texts.entries(); ++i) {
         if (texts[i] == text) {
             return true;
         }
@@ -82,6 +114,22 @@ long offsetSeconds(long hoursAndMinutes) {
     return hoursAndMinutes / 100 * 3600 + hoursAndMinutes % 100 * 60;
 }
 
+// The number at the beginning of a text, after blanks and a sign; 0 when there is none. What is out
+// of range ends at the nearest signed number.
+unsigned long numberAt(char const* at, char const* end) {
+    at = std::find_if_not(at, end, isBlank);
+    bool const negative = at != end && *at == '-';
+    if (negative || (at != end && *at == '+')) {
+        ++at;
+    }
+    unsigned long const limit = std::numeric_limits<long>::max() + (negative ? 1UL : 0UL);
+    unsigned long number = 0;
+    for (unsigned digit = 0; at != end && (digit = digitOf(*at)) < 10; ++at) {
+        number = number > (limit - digit) / 10 ? limit : number * 10 + digit;
+    }
+    return negative ? 0 - number : number;
+}
+
 unsigned long unixSeconds(unsigned long seconds) {
     return seconds > BAS::DateTime::rwToUnixSecsCM ? seconds - BAS::DateTime::rwToUnixSecsCM : 0;
 }
@@ -89,32 +137,21 @@ unsigned long unixSeconds(unsigned long seconds) {
 } // namespace
 
 unsigned long objectNumber(BAS::String const& identifier) {
-    auto const* const end = identifier.data() + identifier.length();
-    auto const* at = std::find(identifier.data(), end, '_');
-    if (at != end) {
+    auto const* const begin = identifier.data();
+    auto const* const end = begin + identifier.length();
+    auto const* at = begin;
+    while (at != end && *at != '_') {
         ++at;
     }
-    while (at != end && isBlank(*at)) {
-        ++at;
+    if (at == end || ++at == end) {
+        return 0;
     }
-    bool const negative = at != end && *at == '-';
-    if (negative || (at != end && *at == '+')) {
-        ++at;
+    if (end - at <= 8 && end - begin >= 8) {
+        if (auto const number = numberOfLastDigits(end, static_cast<std::size_t>(end - at))) {
+            return *number;
+        }
     }
-    // Any number of that many digits is in range; what is out of range ends at the nearest signed
-    // number.
-    constexpr std::ptrdiff_t safeDigits = std::numeric_limits<long>::digits10;
-    auto const* const safeEnd = at + std::min(end - at, safeDigits);
-    unsigned long const limit = std::numeric_limits<long>::max() + (negative ? 1UL : 0UL);
-    unsigned long number = 0;
-    unsigned digit = 0;
-    for (; at != safeEnd && (digit = digitOf(*at)) < 10; ++at) {
-        number = number * 10 + digit;
-    }
-    for (; at != end && (digit = digitOf(*at)) < 10; ++at) {
-        number = number > (limit - digit) / 10 ? limit : number * 10 + digit;
-    }
-    return negative ? 0 - number : number;
+    return numberAt(at, end);
 }
 
 // ---- What is kept of one event -----------------------------------------------------------------
@@ -140,25 +177,20 @@ void SharingMap::clear() noexcept {
     orderM.clear();
 }
 
-void EventDetailRecord::prepareForRefill() noexcept {
+void EventDetailRecord::prepareForRefill() {
     accountInfo.ownDiscounts.clear();
     accountInfo.productInfo.priceModelCodes.clear();
     sharingMap.clear();
 }
 
 void EventDetailRecord::startAnew(BAS::String const& customer, BAS::String const& service) {
-    auto& product = accountInfo.productInfo;
-    for (auto* const text :
-         {&eventType, &serviceType, &product.name, &product.internalRatePlan,
-          &product.impactCategory, &product.serviceCodeUsed, &product.serviceClassUsed}) {
-        text->clear();
-    }
     identifier = customer;
     serviceCode = service;
-    serviceId = 0;
-    chargingStartTime = 0;
-    accountInfo.accountId = 0;
-    accountInfo.balanceGroupId = 0;
+    auto& product = accountInfo.productInfo;
+    for (auto* const text : {&product.name, &product.internalRatePlan, &product.impactCategory,
+                             &product.serviceCodeUsed, &product.serviceClassUsed}) {
+        *text = BAS::NULL_STRING;
+    }
     product.ratePlanVersion = 0;
     prepareForRefill();
 }
@@ -167,7 +199,7 @@ void EventDetailRecord::startAnew(BAS::String const& customer, BAS::String const
 
 namespace {
 
-std::size_t hashOf(EventKey const& key) noexcept {
+std::size_t hashOf(EventKey const& key) {
     std::hash<std::string_view> const hash;
     constexpr std::size_t oddMultiplier = 0x9e3779b97f4a7c15;
     return hash(viewOf(key.first)) * oddMultiplier + hash(viewOf(key.second));
@@ -175,10 +207,10 @@ std::size_t hashOf(EventKey const& key) noexcept {
 
 } // namespace
 
-EventMap::HashedKey::HashedKey(EventKey const& ofKey) noexcept : key(ofKey), hash(hashOf(ofKey)) {
+EventMap::HashedKey::HashedKey(EventKey const& ofKey) : key(ofKey), hash(hashOf(ofKey)) {
 }
 
-CapturedEvent* EventMap::find(HashedKey const& sought) const noexcept {
+CapturedEvent* EventMap::find(HashedKey const& sought) const {
     if (slotsM.empty()) {
         return nullptr;
     }
@@ -241,7 +273,7 @@ void EventMap::enter(CapturedEvent& event) noexcept {
     slotsM[slot] = {&event, event.keyHash};
 }
 
-// Frees the event's slot and closes the gap: every event behind it that may stand nearer to its
+// Frees the event's slot and closes the gap: every event after it that may stand nearer to its
 // home moves up.
 void EventMap::leave(CapturedEvent const& event) noexcept {
     auto gap = homeOf(event.keyHash);
@@ -260,41 +292,6 @@ void EventMap::leave(CapturedEvent const& event) noexcept {
     slotsM[gap] = Slot();
 }
 
-void EventQueue::pushFront(CapturedEvent* event) noexcept {
-    linkAtFront(event == nullptr ? emptyEntryM : *event);
-    ++countM;
-}
-
-void EventQueue::moveToFront(CapturedEvent& event) noexcept {
-    unlink(event);
-    linkAtFront(event);
-}
-
-CapturedEvent* EventQueue::removeBack() noexcept {
-    auto& back = *endsM.newer;
-    unlink(back);
-    --countM;
-    return &back == &emptyEntryM ? nullptr : static_cast<CapturedEvent*>(&back);
-}
-
-void EventQueue::clear() noexcept {
-    endsM.newer = &endsM;
-    endsM.older = &endsM;
-    countM = 0;
-}
-
-void EventQueue::linkAtFront(QueueEntry& entry) noexcept {
-    entry.newer = &endsM;
-    entry.older = endsM.older;
-    endsM.older->newer = &entry;
-    endsM.older = &entry;
-}
-
-void EventQueue::unlink(QueueEntry& entry) noexcept {
-    entry.newer->older = entry.older;
-    entry.older->newer = entry.newer;
-}
-
 // ---- The plug-in object ------------------------------------------------------------------------
 
 PlugIn::PlugIn(BAS::String const& name, BAS::String const& version)
@@ -307,16 +304,9 @@ PlugIn::PlugIn(BAS::String const& name, BAS::String const& version)
     if (!registered) {
         setValid(false);
     }
-    // Nothing derives from this class at run time that could override a step.
-    if (isValid()) {
-        setValid(PlugIn::readRegistry());
-    }
-    if (isValid()) {
-        setValid(PlugIn::setEDRContainerIndices());
-    }
-    if (isValid()) {
-        setValid(initServiceFieldMap());
-    }
+    takeStartStep(&PlugIn::readRegistry);
+    takeStartStep(&PlugIn::setEDRContainerIndices);
+    takeStartStep(&PlugIn::initServiceFieldMap);
     cbdRecordTypes.append(defaultRecordType);
     ratePlanTypes.append(defaultRatePlanType);
     currentObjects.append(0);
@@ -356,8 +346,26 @@ void PlugIn::recordAndLog(BAS::String const& messageName, BAS::Status::Severity 
 
 void PlugIn::reportThrown(BAS::Status status, bool log) {
     status.setObjectName(ownName());
-    setStatus(status, log);
-    writeToPipelineLog(status);
+    try {
+        setStatus(status, log);
+        writeToPipelineLog(status);
+    } catch (BAS::Status const&) {
+        // What a log throws can't be written to it.
+    }
+}
+
+// A status that the framework throws is the step's failure, and not the host's to catch.
+void PlugIn::takeStartStep(bool (PlugIn::*step)()) {
+    if (!isValid()) {
+        return;
+    }
+    bool done = false;
+    try {
+        done = (this->*step)();
+    } catch (BAS::Status const& thrown) {
+        reportThrown(thrown, true);
+    }
+    setValid(done);
 }
 
 // ---- Start-up: registry ------------------------------------------------------------------------
@@ -386,18 +394,15 @@ bool PlugIn::bindDataModule(BAS::RegistryEntry const* entry, Module*& module, Er
         return true;
     }
     module = dynamic_cast<Module*>(findRegisteredObject(entry->value()));
-    if (module == nullptr) {
-        reportWrongModule(entry->value(), errorForm);
+    if (module != nullptr) {
+        return true;
     }
-    return module != nullptr;
-}
-
-void PlugIn::reportWrongModule(BAS::String const& reference, ErrorForm errorForm) {
     if (errorForm == ErrorForm::statusThenLog) {
-        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, reference);
+        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value());
     } else {
-        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, reference, true);
+        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value(), true);
     }
+    return false;
 }
 
 namespace {
@@ -410,11 +415,11 @@ void appendConfiguredTypes(BAS::RegistryEntry const* entry, BAS::String const& d
         return;
     }
     auto const pieces = entry->value().split(',');
-    for (std::size_t i = 0; i < pieces.entries(); ++i) {
-        if (pieces[i] != defaultType) {
-            types.append(pieces[i]);
+    forEach(pieces, [&](BAS::String const& piece) {
+        if (piece != defaultType) {
+            types.append(piece);
         }
-    }
+    });
 }
 
 } // namespace
@@ -464,8 +469,8 @@ namespace {
 template <class Handle, class Handles>
 struct Binding {
     Handle Handles::*handle;
-    std::string_view path;
-    std::string_view alias;
+    char const* path;
+    char const* alias;
 };
 
 // Each handle of the set stands in exactly one binding, and each path in one.
@@ -474,7 +479,8 @@ constexpr bool bindsEachOnce(Binding<Handle, Handles> const (&bindings)[count]) 
     static_assert(sizeof(Handles) == count * sizeof(Handle), "a handle has no binding");
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t j = 0; j < i; ++j) {
-            if (bindings[i].handle == bindings[j].handle || bindings[i].path == bindings[j].path) {
+            if (bindings[i].handle == bindings[j].handle ||
+                std::string_view(bindings[i].path) == bindings[j].path) {
                 return false;
             }
         }
@@ -559,15 +565,15 @@ bool PlugIn::setEDRContainerIndices() {
         std::lock_guard const guard(dirNameLockerCM);
         directory = dirName(ownName());
     }
-    BAS::String const moduleReference = PBC::ModuleReference(directory);
+    BAS::String const moduleReference(PBC::ModuleReference(directory));
     try {
         for (auto const& binding : fieldBindings) {
-            fields.*binding.handle = edrFactoryM->getIndex(
-                moduleName, BAS::String(binding.path), BAS::String(binding.alias), moduleReference);
+            fields.*binding.handle =
+                edrFactoryM->getIndex(moduleName, binding.path, binding.alias, moduleReference);
         }
         for (auto const& binding : blockBindings) {
-            blocks.*binding.handle = edrFactoryM->getBlockIndex(
-                moduleName, BAS::String(binding.path), BAS::String(binding.alias), moduleReference);
+            blocks.*binding.handle = edrFactoryM->getBlockIndex(moduleName, binding.path,
+                                                                binding.alias, moduleReference);
         }
     } catch (BAS::Status const& notFound) {
         reportThrown(notFound, true);
@@ -604,13 +610,35 @@ BAS::String const uniDataCustomerB("UniData_CustB");
 
 } // namespace
 
-RWDBReader PlugIn::selectServiceFields(BAS::String const& pipelineName) const {
-    auto const database = accountDatabase->connection().database();
-    auto const pipelines = database.table("KWL_PIPELINE");
-    auto const aliases = database.table("KWL_ALIAS_MAP");
-    auto const edrFields = database.table("KWL_EDRC_FIELD");
-    auto const reference = aliases["REFERENCE"];
-    auto selector = database.selector();
+bool PlugIn::initServiceFieldMap() {
+    try {
+        auto const pipeline = superName("Pipelines");
+        auto const lastDot = viewOf(pipeline).rfind('.');
+        if (lastDot == std::string_view::npos) {
+            return false;
+        }
+        if (accountDatabase == nullptr) {
+            recordAndLog("ERR_DATABASE", severityCritical,
+                         "the account data module has no database connection");
+            return false;
+        }
+        std::string const pipelineName(viewOf(pipeline).substr(lastDot + 1));
+        return readServiceFields(pipelineName.c_str());
+    } catch (BAS::Status const& thrown) {
+        reportThrown(thrown, false);
+        return false;
+    }
+}
+
+// What the reader was made from stays until it is done.
+bool PlugIn::readServiceFields(BAS::String const& pipelineName) {
+    auto&& connection = accountDatabase->connection();
+    auto&& database = connection.database();
+    auto&& pipelines = database.table("KWL_PIPELINE");
+    auto&& aliases = database.table("KWL_ALIAS_MAP");
+    auto&& edrFields = database.table("KWL_EDRC_FIELD");
+    auto&& reference = aliases["REFERENCE"];
+    auto&& selector = database.selector();
     selector << aliases["KEY_ID"] << reference << edrFields["FIELD_NAME"];
     selector.where((((pipelines["PIPELINE"] == pipelineName) &&
                      (pipelines["EDRC_DESC"] == aliases["EDRC_DESC"])) &&
@@ -618,22 +646,11 @@ RWDBReader PlugIn::selectServiceFields(BAS::String const& pipelineName) const {
                    ((((reference == accountCustomerA) || (reference == uniDataCustomerA)) ||
                      (reference == accountCustomerB)) ||
                     (reference == uniDataCustomerB)));
-    return selector.reader();
+    auto&& reader = selector.reader();
+    return addServiceFields(reader, pipelineName);
 }
 
-bool PlugIn::initServiceFieldMap() {
-    auto const pipeline = superName("Pipelines");
-    auto const lastDot = viewOf(pipeline).rfind('.');
-    if (lastDot == std::string_view::npos) {
-        return false;
-    }
-    if (accountDatabase == nullptr) {
-        recordAndLog("ERR_DATABASE", severityCritical,
-                     "the account data module has no database connection");
-        return false;
-    }
-    BAS::String const pipelineName(viewOf(pipeline).substr(lastDot + 1));
-    auto reader = selectServiceFields(pipelineName);
+bool PlugIn::addServiceFields(RWDBReader& reader, BAS::String const& pipelineName) {
     bool anyRow = false;
     BAS::String serviceCode;
     BAS::String reference;
@@ -644,12 +661,7 @@ bool PlugIn::initServiceFieldMap() {
             break;
         }
         anyRow = true;
-        try {
-            if (!addServiceField(serviceCode, reference, fieldName)) {
-                return false;
-            }
-        } catch (BAS::Status const& fieldNotFound) {
-            reportThrown(fieldNotFound, false);
+        if (!addServiceField(serviceCode, reference, fieldName)) {
             return false;
         }
     }
@@ -703,80 +715,89 @@ bool PlugIn::processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) {
     if (!isValid()) {
         return false;
     }
-    for (std::size_t i = 0; i < batch.entries(); ++i) {
-        if (batch[i]->recordKind() == detailRecordKind) {
-            capture(batch[i]);
+    forEach(batch, [&](EDR::Container* container) {
+        if (container->recordKind() == detailRecordKind) {
+            capture(container);
         }
-    }
+    });
     return true;
 }
 
+// Reads in an order in which every text can be used or copied at once: the host's next text may go
+// into the same buffer.
 void PlugIn::capture(EDR::Container* container) {
     auto const startTime = getGMTStartTime(container);
-    auto const& serviceCode = container->getString(fields.idxInternServiceCode);
+    auto& [identifier, serviceCode] = currentKey;
+    serviceCode = container->getString(fields.idxInternServiceCode);
     auto const service = serviceFieldMap.find(&serviceCode);
     if (service == serviceFieldMap.end() || service->second == nullptr ||
         !service->second->aField().isValid()) {
         return;
     }
-    auto const& identifier = container->getString(service->second->aField());
+    identifier = container->getString(service->second->aField());
     // Read like every head field of an event, and not kept: the product's service type is.
     static_cast<void>(container->getString(fields.idxServiceType));
-    auto const& eventType = container->getString(fields.idxEventType);
     auto const balanceGroupId = objectNumber(container->getString(fields.idxBalanceGroupId));
     currentObjects[productPosition] = container->getLong(fields.idxFoundPPIndex);
-    auto const& serviceType = container->getString(fields.idxProductServiceType, currentObjects);
     auto const serviceId =
         objectNumber(container->getString(fields.idxProductServiceId, currentObjects));
     auto const accountId =
         objectNumber(container->getString(fields.idxAccountParentId, currentObjects));
 
-    currentKey.first = identifier;
-    currentKey.second = serviceCode;
     auto* const key = checkUniquenessInQueue(currentKey);
     EventDetailRecord* record = nullptr;
     if (key == nullptr || !checkForEventAllocation(key, record) || record == nullptr) {
         return;
     }
-    try {
-        record->accountInfo.accountId = accountId;
-        record->accountInfo.balanceGroupId = balanceGroupId;
-        record->serviceType = serviceType;
-        record->serviceId = serviceId;
-        record->chargingStartTime = startTime;
-        record->eventType = eventType;
-        populateDiscAndSpon(container, key, record);
-        populateProductInfo(container, key, record);
-    } catch (...) {
-        // What is filled half belongs to no EDR: until its next one the key is without a record.
-        key->hasRecord = false;
-        throw;
-    }
+    // What an exception leaves filled half belongs to no EDR: until its next one, the key is
+    // without a record.
+    key->hasRecord = false;
+    record->accountInfo.accountId = accountId;
+    record->accountInfo.balanceGroupId = balanceGroupId;
+    record->serviceType = container->getString(fields.idxProductServiceType, currentObjects);
+    record->serviceId = serviceId;
+    record->chargingStartTime = startTime;
+    record->eventType = container->getString(fields.idxEventType);
+    populateDiscAndSpon(container, key, record);
+    populateProductInfo(container, key, record);
+    key->hasRecord = true;
 }
 
 CapturedEvent* PlugIn::checkUniquenessInQueue(EventKey const& key) {
-    if (eventQueue.entries() == 0 && numberOfEvents == 0) {
-        eventQueue.pushFront(nullptr);
+    if (eventQueue.empty() && numberOfEvents == 0) {
+        eventQueue.push_front(nullptr);
         return nullptr;
     }
     // The queue holds the events of the map, each once, and an empty entry equals no key: so what
     // the map finds is what a search of the queue from its front would find first.
     EventMap::HashedKey const hashed(key);
     if (auto* const known = eventMap.find(hashed)) {
-        eventQueue.moveToFront(*known);
+        eventQueue.splice(eventQueue.begin(), eventQueue, known->placeInQueue);
         return known;
     }
-    if (eventQueue.entries() < numberOfEvents) {
-        auto& added = eventMap.add(hashed);
-        eventQueue.pushFront(&added);
-        return &added;
+    return eventQueue.size() < numberOfEvents ? addEvent(hashed) : replaceOldestEvent(hashed);
+}
+
+CapturedEvent* PlugIn::addEvent(EventMap::HashedKey const& key) {
+    EventQueue added(1);
+    auto& event = eventMap.add(key);
+    added.front() = &event;
+    event.placeInQueue = added.begin();
+    eventQueue.splice(eventQueue.begin(), added);
+    return &event;
+}
+
+// Gives the key object at the back to the new key and puts it to the front; an empty entry stays
+// empty. If the key can't be replaced, the queue has lost its back.
+CapturedEvent* PlugIn::replaceOldestEvent(EventMap::HashedKey const& key) {
+    EventQueue oldest;
+    oldest.splice(oldest.begin(), eventQueue, std::prev(eventQueue.end()));
+    auto* const event = oldest.front();
+    if (event != nullptr) {
+        eventMap.rename(*event, key);
     }
-    auto* const oldest = eventQueue.removeBack();
-    if (oldest != nullptr) {
-        eventMap.rename(*oldest, hashed);
-    }
-    eventQueue.pushFront(oldest);
-    return oldest;
+    eventQueue.splice(eventQueue.begin(), oldest);
+    return event;
 }
 
 bool PlugIn::checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& record) {
@@ -785,7 +806,6 @@ bool PlugIn::checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& rec
         record->prepareForRefill();
     } else {
         record->startAnew(key->first, key->second);
-        key->hasRecord = true;
     }
     return true;
 }
@@ -793,7 +813,7 @@ bool PlugIn::checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& rec
 unsigned long PlugIn::getGMTStartTime(EDR::Container const* container) const {
     int offset = 0;
     container->getString(fields.idxUtcTimeOffset).toNum(offset);
-    auto const chargingStart = container->getDateTime(fields.idxChargingStart);
+    auto chargingStart = container->getDateTime(fields.idxChargingStart);
     unsigned long seconds = 0;
     chargingStart.adjustTimezone(chargingStart.seconds(), seconds, RWZone::utc(), false);
     return unixSeconds(seconds) - static_cast<unsigned long>(offsetSeconds(offset));
@@ -810,87 +830,89 @@ void PlugIn::applyUTCOffset(BAS::DateTime& dateTime, EDR::Container const* conta
     dateTime.seconds(seconds);
 }
 
-namespace {
+struct PlugIn::OwnerBlocks {
+    // Walks the owner blocks and the item blocks in each.
+    EDR::Iterator PlugIn::*iterator;
+    EDR::BlockIndex BlockHandles::*ownerBlock;
+    EDR::Index FieldHandles::*balanceGroupId;
+    EDR::Index FieldHandles::*accountId;
+    EDR::Index FieldHandles::*ownerId;
+    EDR::Index FieldHandles::*ownerType;
+    EDR::BlockIndex BlockHandles::*itemBlock;
+    EDR::Index FieldHandles::*itemId;
+    EDR::Index FieldHandles::*itemModel;
+    BAS::String const& sharingType;
+    // Whether the items of the event's own account are kept, as its own discounts.
+    bool keepsOwn;
+};
 
-void appendShared(RefillList<SharedItemInfo>& items, unsigned long id, BAS::String const& model,
-                  BAS::String const& sharingType) {
-    auto& item = items.append();
-    item.objectId = id;
-    item.name = model;
-    item.sharingType = sharingType;
-}
-
-} // namespace
+PlugIn::OwnerBlocks const PlugIn::discountOwners{&PlugIn::itDlPd,
+                                                 &BlockHandles::blkCustADl,
+                                                 &FieldHandles::idxDlBalanceGroupId,
+                                                 &FieldHandles::idxDlDiscountOwnerAcctId,
+                                                 &FieldHandles::idxDlDiscountOwnerId,
+                                                 &FieldHandles::idxDlDiscountOwnerType,
+                                                 &BlockHandles::blkDlPd,
+                                                 &FieldHandles::idxPdDiscountId,
+                                                 &FieldHandles::idxPdDiscountModel,
+                                                 SharingTypeDiscount,
+                                                 true};
+PlugIn::OwnerBlocks const PlugIn::sponsorOwners{&PlugIn::itSlSd,
+                                                &BlockHandles::blkCustASl,
+                                                &FieldHandles::idxSlBalanceGroupId,
+                                                &FieldHandles::idxSlSponsorOwnerAcctId,
+                                                &FieldHandles::idxSlSponsorOwnerId,
+                                                &FieldHandles::idxSlSponsorOwnerType,
+                                                &BlockHandles::blkSlSd,
+                                                &FieldHandles::idxSdSponsorshipId,
+                                                &FieldHandles::idxSdDiscountModel,
+                                                SharingTypeSponsor,
+                                                false};
 
 bool PlugIn::populateDiscAndSpon(EDR::Container* container, EventKey const* /*key*/,
                                  EventDetailRecord* record) {
-    return populateDiscounts(container, record) && populateSponsorships(container, record);
+    return populateOwners(container, discountOwners, *record) &&
+           populateOwners(container, sponsorOwners, *record);
 }
 
-bool PlugIn::populateDiscounts(EDR::Container* container, EventDetailRecord* record) {
-    OwnerFields const ownerFields{fields.idxDlBalanceGroupId, fields.idxDlDiscountOwnerAcctId,
-                                  fields.idxDlDiscountOwnerId, fields.idxDlDiscountOwnerType};
-    if (!itDlPd.reset(container)) {
+// All fields are read through the discount iterator, whichever iterator walks.
+bool PlugIn::populateOwners(EDR::Container* container, OwnerBlocks const& from,
+                            EventDetailRecord& record) {
+    auto& walk = this->*from.iterator;
+    if (!walk.reset(container)) {
         return false;
     }
-    while (itDlPd(blocks.blkCustADl)) {
-        auto const owner = readOwner(itDlPd, ownerFields);
-        bool const own = owner.accountId == record->accountInfo.accountId;
-        auto* const shared = own ? nullptr : &sharedItems(*record, owner);
-        while (itDlPd(blocks.blkDlPd)) {
-            auto const& model = itDlPd.getString(fields.idxPdDiscountModel);
-            auto const id = objectNumber(itDlPd.getString(fields.idxPdDiscountId));
-            if (shared == nullptr) {
-                auto& discount = record->accountInfo.ownDiscounts.append();
-                discount.objectId = id;
-                discount.name = model;
-            } else {
-                appendShared(*shared, id, model, SharingTypeDiscount);
+    auto const number = [&](EDR::Index FieldHandles::*field) {
+        return objectNumber(itDlPd.getString(fields.*field));
+    };
+    auto const fill = [&](auto& item) {
+        item.objectId = number(from.itemId);
+        item.name = itDlPd.getString(fields.*from.itemModel);
+    };
+    while (walk(blocks.*from.ownerBlock)) {
+        auto const accountId = number(from.accountId);
+        if (accountId == record.accountInfo.accountId) {
+            while (walk(blocks.*from.itemBlock)) {
+                if (from.keepsOwn) {
+                    fill(record.accountInfo.ownDiscounts.append());
+                }
             }
+            continue;
+        }
+        // An owner that is known already keeps the fields of the block in which it was met first.
+        auto const [entry, isNew] = record.sharingMap.findOrInsert(number(from.ownerId));
+        if (isNew) {
+            entry.owner.accountId = accountId;
+            entry.owner.balanceGroupId = number(from.balanceGroupId);
+            entry.owner.ownerType = itDlPd.getString(fields.*from.ownerType);
+        }
+        while (walk(blocks.*from.itemBlock)) {
+            auto& item = entry.items.append();
+            fill(item);
+            item.sharingType = from.sharingType;
         }
     }
     return true;
-}
-
-// The sponsor blocks are walked by the sponsorship iterator and read through the discount iterator:
-// a field is read at the cursor of its own block kind, whichever iterator asks.
-bool PlugIn::populateSponsorships(EDR::Container* container, EventDetailRecord* record) {
-    OwnerFields const ownerFields{fields.idxSlBalanceGroupId, fields.idxSlSponsorOwnerAcctId,
-                                  fields.idxSlSponsorOwnerId, fields.idxSlSponsorOwnerType};
-    if (!itSlSd.reset(container)) {
-        return false;
-    }
-    while (itSlSd(blocks.blkCustASl)) {
-        auto const owner = readOwner(itDlPd, ownerFields);
-        // What an account sponsors for itself is not recorded.
-        bool const own = owner.accountId == record->accountInfo.accountId;
-        auto* const shared = own ? nullptr : &sharedItems(*record, owner);
-        while (itSlSd(blocks.blkSlSd)) {
-            auto const& model = itDlPd.getString(fields.idxSdDiscountModel);
-            auto const id = objectNumber(itDlPd.getString(fields.idxSdSponsorshipId));
-            if (shared != nullptr) {
-                appendShared(*shared, id, model, SharingTypeSponsor);
-            }
-        }
-    }
-    return true;
-}
-
-PlugIn::Owner PlugIn::readOwner(EDR::Iterator const& iterator, OwnerFields const& from) {
-    return {objectNumber(iterator.getString(from.balanceGroupId)),
-            objectNumber(iterator.getString(from.accountId)),
-            objectNumber(iterator.getString(from.ownerId)), iterator.getString(from.ownerType)};
-}
-
-// An owner that is known already keeps the fields of the block in which it was met first.
-RefillList<SharedItemInfo>& PlugIn::sharedItems(EventDetailRecord& record, Owner const& owner) {
-    auto const place = record.sharingMap.findOrInsert(owner.ownerId);
-    if (place.isNew) {
-        place.entry.owner.accountId = owner.accountId;
-        place.entry.owner.balanceGroupId = owner.balanceGroupId;
-        place.entry.owner.ownerType = owner.ownerType;
-    }
-    return place.entry.items;
 }
 
 bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*key*/,
@@ -898,43 +920,31 @@ bool PlugIn::populateProductInfo(EDR::Container* container, EventKey const* /*ke
     if (!itCbdCp.reset(container)) {
         return false;
     }
-    // What one packet says of the product the next one overwrites, so only the last is copied.
-    std::optional<ChargePacket> last;
-    auto& product = record->accountInfo.productInfo;
     while (itCbdCp(blocks.blkAssCbd)) {
         if (!contains(cbdRecordTypes, itCbdCp.getString(fields.idxCbdRecordType))) {
             continue;
         }
         while (itCbdCp(blocks.blkCbdCp)) {
-            if (!contains(ratePlanTypes, itCbdCp.getString(fields.idxCpRateplanType))) {
-                continue;
+            if (contains(ratePlanTypes, itCbdCp.getString(fields.idxCpRateplanType))) {
+                takeChargePacket(record->accountInfo.productInfo);
             }
-            last.emplace(readChargePacket());
-            product.priceModelCodes.append(itCbdCp.getString(fields.idxCpPricemodelCode));
-            // The price model's type is looked at and decides nothing: a packet of any type counts.
-            auto const& type = itCbdCp.getString(fields.idxCpPricemodelType);
-            static_cast<void>(
-                std::find(std::begin(priceModelTypes), std::end(priceModelTypes), type));
         }
-    }
-    if (last) {
-        product.name = last->ratePlanCode;
-        product.internalRatePlan = last->internalRatePlan;
-        product.ratePlanVersion = last->ratePlanVersion;
-        product.impactCategory = last->impactCategory;
-        product.serviceCodeUsed = last->serviceCodeUsed;
-        product.serviceClassUsed = last->serviceClassUsed;
     }
     return true;
 }
 
-PlugIn::ChargePacket PlugIn::readChargePacket() const {
-    return {itCbdCp.getString(fields.idxCpRateplanCode),
-            itCbdCp.getString(fields.idxCpInternRateplan),
-            itCbdCp.getLong(fields.idxCpInternRateplanVersion),
-            itCbdCp.getString(fields.idxCpImpactCategory),
-            itCbdCp.getString(fields.idxCpServiceCodeUsed),
-            itCbdCp.getString(fields.idxCpServiceClassUsed)};
+// What one packet says of the product the next one overwrites; of the price models all are kept.
+void PlugIn::takeChargePacket(ProductInfo& product) {
+    product.name = itCbdCp.getString(fields.idxCpRateplanCode);
+    product.internalRatePlan = itCbdCp.getString(fields.idxCpInternRateplan);
+    product.ratePlanVersion = itCbdCp.getLong(fields.idxCpInternRateplanVersion);
+    product.impactCategory = itCbdCp.getString(fields.idxCpImpactCategory);
+    product.serviceCodeUsed = itCbdCp.getString(fields.idxCpServiceCodeUsed);
+    product.serviceClassUsed = itCbdCp.getString(fields.idxCpServiceClassUsed);
+    product.priceModelCodes.append(itCbdCp.getString(fields.idxCpPricemodelCode));
+    // The price model's type is looked at and decides nothing: a packet of any type counts.
+    auto const& type = itCbdCp.getString(fields.idxCpPricemodelType);
+    static_cast<void>(std::find(std::begin(priceModelTypes), std::end(priceModelTypes), type));
 }
 
 // ---- Commands ----------------------------------------------------------------------------------
@@ -950,8 +960,8 @@ void setDone(BAS::ProtectedBool& workDone) {
 } // namespace
 
 // A file that can't be opened absorbs the report without a word.
-template <class Writer>
-bool PlugIn::writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone, Writer writer) {
+bool PlugIn::writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone,
+                           void (PlugIn::*writeReport)(std::ostream&)) {
     if (path.length() == 0) {
         BAS::Status status("ERR_REG_VALUE_INVALID", severityCritical, BAS::NULL_STRING);
         status.arguments().append("Event file name not specified.");
@@ -959,8 +969,8 @@ bool PlugIn::writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone
         setDone(workDone);
         return false;
     }
-    std::ofstream file(path.data());
-    (this->*writer)(file);
+    std::ofstream file{std::string(viewOf(path))};
+    (this->*writeReport)(file);
     setDone(workDone);
     return true;
 }
@@ -1037,9 +1047,7 @@ void writeEventRows(LineWriter& out, EventDetailRecord const& record) {
 
 void writePriceModelCodes(LineWriter& out, ProductInfo const& product) {
     out << "Used Price model codes: ";
-    for (std::size_t i = 0; i < product.priceModelCodes.entries(); ++i) {
-        out << product.priceModelCodes[i] << "   ";
-    }
+    forEach(product.priceModelCodes, [&](BAS::String const& code) { out << code << "   "; });
     out << endLine;
 }
 
@@ -1081,25 +1089,25 @@ void writeRecord(LineWriter& out, EventDetailRecord const& record) {
     }
 }
 
-} // namespace
-
 // Calls the writer with each key and its record, which may be null, from the back of the queue to
 // its front. An empty entry ends the walk.
 template <class EventWriter>
-void PlugIn::forEachEventFromOldest(EventWriter writeEvent) {
-    dumpCounter = static_cast<long>(eventQueue.entries());
-    for (auto const* const event : eventQueue) {
+void forEachEventFromOldest(EventQueue const& queue, long& dumpCounter, EventWriter writeEvent) {
+    dumpCounter = static_cast<long>(queue.size());
+    for (auto place = queue.rbegin(); place != queue.rend(); ++place) {
         --dumpCounter;
-        if (event == nullptr) {
+        if (*place == nullptr) {
             return;
         }
-        writeEvent(*event, event->hasRecord ? &event->record : nullptr);
+        writeEvent(**place, (*place)->hasRecord ? &(*place)->record : nullptr);
     }
 }
 
+} // namespace
+
 void PlugIn::dumpAllEvents(std::ostream& out) {
     LineWriter writer(out);
-    forEachEventFromOldest([&](EventKey const& key, EventDetailRecord const* record) {
+    auto const writeEvent = [&](EventKey const& key, EventDetailRecord const* record) {
         writer << eventSeparator << endLine;
         writer << "Event type= Identifier=" << key.first << "   Service Code = " << key.second
                << endLine;
@@ -1107,7 +1115,8 @@ void PlugIn::dumpAllEvents(std::ostream& out) {
             writeRecord(writer, *record);
         }
         writer << eventSeparator << endLine;
-    });
+    };
+    forEachEventFromOldest(eventQueue, dumpCounter, writeEvent);
 }
 
 // ---- The dump of what the data modules hold ----------------------------------------------------
@@ -1272,13 +1281,14 @@ private:
 void PlugIn::dumpAllInMemoryData(std::ostream& out) {
     InMemoryDataWriter writer(out, {accountDataModule, rateplanDataModule, priceDataModule,
                                     balanceDataModule, discountDataModule});
-    forEachEventFromOldest([&](EventKey const& key, EventDetailRecord const* record) {
+    auto const writeEvent = [&](EventKey const& key, EventDetailRecord const* record) {
         writer.writeHeading(key);
         if (record != nullptr) {
             writer.writeRecord(*record);
         }
         writer.writeEnd();
-    });
+    };
+    forEachEventFromOldest(eventQueue, dumpCounter, writeEvent);
 }
 
 } // namespace FCT::DataDump

@@ -7,6 +7,10 @@
 // owns its configuration, its field handles and the captured events; data modules, EDR factory and
 // database connection are the host's. It starts no thread and guards nothing by a lock of its own:
 // processEdrContainer and registryUpdate of one plug-in must not run at the same time.
+//
+// It relies on nothing in the host but the operations that it calls. A text that the host returns
+// may be a value, or a reference to a buffer that the host's next text goes into: it is used or
+// copied before the next call.
 #pragma once
 
 #include "BAS/DateTime.h"
@@ -21,6 +25,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <list>
 #include <map>
 #include <memory>
 #include <utility>
@@ -86,9 +91,9 @@ template <PricingInfoType type>
 struct BasePriceInfo {
     BasePriceInfo() = default;
     BasePriceInfo(BasePriceInfo const&) = default;
-    BasePriceInfo(BasePriceInfo&&) noexcept = default;
+    BasePriceInfo(BasePriceInfo&&) = default;
     BasePriceInfo& operator=(BasePriceInfo const&) = default;
-    BasePriceInfo& operator=(BasePriceInfo&&) noexcept = default;
+    BasePriceInfo& operator=(BasePriceInfo&&) = default;
     virtual ~BasePriceInfo() = default;
 
     // 0 for the rating product, which has no instance.
@@ -163,9 +168,9 @@ struct EventAccountInfo : BaseAccountInfo<AccountType::eventAccount> {
 struct SharingAccountInfo : BaseAccountInfo<AccountType::sharingAccount> {
     SharingAccountInfo() = default;
     SharingAccountInfo(SharingAccountInfo const&) = default;
-    SharingAccountInfo(SharingAccountInfo&&) noexcept = default;
+    SharingAccountInfo(SharingAccountInfo&&) = default;
     SharingAccountInfo& operator=(SharingAccountInfo const&) = default;
-    SharingAccountInfo& operator=(SharingAccountInfo&&) noexcept = default;
+    SharingAccountInfo& operator=(SharingAccountInfo&&) = default;
     virtual ~SharingAccountInfo() = default;
 
     unsigned long ownerId = 0;
@@ -221,9 +226,9 @@ struct EventDetailRecord {
     EventDetailRecord& operator=(EventDetailRecord const&) = delete;
 
     // Empties the lists for a new EDR of the same key. Texts and numbers keep their values until
-    // the new EDR's overwrite them.
-    void prepareForRefill() noexcept;
-    // Empties everything for another key and takes its texts; only storage is kept.
+    // the new EDR's overwrite them; an EDR need not have any for the product.
+    void prepareForRefill();
+    // Takes another key's texts and empties what its EDR may leave as it is; storage is kept.
     void startAnew(BAS::String const& customer, BAS::String const& service);
 
     BAS::String identifier;
@@ -244,17 +249,19 @@ struct EventDetailRecord {
 // The customer identifier of the event's service, and the internal service code.
 using EventKey = std::pair<BAS::String, BAS::String>;
 
-// An entry's links to its neighbours in the event queue.
-struct QueueEntry {
-    QueueEntry* newer = nullptr;
-    QueueEntry* older = nullptr;
-};
+struct CapturedEvent;
 
-// A key object with what belongs to it: its record and its place in the queue. The event map owns
-// it; it keeps its address when it is given another key.
-struct CapturedEvent : EventKey, QueueEntry {
+// The order in which events were seen: the front is the most recently seen one, the back the one
+// seen longest ago. The events are the event map's. A null entry stands for no event and equals no
+// key; there is at most one.
+using EventQueue = std::list<CapturedEvent*>;
+
+// A key object with what is kept of it. The event map owns it; it keeps its address when it is
+// given another key.
+struct CapturedEvent : EventKey {
     std::size_t keyHash = 0;
-    // False until the first EDR's record is made: a key may be without a record.
+    EventQueue::iterator placeInQueue;
+    // False while there is no record, or one that is not filled to its end.
     bool hasRecord = false;
     EventDetailRecord record;
 };
@@ -266,14 +273,14 @@ public:
     // A key with its hash, so that several operations with one key compute it once; stands as
     // long as the key does.
     struct HashedKey {
-        HashedKey(EventKey const& key) noexcept;
+        HashedKey(EventKey const& key);
 
         EventKey const& key;
         std::size_t hash;
     };
 
     // The key object of equal value, or null.
-    CapturedEvent* find(HashedKey const& sought) const noexcept;
+    CapturedEvent* find(HashedKey const& sought) const;
 
     // A new key object, without a record. No equal key may be in the map. A failure leaves the map
     // as it was.
@@ -303,60 +310,6 @@ private:
     std::vector<std::unique_ptr<CapturedEvent>> eventsM;
     // A power of two, or none.
     std::vector<Slot> slotsM;
-};
-
-// The order in which events were seen: the front is the most recently seen one, the back the one
-// seen longest ago. It links the events, which are the event map's, and owns none. At most one
-// entry is empty: it stands for no event and equals no key. Every operation takes constant time;
-// none can fail.
-class EventQueue {
-public:
-    EventQueue() noexcept { clear(); }
-    EventQueue(EventQueue const&) = delete;
-    EventQueue& operator=(EventQueue const&) = delete;
-
-    std::size_t entries() const noexcept { return countM; }
-
-    // Null puts the empty entry.
-    void pushFront(CapturedEvent* event) noexcept;
-    void moveToFront(CapturedEvent& event) noexcept;
-    // Takes the back out, which must exist; null when it was the empty entry.
-    CapturedEvent* removeBack() noexcept;
-    // Doesn't touch the events, which may be gone already.
-    void clear() noexcept;
-
-    // Walks from the back to the front; an empty entry is null.
-    class OldestFirst {
-    public:
-        CapturedEvent const* operator*() const noexcept { return queueM->eventOf(entryM); }
-        OldestFirst& operator++() noexcept {
-            entryM = entryM->newer;
-            return *this;
-        }
-        bool operator==(OldestFirst const&) const noexcept = default;
-
-    private:
-        friend class EventQueue;
-        OldestFirst(EventQueue const* queue, QueueEntry const* entry) noexcept
-            : queueM(queue), entryM(entry) {}
-
-        EventQueue const* queueM;
-        QueueEntry const* entryM;
-    };
-    OldestFirst begin() const noexcept { return {this, endsM.newer}; }
-    OldestFirst end() const noexcept { return {this, &endsM}; }
-
-private:
-    CapturedEvent const* eventOf(QueueEntry const* entry) const noexcept {
-        return entry == &emptyEntryM ? nullptr : static_cast<CapturedEvent const*>(entry);
-    }
-    void linkAtFront(QueueEntry& entry) noexcept;
-    static void unlink(QueueEntry& entry) noexcept;
-
-    // Closes the ring: its newer is the back, its older the front.
-    QueueEntry endsM;
-    QueueEntry emptyEntryM;
-    std::size_t countM = 0;
 };
 
 // ---- The EDR handles ---------------------------------------------------------------------------
@@ -433,9 +386,7 @@ public:
 
 protected:
     struct PointedTextLess {
-        bool operator()(BAS::String const* a, BAS::String const* b) const noexcept {
-            return *a < *b;
-        }
+        bool operator()(BAS::String const* a, BAS::String const* b) const { return *a < *b; }
     };
     using ServiceFieldMap =
         std::map<BAS::String const*, FCT::Account::ServiceFieldMapEntry*, PointedTextLess>;
@@ -451,6 +402,8 @@ protected:
     // The key object that now stands at the front of the queue for this key; null when nothing is
     // to be captured.
     CapturedEvent* checkUniquenessInQueue(EventKey const& key);
+    // Puts a new key object to the front of the queue. No equal key may be there.
+    CapturedEvent* addEvent(EventMap::HashedKey const& key);
     // Sets record to the key's record, ready to be filled. Always true.
     bool checkForEventAllocation(CapturedEvent* key, EventDetailRecord*& record);
     // The charging start in seconds since 1970-01-01 00:00:00 GMT.
@@ -499,29 +452,11 @@ protected:
 
 private:
     enum class ErrorForm { statusThenLog, setStatus };
-    // What an owner block says about its owner.
-    struct OwnerFields {
-        EDR::Index const& balanceGroupId;
-        EDR::Index const& accountId;
-        EDR::Index const& ownerId;
-        EDR::Index const& ownerType;
-    };
-    struct Owner {
-        unsigned long balanceGroupId;
-        unsigned long accountId;
-        unsigned long ownerId;
-        BAS::String const& ownerType;
-    };
-
-    // What a charge packet says about the product.
-    struct ChargePacket {
-        BAS::String const& ratePlanCode;
-        BAS::String const& internalRatePlan;
-        long ratePlanVersion;
-        BAS::String const& impactCategory;
-        BAS::String const& serviceCodeUsed;
-        BAS::String const& serviceClassUsed;
-    };
+    // Where a list of owners with their items is found in an EDR, and what becomes of the items;
+    // see the source file.
+    struct OwnerBlocks;
+    static OwnerBlocks const discountOwners;
+    static OwnerBlocks const sponsorOwners;
 
     bool isValid() const;
     void setValid(bool valid);
@@ -529,27 +464,27 @@ private:
     // Sets the status under the plug-in's name, then writes it to the log.
     void recordAndLog(BAS::String const& messageName, BAS::Status::Severity severity,
                       BAS::String const& argument);
+    // Records a status that the framework threw, under the plug-in's name, and writes it to the
+    // pipeline's log.
+    void reportThrown(BAS::Status status, bool log);
+
+    void takeStartStep(bool (PlugIn::*step)());
     template <class Module>
     bool bindDataModule(BAS::RegistryEntry const* entry, Module*& module, ErrorForm errorForm);
-    void reportWrongModule(BAS::String const& reference, ErrorForm errorForm);
-    // Records a status that the EDR factory threw, under the plug-in's name.
-    void reportThrown(BAS::Status status, bool log);
-    RWDBReader selectServiceFields(BAS::String const& pipelineName) const;
+    bool readServiceFields(BAS::String const& pipelineName);
+    bool addServiceFields(RWDBReader& reader, BAS::String const& pipelineName);
     bool addServiceField(BAS::String const& serviceCode, BAS::String const& reference,
                          BAS::String const& fieldName);
     FCT::Account::ServiceFieldMapEntry* serviceEntry(BAS::String const& serviceCode);
-    template <class Writer>
-    bool writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone, Writer writer);
 
     void capture(EDR::Container* container);
-    static Owner readOwner(EDR::Iterator const& iterator, OwnerFields const& from);
-    // The list that takes what the owner shares.
-    static RefillList<SharedItemInfo>& sharedItems(EventDetailRecord& record, Owner const& owner);
-    bool populateDiscounts(EDR::Container* container, EventDetailRecord* record);
-    bool populateSponsorships(EDR::Container* container, EventDetailRecord* record);
-    ChargePacket readChargePacket() const;
-    template <class EventWriter>
-    void forEachEventFromOldest(EventWriter writeEvent);
+    CapturedEvent* replaceOldestEvent(EventMap::HashedKey const& key);
+    bool populateOwners(EDR::Container* container, OwnerBlocks const& from,
+                        EventDetailRecord& record);
+    void takeChargePacket(ProductInfo& product);
+
+    bool writeDumpFile(BAS::String const& path, BAS::ProtectedBool& workDone,
+                       void (PlugIn::*writeReport)(std::ostream&));
 };
 
 } // namespace FCT::DataDump

@@ -1,4 +1,4 @@
-// Where events lie: the map finds every key, and a list in a record keeps its storage.
+// Where events lie: the map finds every key.
 #include "DataDumpPlugIn.h"
 
 #include <gtest/gtest.h>
@@ -6,24 +6,10 @@
 #include <iterator>
 #include <map>
 #include <string>
-#include <utility>
 
 namespace DataDumpTest {
 
 using FCT::DataDump::EventKey;
-
-TEST(RefillList, KeepsItsStorageUnlessItIsUnusuallyLong) {
-    FCT::DataDump::RefillList<FCT::DataDump::OwnDiscountInfo> list;
-    for (auto const& [length, kept] : {std::pair(32, "kept"), std::pair(33, "")}) {
-        for (int i = 0; i < length; ++i) {
-            list.append().name = "kept";
-        }
-        list.clear();
-        EXPECT_EQ(list.entries(), 0U);
-        EXPECT_EQ(list.append().name, kept);
-        list.clear();
-    }
-}
 
 // Keys that are crowded into one corner of the table are found whatever is taken out between them.
 TEST(EventMap, FindsEveryKeyAfterAnyRenaming) {

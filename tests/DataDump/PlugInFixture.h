@@ -22,6 +22,7 @@ class Probe : public FCT::DataDump::PlugIn {
 public:
     using PlugIn::accountDatabase;
     using PlugIn::accountDataModule;
+    using PlugIn::addEvent;
     using PlugIn::applyUTCOffset;
     using PlugIn::balanceDataModule;
     using PlugIn::bindIterators;
@@ -121,15 +122,13 @@ protected:
     std::vector<std::string> queued() const {
         std::vector<std::string> customers;
         for (auto const* event : plugIn->eventQueue) {
-            customers.insert(customers.begin(), event == nullptr ? "(empty)" : event->first.str());
+            customers.push_back(event == nullptr ? "(empty)" : event->first.str());
         }
         return customers;
     }
     // Puts a key without a record to the front of the queue.
-    FCT::DataDump::CapturedEvent& putKey(char const* customer) {
-        auto& event = plugIn->eventMap.add(FCT::DataDump::EventKey(customer, "TEL"));
-        plugIn->eventQueue.pushFront(&event);
-        return event;
+    void putKey(char const* customer) {
+        plugIn->addEvent(FCT::DataDump::EventKey(customer, "TEL"));
     }
     std::string report() {
         std::ostringstream out;

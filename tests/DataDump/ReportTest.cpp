@@ -33,7 +33,7 @@ Report const reports[] = {{&Probe::dumpAllEvents, separator + "\n", 30},
 TEST_F(PlugInFixture, ReportsGoFromTheOldestAndStopAtAnEmptyEntry) {
     start();
     putKey("B");
-    plugIn->eventQueue.pushFront(nullptr);
+    plugIn->eventQueue.push_front(nullptr);
     putKey("A");
     for (auto const& report : reports) {
         std::ostringstream out;

@@ -59,16 +59,17 @@ protected:
     }
 
     void expectWholeStore() {
-        EXPECT_EQ(plugIn->eventQueue.entries(), plugIn->eventMap.entries());
-        EXPECT_LE(plugIn->eventQueue.entries(), plugIn->numberOfEvents);
+        EXPECT_EQ(plugIn->eventQueue.size(), plugIn->eventMap.entries());
+        EXPECT_LE(plugIn->eventQueue.size(), plugIn->numberOfEvents);
         for (auto const* const event : plugIn->eventQueue) {
             ASSERT_NE(event, nullptr);
             EXPECT_EQ(plugIn->eventMap.find(*event), event);
+            EXPECT_EQ(*event->placeInQueue, event);
             if (event->hasRecord) {
                 expectOneEdr(event->record);
             }
         }
-        EXPECT_EQ(plugIn->eventQueue.entries() == 0, report().empty());
+        EXPECT_EQ(plugIn->eventQueue.empty(), report().empty());
     }
 
     // All texts of a record are those of one EDR.
