@@ -120,8 +120,9 @@ void listItems(DumpText& dump, char const* heading, std::span<ListColumn<OwnedIt
 
 } // namespace
 
-void AccountData::load(RWDBConnection const& connection, RowReport const& report) {
-    TableLoader tables(connection, textsM, report);
+std::vector<DAT::LoadedTable> AccountData::load(RWDBConnection const& connection,
+                                                RowReport const& report, std::stop_token stop) {
+    TableLoader tables(connection, textsM, report, std::move(stop));
     accountsM = tables.load(accountTable);
     // Without its parent an account is no parent either.
     RowFault<Account> const unknownParent = [this](Account const& row) {
@@ -142,6 +143,7 @@ void AccountData::load(RWDBConnection const& connection, RowReport const& report
     };
     productsM = tables.load(productTable, itemFault);
     discountsM = tables.load(discountTable, itemFault);
+    return tables.loaded();
 }
 
 void AccountData::dump(std::ostream& out, Asked const& asked) const {

@@ -52,8 +52,10 @@ public:
         std::string_view eventType;
     };
 
-    // Throws std::runtime_error for a table that can't be read. Once for each object.
-    void load(RWDBConnection const& connection, RowReport const& report);
+    // Returns what each table gave. Throws std::runtime_error for a table that can't be read, and
+    // when a stop is requested. Once for each object.
+    std::vector<DAT::LoadedTable> load(RWDBConnection const& connection, RowReport const& report,
+                                       std::stop_token stop = {});
 
     void dump(std::ostream& out, Asked const& asked) const;
 

@@ -49,8 +49,9 @@ std::span<Row const> rowsOfGroup(std::vector<Row> const& rows, std::uint64_t gro
 
 } // namespace
 
-void BalanceData::load(RWDBConnection const& connection, RowReport const& report) {
-    TableLoader tables(connection, textsM, report);
+std::vector<DAT::LoadedTable> BalanceData::load(RWDBConnection const& connection,
+                                                RowReport const& report, std::stop_token stop) {
+    TableLoader tables(connection, textsM, report, std::move(stop));
     groupsM = tables.load(groupTable);
     balancesM = tables.load<Balance>(balanceTable, [this](Balance const& row) {
         return group(row.groupId) == nullptr
@@ -64,6 +65,7 @@ void BalanceData::load(RWDBConnection const& connection, RowReport const& report
                                              {"RESOURCE", std::string(textsM[row.resource])}})
                    : validityFault(row);
     });
+    return tables.loaded();
 }
 
 void BalanceData::dump(std::ostream& out,

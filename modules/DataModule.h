@@ -1,15 +1,16 @@
 // What every data module of the stand-alone host has in common: a plug-in that loads its data from
-// the reference database when it is built, through the database module that its registry key
-// "Database" names. The data does not change afterwards, so dumps may run on any thread.
+// the reference database, through the database module that its registry key "Database" names, when
+// it is built and whenever the host reloads it.
 //
 // Base is the framework's class of the module; Data has
-//     void load(RWDBConnection const&, RowReport const&)
-// and may throw std::exception, which leaves the module invalid with the status "ERR_DATABASE".
+//     std::vector<DAT::LoadedTable> load(RWDBConnection const&, RowReport const&, std::stop_token)
+// and may throw std::exception, which becomes the status "ERR_DATABASE".
 #pragma once
 
 #include "TableLoader.h"
 
 #include "BAS/RegistryEntry.h"
+#include "DAT/ReloadablePlugIn.h"
 #include "DBC/DatabasePlugIn.h"
 
 #include <exception>
@@ -17,63 +18,60 @@
 namespace MOD {
 
 template <class Base, class Data>
-class DataModule : public Base {
+class DataModule : public DAT::ReloadablePlugIn<Base, Data> {
 public:
     explicit DataModule(BAS::String const& name);
 
 protected:
     // Null while the module is not usable.
     DBC::DatabasePlugIn* databaseModule() const noexcept { return databaseM; }
-    Data const& data() const noexcept { return dataM; }
 
 private:
     static constexpr char const* databaseKey = "Database";
 
-    DBC::DatabasePlugIn* findDatabase();
+    void load(DAT::LoadSession& session, Data& data, DAT::LoadReport& report) const override;
+    DBC::DatabasePlugIn& findDatabase() const;
     BAS::RegisteredObject* findDataPoolObject(BAS::String const& reference) const;
-    bool load(DBC::DatabasePlugIn const& database);
     void reportRow(std::string const& table, std::string const& key,
                    std::string const& reason) const;
-    void fail(char const* messageName, BAS::String const& argument);
 
     DBC::DatabasePlugIn* databaseM = nullptr;
-    Data dataM;
 };
 
 template <class Base, class Data>
-DataModule<Base, Data>::DataModule(BAS::String const& name) : Base(name, "10000") {
-    auto* const database = findDatabase();
-    if (database != nullptr && load(*database)) {
-        databaseM = database;
-        return;
+DataModule<Base, Data>::DataModule(BAS::String const& name)
+    : DAT::ReloadablePlugIn<Base, Data>(name, "10000") {
+    try {
+        databaseM = &findDatabase();
+        this->loadFirst();
+    } catch (BAS::Status const& status) {
+        this->fail(status);
     }
-    std::lock_guard const guard(this->isValidLockerCM);
-    this->isValidM = false;
+    if (!this->isUsable()) {
+        databaseM = nullptr;
+    }
 }
 
-// Null when there is none; the status tells why.
+// Throws a BAS::Status when there is none.
 template <class Base, class Data>
-DBC::DatabasePlugIn* DataModule<Base, Data>::findDatabase() {
+DBC::DatabasePlugIn& DataModule<Base, Data>::findDatabase() const {
     auto const* const registry = this->registry();
     if (registry == nullptr) {
-        fail("ERR_REG_SUBTREE_NOT_FOUND", this->name());
-        return nullptr;
+        throw BAS::Status("ERR_REG_SUBTREE_NOT_FOUND", BAS::Status::critical, this->name());
     }
     auto const* const entry = registry->find(databaseKey);
     if (entry == nullptr) {
-        fail("ERR_REG_ENTRY_NOT_FOUND", databaseKey);
-        return nullptr;
+        throw BAS::Status("ERR_REG_ENTRY_NOT_FOUND", BAS::Status::critical, databaseKey);
     }
     auto* const object = findDataPoolObject(entry->value());
     if (object == nullptr) {
-        fail("ERR_DATA_PLUGIN_NOT_FOUND", entry->value());
-        return nullptr;
+        throw BAS::Status("ERR_DATA_PLUGIN_NOT_FOUND", BAS::Status::critical, entry->value());
     }
     auto* const database = dynamic_cast<DBC::DatabasePlugIn*>(object);
     if (database == nullptr) {
-        fail("ERR_PLUGIN_TYPE_INVALID", entry->value());
+        throw BAS::Status("ERR_PLUGIN_TYPE_INVALID", BAS::Status::critical, entry->value());
     }
-    return database;
+    return *database;
 }
 
 template <class Base, class Data>
@@ -92,18 +90,15 @@ DataModule<Base, Data>::findDataPoolObject(BAS::String const& reference) const {
 }
 
 template <class Base, class Data>
-bool DataModule<Base, Data>::load(DBC::DatabasePlugIn const& database) {
-    auto const connection = database.connection();
-    if (!connection.isValid()) {
-        fail("ERR_DATABASE", DBC::DatabasePlugIn::errorMessage(connection.status()));
-        return false;
-    }
+void DataModule<Base, Data>::load(DAT::LoadSession& session, Data& data,
+                                  DAT::LoadReport& report) const {
+    auto const& connection = session.connection(*databaseM);
+    report.source = connection.shownText();
     try {
-        dataM.load(connection, [this](auto const&... row) { reportRow(row...); });
-        return true;
+        report.tables = data.load(
+            connection, [this](auto const&... row) { reportRow(row...); }, session.stop());
     } catch (std::exception const& error) {
-        fail("ERR_DATABASE", error.what());
-        return false;
+        throw BAS::Status("ERR_DATABASE", BAS::Status::critical, error.what());
     }
 }
 
@@ -115,11 +110,6 @@ void DataModule<Base, Data>::reportRow(std::string const& table, std::string con
     status.arguments().append(key);
     status.arguments().append(reason);
     this->writeLog(status);
-}
-
-template <class Base, class Data>
-void DataModule<Base, Data>::fail(char const* messageName, BAS::String const& argument) {
-    this->setStatus(messageName, BAS::Status::critical, argument, true);
 }
 
 } // namespace MOD

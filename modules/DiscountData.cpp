@@ -81,8 +81,9 @@ std::span<Row const> rowsOfModel(std::vector<Row> const& rows, std::string_view 
 
 } // namespace
 
-void DiscountData::load(RWDBConnection const& connection, RowReport const& report) {
-    TableLoader tables(connection, textsM, report);
+std::vector<DAT::LoadedTable> DiscountData::load(RWDBConnection const& connection,
+                                                 RowReport const& report, std::stop_token stop) {
+    TableLoader tables(connection, textsM, report, std::move(stop));
     modelsM = tables.load(modelTable);
     rulesM = tables.load<DiscountRule>(
         ruleTable, [this](DiscountRule const& row) { return unknownModel(row.modelName); });
@@ -99,6 +100,7 @@ void DiscountData::load(RWDBConnection const& connection, RowReport const& repor
     };
     discountsM = tables.load(discountTable, objectFault);
     sponsorshipsM = tables.load(sponsorshipTable, objectFault);
+    return tables.loaded();
 }
 
 void DiscountData::dumpDiscounts(std::ostream& out,

@@ -61,8 +61,9 @@ std::span<Row const> rowsOfModel(std::vector<Row> const& rows, std::string_view 
 
 } // namespace
 
-void PriceData::load(RWDBConnection const& connection, RowReport const& report) {
-    TableLoader tables(connection, textsM, report);
+std::vector<DAT::LoadedTable> PriceData::load(RWDBConnection const& connection,
+                                              RowReport const& report, std::stop_token stop) {
+    TableLoader tables(connection, textsM, report, std::move(stop));
     modelsM = tables.load(modelTable);
     stepsM = tables.load<PriceStep>(stepTable, [this](PriceStep const& row) {
         if (model(textsM[row.code]) == nullptr) {
@@ -81,6 +82,7 @@ void PriceData::load(RWDBConnection const& connection, RowReport const& report) 
                                   {"STEP_NO", std::to_string(row.stepNumber)}})
                    : std::string();
     });
+    return tables.loaded();
 }
 
 void PriceData::dump(std::ostream& out, RWTValOrderedVector<BAS::String> const& codes) const {

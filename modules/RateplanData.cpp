@@ -47,8 +47,9 @@ bool matchesValue(std::string_view value, std::string_view asked) {
 
 } // namespace
 
-void RateplanData::load(RWDBConnection const& connection, RowReport const& report) {
-    TableLoader tables(connection, textsM, report);
+std::vector<DAT::LoadedTable> RateplanData::load(RWDBConnection const& connection,
+                                                 RowReport const& report, std::stop_token stop) {
+    TableLoader tables(connection, textsM, report, std::move(stop));
     rateplansM = tables.load<Rateplan>(rateplanTable, validityFault<Rateplan>);
     entriesM = tables.load<RateplanEntry>(entryTable, [this](RateplanEntry const& row) {
         return rateplan(textsM[row.code], row.version) == nullptr
@@ -56,6 +57,7 @@ void RateplanData::load(RWDBConnection const& connection, RowReport const& repor
                                               {"VERSION", std::to_string(row.version)}})
                    : std::string();
     });
+    return tables.loaded();
 }
 
 void RateplanData::dump(std::ostream& out, Asked const& asked) const {

@@ -19,9 +19,22 @@ void require(RWDBReader const& reader, char const* table) {
 
 } // namespace
 
-TableLoader::TableLoader(RWDBConnection connection, TextPool& texts, RowReport report)
-    : connectionM(std::move(connection)), textsM(texts), reportM(std::move(report)) {
-    connectionM.beginSnapshot();
+TableLoader::TableLoader(RWDBConnection connection, TextPool& texts, RowReport report,
+                         std::stop_token stop)
+    : connectionM(std::move(connection)), textsM(texts), reportM(std::move(report)),
+      stopM(std::move(stop)) {
+}
+
+DAT::LoadedTable& TableLoader::countsOf(char const* table) {
+    auto const known =
+        std::find_if(loadedM.begin(), loadedM.end(),
+                     [&](DAT::LoadedTable const& each) { return each.name == table; });
+    return known == loadedM.end() ? loadedM.emplace_back(DAT::LoadedTable{table}) : *known;
+}
+
+void TableLoader::reject(char const* table, std::string const& key, std::string const& reason) {
+    ++countsOf(table).rejected;
+    reportM(table, key, reason);
 }
 
 RWDBReader TableLoader::open(char const* table) const {
@@ -38,6 +51,9 @@ RWDBReader TableLoader::open(char const* table) const {
 
 // Steps to the next row and takes its values; false after the last one.
 bool TableLoader::readRow(RWDBReader& reader, char const* table) {
+    if (stopM.stop_requested()) {
+        throw std::runtime_error("the reading of table " + std::string(table) + " was given up");
+    }
     bool const found = reader();
     require(reader, table);
     if (found) {

@@ -9,6 +9,7 @@
 
 #include "ColumnValue.h"
 
+#include "DAT/Reloadable.h"
 #include "RW/RWDBConnection.h"
 #include "RW/RWDBReader.h"
 
@@ -16,6 +17,7 @@
 #include <functional>
 #include <initializer_list>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -47,9 +49,9 @@ using RowFault = std::function<std::string(Row const&)>;
 
 class TableLoader {
 public:
-    // All tables are read from one state of the database. The connection is used for nothing else;
-    // the pool stays the caller's.
-    TableLoader(RWDBConnection connection, TextPool& texts, RowReport report);
+    // The connection is used for nothing else meanwhile; the pool stays the caller's. Loading ends
+    // with a std::runtime_error soon after a stop is requested.
+    TableLoader(RWDBConnection connection, TextPool& texts, RowReport report, std::stop_token stop);
 
     template <class Row>
     std::vector<Row> load(Table<Row> const& table, RowFault<Row> const& fault = {});
@@ -57,6 +59,9 @@ public:
     // Leaves out the loaded rows that have a fault; returns whether there were any.
     template <class Row>
     bool leaveOut(Table<Row> const& table, std::vector<Row>& rows, RowFault<Row> const& fault);
+
+    // What the tables have given so far, in the order of loading.
+    std::vector<DAT::LoadedTable> const& loaded() const noexcept { return loadedM; }
 
 private:
     // One value of the row that is being read, as it came.
@@ -66,6 +71,8 @@ private:
         bool isNull;
     };
 
+    DAT::LoadedTable& countsOf(char const* table);
+    void reject(char const* table, std::string const& key, std::string const& reason);
     RWDBReader open(char const* table) const;
     bool readRow(RWDBReader& reader, char const* table);
     std::string keyAsRead(std::size_t keyLength) const;
@@ -87,7 +94,9 @@ private:
     RWDBConnection connectionM;
     TextIntake textsM;
     RowReport reportM;
+    std::stop_token stopM;
     std::vector<Cell> cellsM;
+    std::vector<DAT::LoadedTable> loadedM;
 };
 
 // How messages write a column with its value: ACCOUNT_ID '17'.
@@ -128,12 +137,13 @@ std::vector<Row> TableLoader::load(Table<Row> const& table, RowFault<Row> const&
         if (reason.empty()) {
             rows.push_back(row);
         } else {
-            reportM(table.name, keyAsRead(table.keyLength), reason);
+            reject(table.name, keyAsRead(table.keyLength), reason);
         }
     }
     sortByColumns(table, rows);
     leaveOutRepeatedKeys(table, rows);
     rows.shrink_to_fit();
+    countsOf(table.name).rows = rows.size();
     return rows;
 }
 
@@ -146,12 +156,13 @@ bool TableLoader::leaveOut(Table<Row> const& table, std::vector<Row>& rows,
         if (auto const reason = fault(row); reason.empty()) {
             kept.push_back(row);
         } else {
-            reportM(table.name, keyOf(table, row), reason);
+            reject(table.name, keyOf(table, row), reason);
         }
     }
     bool const found = kept.size() < rows.size();
     if (found) {
         rows = std::move(kept);
+        countsOf(table.name).rows = rows.size();
     }
     return found;
 }
@@ -195,7 +206,7 @@ void TableLoader::leaveOutRepeatedKeys(Table<Row> const& table, std::vector<Row>
     std::size_t kept = 0;
     for (auto const& row : rows) {
         if (kept > 0 && std::is_eq(compareRows(key, rows[kept - 1], row))) {
-            reportM(table.name, keyOf(table, row), "another row has the same key");
+            reject(table.name, keyOf(table, row), "another row has the same key");
         } else {
             rows[kept++] = row;
         }

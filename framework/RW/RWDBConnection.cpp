@@ -124,12 +124,13 @@ std::string withPiecesCovered(std::string text, std::string const& connection,
 
 } // namespace
 
-RWDBConnection::RWDBConnection(RWCString const& connectionString) {
+RWDBConnection::RWDBConnection(RWCString const& connectionString)
+    : shownTextM(withAddressCovered(withParametersCovered(connectionString.str()))) {
     try {
         sessionM = std::make_shared<soci::session>(connectionString.str());
     } catch (std::exception const& error) {
         auto const& text = connectionString.str();
-        auto const shown = withAddressCovered(withParametersCovered(text));
+        auto const& shown = shownTextM.str();
         statusM = RWDBStatus("cannot open the database '" + shown + "': " +
                              withParametersCovered(withPiecesCovered(error.what(), text, shown)));
     }

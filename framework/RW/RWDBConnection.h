@@ -22,6 +22,8 @@ public:
 
     bool isValid() const noexcept { return statusM.isValid(); }
     RWDBStatus const& status() const noexcept { return statusM; }
+    // The connection string without its secrets.
+    RWCString const& shownText() const noexcept { return shownTextM; }
 
     RWDBDatabase database() const;
 
@@ -32,6 +34,7 @@ public:
 private:
     friend class RWDBReader;
 
+    RWCString shownTextM;
     RWDBStatus statusM;
     std::shared_ptr<soci::session> sessionM;
 };

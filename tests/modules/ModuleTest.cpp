@@ -1,4 +1,6 @@
 // The modules as a host loads them: by library and entry name, from a registry.
+#include "DAT/LoadSession.h"
+#include "DAT/Reloadable.h"
 #include "DBC/DatabasePlugIn.h"
 #include "RW/RWDBDatabase.h"
 #include "RW/RWDBReader.h"
@@ -9,9 +11,11 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <regex>
 #include <thread>
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 namespace {
 
@@ -69,6 +73,41 @@ TEST_F(Modules, giveEachThreadAConnectionThatOnlyReads) {
     EXPECT_THAT(rows, ElementsAre(1, 1, 1, 1));
 }
 
+TEST_F(Modules, readNewDataFromOneStateOfTheDatabaseAndKeepTheOldMeanwhile) {
+    database.run("COMMIT; PRAGMA journal_mode = WAL; BEGIN;"); // so that others may write meanwhile
+    std::string const insertBoth = "INSERT INTO PRICEMODEL VALUES ('P%', NULL, 'EUR');"
+                                   "INSERT INTO BALANCE_GROUP VALUES (%, 1);";
+    auto const insert = [&](std::string const& number) {
+        database.run(std::regex_replace(insertBoth, std::regex("%"), number));
+    };
+    auto const login = started("DBC_Database", "Login");
+    registry.add("DataPool.Price.Module.Database", "Login");
+    auto const price = started("DAT_Price", "Price");
+    auto const balance = startedData("DAT_Balance");
+    auto& prices = dynamic_cast<DAT::Reloadable&>(*price);
+    auto& balances = dynamic_cast<DAT::Reloadable&>(*balance);
+
+    insert("1");
+    DAT::LoadSession session;
+    auto const newPrices = prices.readNewData(session);
+    insert("2");
+    auto const newBalances = balances.readNewData(session);
+    EXPECT_EQ(prices.loadReport().rows(), 0U);
+    newPrices->takeOver();
+    newBalances->takeOver();
+    EXPECT_EQ(prices.loadReport().rows(), 1U);
+    EXPECT_EQ(balances.loadReport().rows(), 1U) << "of the state that the prices are of";
+    EXPECT_EQ(balances.loadReport().tables.front().name, "BALANCE_GROUP");
+    EXPECT_THAT(balances.loadReport().source.str(), HasSubstr("reference.db"));
+    DAT::LoadSession later;
+    EXPECT_EQ(balances.readNewData(later)->report().rows(), 2U);
+
+    std::stop_source stop;
+    stop.request_stop();
+    DAT::LoadSession stopped(stop.get_token());
+    EXPECT_THROW(balances.readNewData(stopped), BAS::Status);
+}
+
 TEST_F(Modules, keepTheStatusOfABadRowOutOfTheirOwn) {
     database.run("INSERT INTO ACCOUNT VALUES (1, NULL, 'EUR', NULL);");
     auto const login = started("DBC_Database", "Login");
@@ -77,7 +116,8 @@ TEST_F(Modules, keepTheStatusOfABadRowOutOfTheirOwn) {
     EXPECT_TRUE(account->status().messageName().isNull());
     EXPECT_THAT(registry.log.entries(),
                 ElementsAre("ERR_ROW_REJECTED(3) [ACCOUNT] [ACCOUNT_ID '1'] [STATUS is missing] "
-                            "@host.DataPool.Data.Module"));
+                            "@host.DataPool.Data.Module",
+                            HasSubstr("MSG_DATA_LOADED(1) [0] [1] ")));
 }
 
 TEST_F(Modules, reportWhatTheirRegistryLacks) {
@@ -99,7 +139,7 @@ TEST_F(Modules, reportWhatTheirRegistryLacks) {
         {"DBC_Database", "None", "ERR_REG_SUBTREE_NOT_FOUND(5) [host.DataPool.None.Module]"},
         {"DBC_Database", "Empty", "ERR_REG_ENTRY_NOT_FOUND(5) [Connection]"},
     };
-    std::size_t entries = 0;
+    auto entries = registry.log.entries().size();
     for (auto const& [module, reference, entry] : cases) {
         auto const object = started(module, reference);
         EXPECT_FALSE(object->isUsable());

@@ -183,18 +183,3 @@ TEST(TableLoader, givesTheSameDumpWhateverTheOrderOfTheRows) {
         std::rotate(rows.begin(), rows.begin() + 1, rows.end());
     }
 }
-
-TEST(TableLoader, readsAllTablesFromOneStateOfTheDatabase) {
-    ReferenceDatabase const database("INSERT INTO BALANCE_GROUP VALUES (1, NULL), (21, 1);");
-    database.run("COMMIT; PRAGMA journal_mode = WAL; BEGIN;"); // so that others may write meanwhile
-    BalanceData data;
-    data.load(database.connection(), [&](auto const&...) {
-        database.run("INSERT INTO BALANCE VALUES (21, 'EUR', 'EUR', '1', NULL, "
-                     "'2026-01-01T00:00:00Z', NULL);");
-    });
-    auto const dump = [](BalanceData const& loaded) {
-        return dumped([&](auto& out) { loaded.dump(out, {21}); });
-    };
-    EXPECT_THAT(dump(data), testing::Not(HasSubstr("EUR")));
-    EXPECT_THAT(dump(Loaded<BalanceData>(database).data), HasSubstr("EUR"));
-}
