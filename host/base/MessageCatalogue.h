@@ -36,6 +36,15 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "The EDR description has no block '%1' (alias '%2', needed by %3 %4)."},
     {"ERR_PIPELINE_NOT_FOUND", "'%1' belongs to no pipeline."},
     {"ERR_ROW_REJECTED", "The row %2 of table %1 is rejected: %3"},
+    {"MSG_DATA_LOADED", "Loaded %1 rows, rejected %2, from '%3' in %4 s: %5; reading began at %6."},
+    // Reload.
+    {"ERR_DATA_NOT_READ", "The data can't be read: %1"},
+    {"ERR_DATA_TABLE_EMPTY",
+     "Nothing is taken over, for these tables have no usable row any more: %1; Reload=force takes "
+     "them all the same."},
+    {"ERR_RELOAD_GIVEN_UP", "The reload is given up, for the host ends."},
+    {"MSG_POOL_RELOADED", "Taken over together: %1."},
+    {"ERR_POOL_NOT_RELOADED", "Nothing is taken over, because of '%1': %2"},
     // Start.
     {"ERR_CONFIGURATION", "%1:%2:%3: %4"},
     {"ERR_FILE_NOT_READABLE", "'%1' can't be read: %2"},

@@ -103,18 +103,15 @@ void CommandDirectory::take(std::string const& name) {
         }
         throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directoryM.path(), errno);
     }
-    answer(name, carryOut(taken, name));
+    carryOut(taken, name);
 }
 
-// Returns the text of the result file.
-std::string CommandDirectory::carryOut(std::filesystem::path const& file, std::string const& name) {
+void CommandDirectory::carryOut(std::filesystem::path const& file, std::string const& name) {
     std::vector<std::string> problems;
     try {
-        std::vector<CommandResult> results;
-        for (auto const& command : readCommandFile(file, name)) {
-            results.push_back(executeM(command));
-        }
-        return resultFileText(name, results);
+        filesM.push_back({name, readCommandFile(file, name), {}});
+        goOn(filesM.back());
+        return;
     } catch (StartFailure const& failure) {
         problems = textsOf(failure);
     } catch (BAS::Status const& status) {
@@ -122,7 +119,24 @@ std::string CommandDirectory::carryOut(std::filesystem::path const& file, std::s
     }
     logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
                           {name, fmt::format("{}", fmt::join(problems, "; "))}));
-    return problemFileText(name, problems);
+    answer(name, problemFileText(name, problems));
+}
+
+// Up to a command whose result comes later, or to the end of the file.
+void CommandDirectory::goOn(File& file) {
+    while (file.results.size() < file.commands.size()) {
+        auto result =
+            executeM(file.commands[file.results.size()], [this, &file](CommandResult late) {
+                file.results.push_back(std::move(late));
+                goOn(file);
+            });
+        if (!result) {
+            return;
+        }
+        file.results.push_back(std::move(*result));
+    }
+    answer(file.name, resultFileText(file.name, file.results));
+    filesM.remove_if([&](File const& each) { return &each == &file; });
 }
 
 // The command file goes when its result is there.

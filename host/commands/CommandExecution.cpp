@@ -12,15 +12,6 @@ namespace host {
 
 namespace {
 
-CommandResult resultOf(Command const& command) {
-    CommandResult result;
-    result.object = command.update.name().str();
-    for (auto const& key : command.update.children()) {
-        result.keys.push_back({key->name().str(), key->value().str()});
-    }
-    return result;
-}
-
 bool isSame(BAS::Status const& one, BAS::Status const& other) {
     return one.objectName() == other.objectName() && one.messageName() == other.messageName() &&
            one.severity() == other.severity() && one.arguments() == other.arguments();
@@ -35,11 +26,6 @@ void update(BAS::RegisteredObject& object, BAS::RegistryEntry const& entry, Comm
         result.fault = "the object threw: " + currentExceptionText();
     }
     result.isWorkDone = workDone.value();
-    for (auto const& key : entry.children()) {
-        if (!key->wasFound()) {
-            result.ignoredKeys.push_back(key->name().str());
-        }
-    }
     auto const after = object.status();
     bool const isRejected = !result.isHandled && !result.fault && !after.messageName().isNull();
     if (isRejected || !isSame(before, after)) {
@@ -49,14 +35,34 @@ void update(BAS::RegisteredObject& object, BAS::RegistryEntry const& entry, Comm
 
 } // namespace
 
+CommandResult begunResult(Command const& command) {
+    CommandResult result;
+    result.object = command.update.name().str();
+    for (auto const& key : command.update.children()) {
+        result.keys.push_back({key->name().str(), key->value().str()});
+    }
+    return result;
+}
+
+std::vector<std::string> keysNotAsked(Command const& command) {
+    std::vector<std::string> names;
+    for (auto const& key : command.update.children()) {
+        if (!key->wasFound()) {
+            names.push_back(key->name().str());
+        }
+    }
+    return names;
+}
+
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
                              FairLock* pipelineLock, WriteWatch& watch) {
-    auto result = resultOf(command);
+    auto result = begunResult(command);
     auto const guard =
         pipelineLock == nullptr ? std::unique_lock<FairLock>() : std::unique_lock(*pipelineLock);
     NamedFiles const files(command.update, watch);
     auto const begin = std::chrono::steady_clock::now();
     update(object, command.update, result);
+    result.ignoredKeys = keysNotAsked(command);
     result.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     result.files = files.report();
@@ -64,7 +70,7 @@ CommandResult executeCommand(Command const& command, BAS::RegisteredObject& obje
 }
 
 CommandResult unexecutedCommand(Command const& command, std::string reason) {
-    auto result = resultOf(command);
+    auto result = begunResult(command);
     result.fault = std::move(reason);
     return result;
 }

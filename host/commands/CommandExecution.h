@@ -35,6 +35,11 @@ struct CommandResult {
     double seconds = 0; // of the object's work
 };
 
+// The result of a command that is taken up, with what is known of it by then.
+CommandResult begunResult(Command const& command);
+// Those that nobody has asked for yet.
+std::vector<std::string> keysNotAsked(Command const& command);
+
 // Hands the command to its object. The lock of the object's pipeline, if it has one, keeps batches
 // away meanwhile; the watch notices what the command writes. Throws nothing: what the object throws
 // is the result's fault.

@@ -12,6 +12,7 @@
 #include "program/CheckCommand.h"
 #include "program/CommandLine.h"
 #include "program/Summary.h"
+#include "run/CommandExecutor.h"
 #include "run/Host.h"
 #include "run/ProgressLine.h"
 #include "run/Service.h"
@@ -50,10 +51,10 @@ private:
 };
 
 // Prints the results as they come, unless they are to be JSON.
-std::vector<CommandResult> executeAtEnd(Host& host, CommandLine const& commandLine) {
+std::vector<CommandResult> executeAtEnd(CommandExecutor& executor, CommandLine const& commandLine) {
     std::vector<CommandResult> results;
     for (auto const& command : commandLine.atEnd) {
-        results.push_back(host.execute(command));
+        results.push_back(executor.executeAndWait(command));
         if (!commandLine.isJson) {
             std::cout << printable(resultText(results.back())) << std::endl;
         }
@@ -92,9 +93,10 @@ ExitCode run(CommandLine const& commandLine, Logs& logs) {
     if (!commandLine.isQuiet && canEraseTerminalLine()) {
         progress.emplace(host.pipelines());
     }
-    Service service(host, stop, progress ? &*progress : nullptr);
+    CommandExecutor executor(host);
+    Service service(host, executor, stop, progress ? &*progress : nullptr);
     service.run();
-    auto const results = executeAtEnd(host, commandLine);
+    auto const results = executeAtEnd(executor, commandLine);
     host.logSummaries();
     printSummary(host, commandLine, results);
     if (host.hasFailed() || service.hasFailed() || !std::cout) {

@@ -4,9 +4,7 @@
 #include "PLG/FunctionPlugIn.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
-#include "base/NearestName.h"
 #include "commands/CommandDirectory.h"
-#include "commands/CommandReport.h"
 
 #include <fmt/format.h>
 
@@ -92,8 +90,15 @@ void Host::checkDirectory(std::optional<std::filesystem::path> const& directory,
 }
 
 void Host::buildDataPool() {
+    auto dataPool = std::make_unique<DataPool>(registryM.root->name() + ".DataPool");
+    dataPoolM = dataPool.get();
+    objectsM.push_back(std::move(dataPool));
     for (auto const& module : registryM.configuration.dataPool) {
-        if (load(module, ModuleKind::data) == nullptr) {
+        auto* const object = load(module, ModuleKind::data);
+        if (auto* const reloadable = dynamic_cast<DAT::Reloadable*>(object)) {
+            dataPoolM->add({object->name(), reloadable});
+        }
+        if (object == nullptr) {
             // As modules refer to it: by its own name or its full one.
             auto const fullName = BAS::RegisteredObject::dirName(module.registeredName);
             absentM.emplace_back(fullName.view().substr(fullName.view().rfind('.') + 1));
@@ -198,48 +203,6 @@ void Host::logSummaries() const {
              std::to_string(counters.batches), std::to_string(counters.faults),
              fmt::format("{:.3f}", counters.seconds), std::to_string(counters.commands)}));
     }
-}
-
-CommandResult Host::execute(Command const& command) {
-    auto const name = command.update.name();
-    auto* const pipeline = pipelineOf(name);
-    auto* const object = BAS::RegisteredObject::find(name);
-    auto* const lock = pipeline == nullptr ? nullptr : &pipeline->lock();
-    auto result = object == nullptr ? unexecutedCommand(command, unknownObjectText(name))
-                                    : executeCommand(command, *object, lock, writeWatchM);
-    if (pipeline != nullptr) {
-        pipeline->countCommand();
-    }
-    logM.write(result.isHandled ? makeStatus(BAS::Status::info, result.object, "MSG_COMMAND_RESULT",
-                                             {resultText(result)})
-                                : makeStatus(BAS::Status::error, result.object,
-                                             "ERR_COMMAND_REJECTED", {resultText(result)}));
-    for (auto const& file : result.files) {
-        if (!file.isOpened) {
-            logM.write(makeStatus(BAS::Status::warning, result.object,
-                                  "ERR_COMMAND_FILE_NOT_OPENED",
-                                  {file.key, file.path.string(), file.reason}));
-        }
-    }
-    return result;
-}
-
-PipelineRunner* Host::pipelineOf(BAS::String const& object) const {
-    for (auto const& pipeline : pipelinesM) {
-        auto const& name = pipeline->configuration().registeredName;
-        if (object == name || object.view().starts_with(name + ".")) {
-            return pipeline.get();
-        }
-    }
-    return nullptr;
-}
-
-std::string Host::unknownObjectText(BAS::String const& object) const {
-    std::vector<std::string> names;
-    for (auto const& known : objectsM) {
-        names.push_back(known->name().str());
-    }
-    return "there is no such object" + nearestNameHint(object.view(), {names.begin(), names.end()});
 }
 
 bool Host::hasFailed() const {

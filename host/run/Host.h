@@ -4,8 +4,8 @@
 #pragma once
 
 #include "BAS/RegisteredObject.h"
-#include "commands/CommandExecution.h"
 #include "registry/Registry.h"
+#include "run/DataPool.h"
 #include "run/LifeCycle.h"
 #include "run/ModuleLoader.h"
 #include "run/PipelineRunner.h"
@@ -41,8 +41,13 @@ public:
     }
     BAS::LogSink& log() const noexcept { return logM; }
 
-    // Hands a command to its object, counts it and logs the result. Any thread, but one at a time.
-    CommandResult execute(Command const& command);
+    // In the order in which they were built.
+    std::vector<std::unique_ptr<BAS::RegisteredObject>> const& objects() const noexcept {
+        return objectsM;
+    }
+    // Once it is started.
+    DataPool& dataPool() const noexcept { return *dataPoolM; }
+
     void logSummaries() const;
 
     // An input, a reject file or a pipeline's log failed.
@@ -62,8 +67,6 @@ private:
     void warnOfUnreadKeys();
     BAS::RegisteredObject* load(ModuleConfiguration const& module, ModuleKind kind);
     bool isLeftOut(ModuleConfiguration const& module);
-    PipelineRunner* pipelineOf(BAS::String const& object) const;
-    std::string unknownObjectText(BAS::String const& object) const;
 
     // The start, step by step; each adds to the problems.
     static constexpr void (Host::*stagesM[])() = {&Host::checkDirectories, &Host::buildDataPool,
@@ -76,8 +79,8 @@ private:
     BAS::Status::Severity leastSeverityM;
     std::vector<std::unique_ptr<PipelineRunner>> pipelinesM;
     std::vector<std::unique_ptr<BAS::RegisteredObject>> objectsM; // in the order of creation
+    DataPool* dataPoolM = nullptr;                                // one of the objects
     std::optional<LifeCycle> lifeCycleM;
-    WriteWatch writeWatchM;             // of the commands
     std::vector<BAS::Status> problemsM; // of the start
     std::vector<BAS::String> absentM;   // references to data modules that can't be had
 };

@@ -6,8 +6,9 @@
 
 namespace host {
 
-Service::Service(Host& host, Notification const& stop, ProgressLine* progress)
-    : hostM(host), stopM(stop), progressM(progress) {
+Service::Service(Host& host, CommandExecutor& executor, Notification const& stop,
+                 ProgressLine* progress)
+    : hostM(host), executorM(executor), stopM(stop), progressM(progress) {
     openDirectories(host.configuration().commandDirectory);
 }
 
@@ -25,7 +26,10 @@ void Service::openDirectories(std::optional<std::filesystem::path> const& comman
         if (commandDirectory) {
             commandsM = std::make_unique<CommandDirectory>(
                 *commandDirectory,
-                [this](Command const& command) { return hostM.execute(command); }, hostM.log());
+                [this](Command const& command, CommandDirectory::Done done) {
+                    return executorM.execute(command, std::move(done));
+                },
+                hostM.log());
         }
     } catch (BAS::Status const& status) {
         problems.push_back(status);
@@ -43,7 +47,7 @@ void Service::run() {
     if (progressM != nullptr) {
         progressM->clear();
     }
-    takeCommands();
+    finishCommands();
 }
 
 bool Service::hasFailed() const noexcept {
@@ -68,12 +72,13 @@ std::vector<std::jthread> Service::startPipelines() {
 void Service::serveUntilEnd() {
     while (!stopM.isSet() && !endedM.isSet()) {
         takeCommands();
+        executorM.finishReloads();
         Deadline redraw;
         if (progressM != nullptr) {
             redraw = progressM->draw();
         }
-        waitForAny({stopM.descriptor(), endedM.descriptor(),
-                    commandsM == nullptr ? -1 : commandsM->descriptor()},
+        waitForAny({stopM.descriptor(), endedM.descriptor(), executorM.descriptor(),
+                    commandsM == nullptr || haveCommandsFailedM ? -1 : commandsM->descriptor()},
                    redraw);
     }
     if (stopM.isSet()) {
@@ -81,9 +86,22 @@ void Service::serveUntilEnd() {
     }
 }
 
+// Of the inputs' end, or of a signal.
+void Service::finishCommands() {
+    takeCommands();
+    while (executorM.isReloading() && !stopM.isSet()) {
+        waitForAny({stopM.descriptor(), executorM.descriptor()});
+        executorM.finishReloads();
+        takeCommands();
+    }
+    while (executorM.isReloading()) { // a file of commands may go on with another one
+        executorM.stopReloads();
+    }
+}
+
 // Without its directory the host goes on, but nobody can give it commands any more.
 void Service::takeCommands() {
-    if (commandsM == nullptr) {
+    if (commandsM == nullptr || haveCommandsFailedM) {
         return;
     }
     try {
@@ -93,7 +111,6 @@ void Service::takeCommands() {
         hostM.log().write(
             makeStatus(BAS::Status::critical, {}, "ERR_COMMANDS_STOPPED",
                        {hostM.configuration().commandDirectory->string(), messageText(status)}));
-        commandsM.reset();
     }
 }
 

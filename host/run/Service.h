@@ -3,6 +3,7 @@
 #pragma once
 
 #include "commands/CommandDirectory.h"
+#include "run/CommandExecutor.h"
 #include "run/Host.h"
 #include "run/ProgressLine.h"
 
@@ -13,14 +14,15 @@ namespace host {
 
 class Service {
 public:
-    // Takes the directories of the pipelines and of the commands for this host alone. Host and stop
-    // must outlive the service; the progress line may be null. Throws a StartFailure when a
-    // directory can't be had.
-    Service(Host& host, Notification const& stop, ProgressLine* progress);
+    // Takes the directories of the pipelines and of the commands for this host alone. Host,
+    // executor and stop must outlive the service; the progress line may be null. Throws a
+    // StartFailure when a directory can't be had.
+    Service(Host& host, CommandExecutor& executor, Notification const& stop,
+            ProgressLine* progress);
 
     // Returns when all inputs have ended, or, once stop is set, when the batches and the command in
     // progress are finished. Commands that wait when the inputs end are carried out; those that
-    // wait when stop is set stay.
+    // wait when stop is set stay, and reloads are given up.
     void run();
 
     // A command's result couldn't be written, or the command directory failed.
@@ -31,8 +33,10 @@ private:
     std::vector<std::jthread> startPipelines();
     void serveUntilEnd();
     void takeCommands();
+    void finishCommands();
 
     Host& hostM;
+    CommandExecutor& executorM;
     Notification const& stopM;
     ProgressLine* progressM;
     std::unique_ptr<CommandDirectory> commandsM;

@@ -59,11 +59,12 @@ public:
         }
         if (outcome.problems.empty()) {
             host::Notification const stop;
-            host::Service(host, stop, nullptr).run();
+            host::CommandExecutor executor(host);
+            host::Service(host, executor, stop, nullptr).run();
             for (auto const* const key_ : {"DumpEvents", "Dump"}) {
                 auto const file = (directoryM.path() / key_).string();
-                host.execute(host::parseCommand("host.Pipelines.Main.Functions.DataDump.Module " +
-                                                (key_ + ("=" + file))));
+                executor.executeAndWait(host::parseCommand(
+                    "host.Pipelines.Main.Functions.DataDump.Module " + (key_ + ("=" + file))));
                 outcome.reports += fileText(file);
             }
         }

@@ -1,0 +1,27 @@
+// Rouses a thread that waits, again and again: rung by any thread or by a signal handler, and
+// waited for together with files and directories. What happens only once is a Notification.
+#pragma once
+
+#include "base/FileDescriptor.h"
+
+namespace host {
+
+class Bell {
+public:
+    // Throws a BAS::Status when the system has no descriptor left.
+    Bell();
+    Bell(Bell const&) = delete;
+    Bell& operator=(Bell const&) = delete;
+
+    // May be called from a signal handler.
+    void ring() noexcept;
+    // Whether it was rung since the last call. One thread.
+    bool take() noexcept;
+    // Readable once it is rung, until take.
+    int descriptor() const noexcept { return descriptorM.number(); }
+
+private:
+    FileDescriptor descriptorM;
+};
+
+} // namespace host

@@ -1,0 +1,187 @@
+#include "run/CommandExecutor.h"
+
+#include "BAS/LogSink.h"
+#include "base/MessageCatalogue.h"
+#include "base/NearestName.h"
+#include "base/Poll.h"
+#include "commands/CommandReport.h"
+
+#include <chrono>
+
+namespace host {
+
+namespace {
+
+constexpr char const* reloadKey = "Reload";
+constexpr char const* force = "force";
+
+std::vector<std::unique_lock<FairLock>> lockAll(Host const& host) {
+    std::vector<std::unique_lock<FairLock>> locks;
+    for (auto const& pipeline : host.pipelines()) {
+        locks.emplace_back(pipeline->lock());
+    }
+    return locks;
+}
+
+// The part of a registered name that the operator gave a data module.
+std::string ownName(BAS::String const& name) {
+    auto const parts = name.split('.');
+    return parts[parts.entries() - 2].str();
+}
+
+std::string summaryOf(Reload const& reload) {
+    std::string text;
+    for (auto const& each : reload.modules) {
+        auto const report = each.module->loadReport();
+        text += (text.empty() ? "" : ", ") + ownName(each.name) + " " +
+                std::to_string(report.rows()) + " rows";
+        if (report.rejected() > 0) {
+            text += " (" + std::to_string(report.rejected()) + " rejected)";
+        }
+    }
+    return text;
+}
+
+// Of a reload of the whole pool.
+BAS::Status poolOutcome(Reload const& reload, BAS::String const& pool) {
+    if (!reload.failure) {
+        return makeStatus(BAS::Status::info, pool, "MSG_POOL_RELOADED", {summaryOf(reload)});
+    }
+    auto const& failure = *reload.failure;
+    return failure.objectName() == pool
+               ? failure
+               : makeStatus(BAS::Status::error, pool, "ERR_POOL_NOT_RELOADED",
+                            {failure.objectName().str(), statusText(failure)});
+}
+
+} // namespace
+
+std::optional<CommandResult> CommandExecutor::execute(Command const& command, Done done) {
+    auto* const object = BAS::RegisteredObject::find(command.update.name());
+    auto reload = object == nullptr ? std::nullopt : reloadOf(command, *object);
+    if (!reload) {
+        auto result = carryOut(command, object);
+        log(result);
+        return result;
+    }
+    auto begun = begunResult(command);
+    begun.ignoredKeys = keysNotAsked(command);
+    reload->done = [this, object, begun, done = std::move(done),
+                    begin = std::chrono::steady_clock::now()](Reload& read) {
+        takeOver(read);
+        auto result = begun;
+        result.isHandled = !read.failure;
+        result.isWorkDone = true;
+        result.status = recordOutcome(read, *object);
+        result.seconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+        log(result);
+        done(std::move(result));
+    };
+    reloaderM.begin(std::move(*reload));
+    return std::nullopt;
+}
+
+CommandResult CommandExecutor::executeAndWait(Command const& command) {
+    std::optional<CommandResult> late;
+    auto result = execute(command, [&](CommandResult given) { late = std::move(given); });
+    while (!result && !late) {
+        waitForAny({descriptor()});
+        finishReloads();
+    }
+    return result ? std::move(*result) : std::move(*late);
+}
+
+// The reload that the command is, if it is one for that object and well-formed.
+std::optional<Reload> CommandExecutor::reloadOf(Command const& command,
+                                                BAS::RegisteredObject& object) const {
+    Reload reload;
+    if (auto* const module = dynamic_cast<DAT::Reloadable*>(&object)) {
+        reload.modules.push_back({object.name(), module});
+    } else if (&object == &hostM.dataPool()) {
+        reload.modules = hostM.dataPool().modules();
+    }
+    auto const* const key = reload.modules.empty() ? nullptr : command.update.find(reloadKey);
+    if (key == nullptr) {
+        return std::nullopt;
+    }
+    reload.isForced = key->value() == force;
+    if (!reload.isForced && !key->value().isNull()) {
+        reload.failure = makeStatus(BAS::Status::error, object.name(), "ERR_REG_VALUE_INVALID",
+                                    {key->value().str(), "expected nothing or 'force'."});
+    }
+    return reload;
+}
+
+CommandResult CommandExecutor::carryOut(Command const& command, BAS::RegisteredObject* object) {
+    auto const name = command.update.name();
+    auto* const pipeline = pipelineOf(name);
+    auto* const lock = pipeline == nullptr ? nullptr : &pipeline->lock();
+    auto result = object == nullptr ? unexecutedCommand(command, unknownObjectText(name))
+                                    : executeCommand(command, *object, lock, writeWatchM);
+    if (pipeline != nullptr) {
+        pipeline->countCommand();
+    }
+    return result;
+}
+
+// No command is at work in this thread, and no batch within the locks. What the modules held goes
+// after them.
+void CommandExecutor::takeOver(Reload& reload) {
+    {
+        auto const locks = lockAll(hostM);
+        for (auto const& data : reload.newData) {
+            data->takeOver();
+        }
+    }
+    reload.newData.clear();
+}
+
+BAS::Status CommandExecutor::recordOutcome(Reload const& reload,
+                                           BAS::RegisteredObject& object) const {
+    for (auto const& each : reload.modules) {
+        if (!reload.failure) {
+            each.module->recordReload(DAT::loadedStatus(each.module->loadReport()));
+        } else if (reload.failure->objectName() == each.name) {
+            each.module->recordReload(*reload.failure);
+        }
+    }
+    if (&object == &hostM.dataPool()) {
+        hostM.dataPool().recordReload(poolOutcome(reload, object.name()));
+    }
+    return object.status();
+}
+
+void CommandExecutor::log(CommandResult const& result) const {
+    auto& log = hostM.log();
+    log.write(result.isHandled ? makeStatus(BAS::Status::info, result.object, "MSG_COMMAND_RESULT",
+                                            {resultText(result)})
+                               : makeStatus(BAS::Status::error, result.object,
+                                            "ERR_COMMAND_REJECTED", {resultText(result)}));
+    for (auto const& file : result.files) {
+        if (!file.isOpened) {
+            log.write(makeStatus(BAS::Status::warning, result.object, "ERR_COMMAND_FILE_NOT_OPENED",
+                                 {file.key, file.path.string(), file.reason}));
+        }
+    }
+}
+
+PipelineRunner* CommandExecutor::pipelineOf(BAS::String const& object) const {
+    for (auto const& pipeline : hostM.pipelines()) {
+        auto const& name = pipeline->configuration().registeredName;
+        if (object == name || object.view().starts_with(name + ".")) {
+            return pipeline.get();
+        }
+    }
+    return nullptr;
+}
+
+std::string CommandExecutor::unknownObjectText(BAS::String const& object) const {
+    std::vector<std::string> names;
+    for (auto const& known : hostM.objects()) {
+        names.push_back(known->name().str());
+    }
+    return "there is no such object" + nearestNameHint(object.view(), {names.begin(), names.end()});
+}
+
+} // namespace host

@@ -1,0 +1,50 @@
+// Carries out the commands of operators on the objects of a host. Used by one thread; the host must
+// outlive it.
+#pragma once
+
+#include "commands/CommandExecution.h"
+#include "run/Host.h"
+#include "run/Reloader.h"
+
+#include <functional>
+#include <optional>
+
+namespace host {
+
+class CommandExecutor {
+public:
+    using Done = std::function<void(CommandResult)>;
+
+    explicit CommandExecutor(Host& host) : hostM(host) {}
+    // A reload that goes on is given up; its done isn't called.
+    ~CommandExecutor() = default;
+
+    // Hands a command to its object, counts it and logs the result. A reload returns nothing, goes
+    // on while other commands are carried out, and gives done its result out of finishReloads.
+    std::optional<CommandResult> execute(Command const& command, Done done);
+    // The same, and waits for a reload.
+    CommandResult executeAndWait(Command const& command);
+
+    // Readable when finishReloads has something to do.
+    int descriptor() const noexcept { return reloaderM.descriptor(); }
+    // Has the modules of each reload that is read take their data over.
+    void finishReloads() { reloaderM.handBack(); }
+    bool isReloading() const noexcept { return reloaderM.isBusy(); }
+    // Gives up what is being read and what waits.
+    void stopReloads() { reloaderM.stop(); }
+
+private:
+    std::optional<Reload> reloadOf(Command const& command, BAS::RegisteredObject& object) const;
+    CommandResult carryOut(Command const& command, BAS::RegisteredObject* object);
+    void takeOver(Reload& reload);
+    BAS::Status recordOutcome(Reload const& reload, BAS::RegisteredObject& object) const;
+    void log(CommandResult const& result) const;
+    PipelineRunner* pipelineOf(BAS::String const& object) const;
+    std::string unknownObjectText(BAS::String const& object) const;
+
+    Host& hostM;
+    WriteWatch writeWatchM;
+    Reloader reloaderM;
+};
+
+} // namespace host

@@ -1,0 +1,68 @@
+// Has data modules read their data anew, in a thread of its own, one reload after the other. What
+// was read is handed back to the thread that asked, which has the modules take it over.
+#pragma once
+
+#include "BAS/Status.h"
+#include "DAT/Reloadable.h"
+#include "base/Bell.h"
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <thread>
+#include <vector>
+
+namespace host {
+
+// A data module by both its faces.
+struct ReloadableModule {
+    BAS::String name; // registered
+    DAT::Reloadable* module;
+};
+
+struct Reload {
+    // All of them read one state of each database.
+    std::vector<ReloadableModule> modules;
+    bool isForced = false; // takes tables that have become empty
+    // In the order of the modules; none when the reading failed.
+    std::vector<std::unique_ptr<DAT::NewData>> newData;
+    // Why it failed, with the name of the object that is to blame; nothing is read if it is there
+    // from the start.
+    std::optional<BAS::Status> failure;
+    std::function<void(Reload&)> done;
+};
+
+// Everything but the reading happens in the thread that calls.
+class Reloader {
+public:
+    Reloader() = default;
+    Reloader(Reloader const&) = delete;
+    Reloader& operator=(Reloader const&) = delete;
+
+    // The modules stay the caller's and must outlive the reloader.
+    void begin(Reload reload);
+    // Readable when handBack has something to do.
+    int descriptor() const noexcept { return readBellM.descriptor(); }
+    // Calls done for each reload that is read, in the order in which they began.
+    void handBack();
+    bool isBusy() const noexcept { return unfinishedM > 0; }
+    // Lets those that are neither read nor taken up fail, and waits until the reading has given up.
+    void stop();
+
+private:
+    void readAll(std::stop_token const& stop);
+    static void read(Reload& reload, std::stop_token const& stop);
+
+    Bell readBellM;
+    std::mutex lockM;
+    std::condition_variable_any waitingM;
+    std::deque<Reload> waitingReloadsM; // guarded by the lock
+    std::deque<Reload> readReloadsM;    // guarded by the lock
+    std::size_t unfinishedM = 0;        // begun and not handed back
+    std::jthread readerM;               // from the first reload on
+};
+
+} // namespace host

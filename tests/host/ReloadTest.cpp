@@ -1,0 +1,131 @@
+// Data that are replaced while the host runs: what waits for it, what doesn't, and what is refused.
+#include "ServiceFixture.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+constexpr char const* one = "host.DataPool.One.Module";
+constexpr char const* pool = "host.DataPool";
+
+class Reload : public ServiceFixture {
+protected:
+    Reload() {
+        directoryM.write("one", "a\nb\n");
+        directoryM.write("two", "x\n");
+        writeDataRegistry("");
+    }
+
+    // The data modules One and Two hold the files of their names.
+    void writeDataRegistry(std::string const& keysOfOne) const {
+        auto const module = [&](std::string const& file, std::string const& keys) {
+            return "{ModuleName: TestData, Module: {Trace: " + pathOf("trace").string() +
+                   ", File: " + pathOf(file).string() + keys + "}}\n";
+        };
+        directoryM.write("r.yaml", "host:\n  Commands: {Directory: cmd}\n  DataPool:\n    One: " +
+                                       module("one", keysOfOne) + "    Two: " + module("two", "") +
+                                       "  Pipelines:\n    P:\n      EdrDescription: edr.yaml\n"
+                                       "      Input: {Directory: in}\n      Functions:\n"
+                                       "        F: {ModuleName: TestCounter, Module: {Trace: " +
+                                       pathOf("trace").string() + "}}\n");
+    }
+
+    // Gives a command and returns the result file's text.
+    std::string answer(std::string const& name, std::string const& target,
+                       std::string const& keys) const {
+        drop("cmd/" + name + ".yaml", target + ": {" + keys + "}\n");
+        EXPECT_TRUE(waitForFile("cmd/" + name + ".result")) << directoryM.read("err");
+        return directoryM.read("cmd/" + name + ".result");
+    }
+};
+
+} // namespace
+
+TEST_F(Reload, takesAModulesDataOverOrRefusesThemAndTellsWhy) {
+    struct {
+        char const* lines; // null: the file is gone
+        char const* value;
+        char const* told;
+    } const cases[] = {
+        {"a\nb\nc\nbad\n", "''", "Loaded 3 rows, rejected 1, from '"},
+        {nullptr, "''",
+         "ERR_DATABASE\", \"Level\": \"error\", \"Text\": \"Database error: no file"},
+        {"bad\n", "''", "no usable row any more: LINES (had 3)"},
+        {"a\n", "now", "The registry value 'now' is invalid: expected nothing or 'force'."},
+        {"bad\n", "force", "Loaded 0 rows, rejected 1, from '"},
+        {"", "''", "Loaded 0 rows, rejected 0, from '"}, // was empty before
+    };
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    int number = 0;
+    for (auto const& [lines, value, told] : cases) {
+        std::filesystem::remove(pathOf("one"));
+        if (lines != nullptr) {
+            directoryM.write("one", lines);
+        }
+        bool const isTaken = std::string(told).starts_with("Loaded");
+        EXPECT_THAT(answer("c" + std::to_string(++number), one, std::string("Reload: ") + value),
+                    AllOf(HasSubstr(told),
+                          HasSubstr(isTaken ? "Verdict: \"handled\"" : "Verdict: \"rejected\"")));
+    }
+    EXPECT_THAT(answer("d", one, "Reload: '', Relaod: ''"), HasSubstr("Ignored: [\"Relaod\"]"));
+    EXPECT_THAT(answer("e", "host.Pipelines.P.Functions.F.Module", "Reload: ''"),
+                HasSubstr("Ignored: [\"Reload\"]"));
+}
+
+TEST_F(Reload, takesThePoolOverAsAWholeOrNotAtAll) {
+    HostProcess const host(directoryM.path(), {"run", "r.yaml"});
+    directoryM.write("one", "a\n");
+    directoryM.write("two", "x\ny\nbad\n");
+    EXPECT_THAT(answer("c1", pool, "Reload: ''"),
+                HasSubstr("Taken over together: One 1 rows, Two 2 rows (1 rejected)."));
+    directoryM.write("one", "a\nb\nc\nd\n");
+    std::filesystem::remove(pathOf("two"));
+    EXPECT_THAT(answer("c2", pool, "Reload: ''"),
+                AllOf(HasSubstr("Handled: false"),
+                      HasSubstr("Nothing is taken over, because of 'host.DataPool.Two.Module'")));
+    directoryM.write("one", "");
+    EXPECT_THAT(answer("c3", one, "Reload: ''"), HasSubstr("LINES (had 1)"));
+}
+
+TEST_F(Reload, letsOtherCommandsAndBatchesPassMeanwhile) {
+    writeDataRegistry(gate());
+    HostProcess const host(directoryM.path(), {"run", "r.yaml"});
+    drop("cmd/a.yaml", std::string(one) + ": {Reload: ''}\n" + object + ": {Number: 1}\n");
+    ASSERT_TRUE(waitForText("trace", "One at gate"));
+    drop("in/edrs.jsonl", edrs(2));
+    ASSERT_TRUE(waitForText("trace", "F batch of 2"));
+    EXPECT_THAT(answer("b", object, "Number: 2"), HasSubstr("Handled: true"));
+    EXPECT_THAT(names("cmd"), testing::Contains("a.taken"));
+    EXPECT_THAT(directoryM.read("trace"), Not(HasSubstr("number 1"))) << "waits in its file";
+    openGate(1);
+    ASSERT_TRUE(waitForFile("cmd/a.result"));
+    EXPECT_THAT(directoryM.read("cmd/a.result"), HasSubstr("Loaded 2 rows"));
+    EXPECT_THAT(directoryM.read("trace"), HasSubstr("number 1"));
+}
+
+TEST_F(Reload, isGivenUpWhenTheHostEndsAndFinishedWhenTheInputsDo) {
+    writeDataRegistry(gate());
+    HostProcess stopped(directoryM.path(), {"run", "r.yaml"});
+    drop("cmd/a.yaml", std::string(one) + ": {Reload: ''}\n");
+    drop("cmd/b.yaml", std::string(pool) + ": {Reload: ''}\n");
+    ASSERT_TRUE(waitForText("trace", "One at gate"));
+    stopped.signal(SIGTERM);
+    ASSERT_TRUE(waitForText("err", "MSG_STOPPING"));
+    openGate(1);
+    EXPECT_EQ(stopped.wait(), 0);
+    EXPECT_THAT(directoryM.read("cmd/b.result"), HasSubstr("ERR_RELOAD_GIVEN_UP"));
+
+    directoryM.write("edrs.jsonl", edrs(1));
+    auto registry = directoryM.read("r.yaml");
+    registry.replace(registry.find("{Directory: in}"), 15, "{Files: [edrs.jsonl]}");
+    directoryM.write("r.yaml", registry);
+    drop("cmd/c.yaml", std::string(one) + ": {Reload: ''}\n");
+    openGate(2);
+    HostProcess ended(directoryM.path(),
+                      {"run", "r.yaml", "--at-end", std::string(pool) + " Reload"});
+    EXPECT_EQ(ended.wait(), 0);
+    EXPECT_THAT(directoryM.read("cmd/c.result"), HasSubstr("Loaded 2 rows"));
+    EXPECT_THAT(directoryM.read("out"), HasSubstr("Taken over together: One 2 rows, Two 1 rows"));
+}
