@@ -1,66 +1,58 @@
 #include "registry/Registry.h"
 
 #include "base/Failures.h"
+#include "base/NearestName.h"
 #include "base/YamlTree.h"
-#include "registry/KeyRules.h"
+#include "registry/RegistryKeys.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 
 namespace host {
 
 namespace {
 
-using Kind = YamlNode::Kind;
-
-constexpr std::array rootRules = {
-    KeyRule{"Commands", Kind::map, KeyRule::optional},
-    KeyRule{"Log", Kind::map, KeyRule::optional},
-    KeyRule{"DataPool", Kind::map, KeyRule::mandatory},
-    KeyRule{"Pipelines", Kind::map, KeyRule::mandatory},
+// Where an input file is named, to find files that are named twice.
+struct InputUse {
+    std::string list; // the path of its key
+    FilePosition position;
 };
-constexpr std::array commandsRules = {
-    KeyRule{"Directory", Kind::text, KeyRule::mandatory},
-};
-constexpr std::array logRules = {
-    KeyRule{"Process", Kind::text, KeyRule::mandatory},
-};
-constexpr std::array moduleRules = {
-    KeyRule{"ModuleName", Kind::text, KeyRule::mandatory},
-    KeyRule{"Library", Kind::text, KeyRule::optional},
-    KeyRule{"Module", Kind::map, KeyRule::optional},
-};
-constexpr std::array pipelineRules = {
-    KeyRule{"EdrDescription", Kind::text, KeyRule::mandatory},
-    KeyRule{"BatchSize", Kind::text, KeyRule::optional},
-    KeyRule{"Input", Kind::map, KeyRule::mandatory},
-    KeyRule{"Log", Kind::text, KeyRule::optional},
-    KeyRule{"Functions", Kind::map, KeyRule::mandatory},
-};
-constexpr std::array inputRules = {
-    KeyRule{"Files", Kind::sequence, KeyRule::optional},
-    KeyRule{"Directory", Kind::text, KeyRule::optional},
-    KeyRule{"MaxLineLength", Kind::text, KeyRule::optional},
-};
-
-constexpr std::size_t maxBatchSize = 100'000;
-constexpr std::size_t maxMaxLineLength = std::size_t{1} << 30;
 
 bool isWordCharacter(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-// Where an input file is named, to find files that are named twice.
-struct InputUse {
-    std::string pipeline;
-    FilePosition position;
-};
+// An empty value is a mapping without keys, too.
+bool isMap(YamlNode const& node) {
+    return node.kind == YamlNode::Kind::map ||
+           (node.kind == YamlNode::Kind::text && node.text.empty());
+}
 
 bool hasRoot(YamlNode const& document) {
     return isMap(document) && document.members.size() == 1;
 }
 
+void setName(ModuleConfiguration& module, std::string const& /*key*/, std::string const& path) {
+    module.registeredName = path + ".Module";
+}
+
+void setName(PipelineConfiguration& pipeline, std::string const& key, std::string const& path) {
+    pipeline.name = key;
+    pipeline.registeredName = path;
+}
+
+bool isUsable(ModuleConfiguration const& module) {
+    return !module.moduleName.empty();
+}
+
+bool isUsable(PipelineConfiguration const& pipeline) {
+    return !pipeline.edrDescription.empty();
+}
+
+// Walks the file along the tables of its keys. The rules between keys, such as that no two inputs
+// are the same file, stand here.
 class RegistryReader {
 public:
     RegistryReader(std::filesystem::path const& file, Problems& problems) : problemsM(problems) {
@@ -74,27 +66,110 @@ public:
             return {};
         }
         auto const& root = document.members.front();
-        rootNameM = root.key;
         checkName(root);
-        checkKeys(root, rootRules, problemsM);
-        readCommands(root.value);
-        readLog(root.value);
-        readDataPool(root.value);
-        readPipelines(root.value);
+        readMap<HostConfiguration>(root, root.key, rootKeys, configurationM);
         nameRejectFiles();
         return std::move(configurationM);
     }
 
 private:
+    // Checks a mapping and fills the object; the path is the mapping's keys from the root, joined
+    // with dots.
+    template <class Object>
+    void readMap(YamlMember const& map, std::string const& path, KeyTable<Object> keys,
+                 Object& object) {
+        if (!hasShape(map, YamlNode::Kind::map)) {
+            return;
+        }
+        for (auto const& member : map.value.members) {
+            auto const* const key = std::find_if(keys.begin(), keys.end(), [&](auto const& each) {
+                return each.name == member.key;
+            });
+            if (key == keys.end()) {
+                addUnknownKey(member, keys);
+                continue;
+            }
+            std::visit(
+                [&](auto const& kind) {
+                    if (hasShape(member, kind.shape)) {
+                        readValue(kind, member, path + "." + member.key, object);
+                    }
+                },
+                key->kind);
+        }
+        checkMandatory(map, keys);
+        checkAlternatives(map, keys);
+    }
+
+    // A text that is empty has no value.
+    bool hasShape(YamlMember const& member, YamlNode::Kind shape) {
+        auto const& value = member.value;
+        if (shape == YamlNode::Kind::map ? !isMap(value) : value.kind != shape) {
+            problemsM.add(member.position,
+                          fmt::format("'{}' must be {}, not {}", member.key, yamlKindName(shape),
+                                      yamlKindName(value.kind)));
+            return false;
+        }
+        if (shape == YamlNode::Kind::text && value.text.empty()) {
+            problemsM.add(member.position, fmt::format("'{}' needs a value", member.key));
+            return false;
+        }
+        return true;
+    }
+
+    template <class Object>
+    void addUnknownKey(YamlMember const& member, KeyTable<Object> keys) {
+        std::vector<std::string_view> known;
+        for (auto const& key : keys) {
+            known.push_back(key.name);
+        }
+        problemsM.add(member.position, fmt::format("unknown key '{}'{}", member.key,
+                                                   nearestNameHint(member.key, known)));
+    }
+
+    template <class Object>
+    void checkMandatory(YamlMember const& map, KeyTable<Object> keys) {
+        for (auto const& key : keys) {
+            if (key.presence == Presence::mandatory && map.value.find(key.name) == nullptr) {
+                problemsM.add(map.position,
+                              fmt::format("'{}' lacks the key '{}'", map.key, key.name));
+            }
+        }
+    }
+
+    template <class Object>
+    void checkAlternatives(YamlMember const& map, KeyTable<Object> keys) {
+        std::vector<std::string> alternatives;
+        YamlMember const* taken = nullptr;
+        for (auto const& key : keys) {
+            if (key.presence != Presence::alternative) {
+                continue;
+            }
+            alternatives.push_back(fmt::format("'{}'", key.name));
+            auto const* const member = map.value.find(key.name);
+            if (member != nullptr && taken != nullptr) {
+                problemsM.add(member->position,
+                              fmt::format("'{}' has both '{}' and '{}', expected one of them",
+                                          map.key, taken->key, key.name));
+            }
+            taken = taken == nullptr ? member : taken;
+        }
+        if (!alternatives.empty() && taken == nullptr) {
+            problemsM.add(map.position, fmt::format("'{}' lacks the key {}", map.key,
+                                                    fmt::join(alternatives, " or ")));
+        }
+    }
+
     // Names of registered objects are joined with dots and stand between blanks in commands.
     void checkName(YamlMember const& member) {
         bool const isName = !member.key.empty() &&
                             std::all_of(member.key.begin(), member.key.end(),
                                         [](char c) { return isWordCharacter(c) || c == '-'; });
         if (!isName) {
-            problemsM.add(member.position, "'" + member.key +
-                                               "' can't be a name: expected letters, digits, '_' "
-                                               "and '-', no dots");
+            problemsM.add(member.position,
+                          fmt::format("'{}' can't be a name: expected letters, digits, '_' and "
+                                      "'-', no dots",
+                                      member.key));
         }
     }
 
@@ -102,124 +177,120 @@ private:
         return (configurationM.directory / path).lexically_normal();
     }
 
-    void readCommands(YamlNode const& root) {
-        auto const* const commands = root.find("Commands");
-        if (commands == nullptr) {
-            return;
+    template <class Object>
+    void readValue(ModuleNameKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        auto const& value = member.value;
+        if (!std::all_of(value.text.begin(), value.text.end(), isWordCharacter)) {
+            problemsM.add(value.position,
+                          fmt::format("'{}' can't be a module name: expected letters, digits and "
+                                      "'_'",
+                                      value.text));
         }
-        checkKeys(*commands, commandsRules, problemsM);
-        if (auto const* const directory = valueOf(commands->value, "Directory", Kind::text)) {
-            configurationM.commandDirectory = useDirectory(*directory);
-        }
+        object.*kind.member = value.text;
     }
 
-    // A directory into which others put files serves one purpose only.
-    std::filesystem::path useDirectory(YamlNode const& node) {
-        auto path = (resolve(node.text) / "").parent_path();
-        auto const [use, isNew] = directoryUsesM.emplace(path, node.position);
+    template <class Object, class Path>
+    void readValue(PathKey<Object, Path> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        object.*kind.member = resolve(member.value.text);
+    }
+
+    template <class Object>
+    void readValue(DropDirectoryKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        auto const& value = member.value;
+        auto const path = (resolve(value.text) / "").parent_path();
+        auto const [use, isNew] = directoryUsesM.emplace(path, value.position);
         if (!isNew) {
-            problemsM.add(node.position, "the directory '" + node.text +
-                                             "' is named twice, first on line " +
-                                             std::to_string(use->second.line));
+            problemsM.add(value.position,
+                          fmt::format("the directory '{}' is named twice, first on line {}",
+                                      value.text, use->second.line));
         }
-        return path;
+        object.*kind.member = path;
     }
 
-    void readLog(YamlNode const& root) {
-        auto const* const log = root.find("Log");
-        if (log == nullptr || !isMap(log->value)) {
+    template <class Object>
+    void readValue(NumberKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        auto const& value = member.value;
+        long given = 0;
+        if (!BAS::String(value.text).toNum(given) || given < kind.least || given > kind.most) {
+            problemsM.add(value.position,
+                          fmt::format("'{}' must be a whole number from {} to {}, not '{}'",
+                                      member.key, kind.least, kind.most, value.text));
             return;
         }
-        checkKeys(*log, logRules, problemsM);
-        if (auto const* const process = valueOf(log->value, "Process", Kind::text)) {
-            configurationM.processLog = resolve(process->text);
+        object.*kind.member = static_cast<std::size_t>(given);
+    }
+
+    template <class Object>
+    void readValue(InputFilesKey<Object> const& kind, YamlMember const& member,
+                   std::string const& path, Object& object) {
+        if (member.value.items.empty()) {
+            problemsM.add(member.position, fmt::format("'{}' names no file", member.key));
+        }
+        for (auto const& item : member.value.items) {
+            if (item.kind != YamlNode::Kind::text || item.text.empty()) {
+                problemsM.add(item.position, "an input file must be a path or '-'");
+                continue;
+            }
+            (object.*kind.member).push_back({useInputFile(item, path), {}});
         }
     }
 
-    void readDataPool(YamlNode const& root) {
-        if (auto const* const dataPool = valueOf(root, "DataPool", Kind::map)) {
-            configurationM.dataPool = readModules(*dataPool, rootNameM + ".DataPool");
-        }
+    template <class Object>
+    void readValue(OwnKeys const& /*kind*/, YamlMember const& member, std::string const& /*path*/,
+                   Object const& /*object*/) {
+        checkOwnKeys(member.value);
     }
 
-    void readPipelines(YamlNode const& root) {
-        auto const* const pipelines = root.find("Pipelines");
-        if (pipelines == nullptr || !isMap(pipelines->value)) {
-            return;
+    template <class Object>
+    void readValue(MapKey<Object> const& kind, YamlMember const& member, std::string const& path,
+                   Object& object) {
+        readMap(member, path, kind.keys, object);
+    }
+
+    template <class Object, class Entry>
+    void readValue(EntriesKey<Object, Entry> const& kind, YamlMember const& member,
+                   std::string const& path, Object& object) {
+        if (member.value.members.empty() && !kind.needed.empty()) {
+            problemsM.add(member.position,
+                          fmt::format("'{}' names no {}", member.key, kind.needed));
         }
-        if (pipelines->value.members.empty()) {
-            problemsM.add(pipelines->position, "'Pipelines' names no pipeline");
-        }
-        for (auto const& member : pipelines->value.members) {
-            auto pipeline = readPipeline(member);
-            if (!pipeline.edrDescription.empty()) {
-                configurationM.pipelines.push_back(std::move(pipeline));
+        for (auto const& each : member.value.members) {
+            checkName(each);
+            auto const entryPath = path + "." + each.key;
+            Entry entry;
+            setName(entry, each.key, entryPath);
+            readMap(each, entryPath, kind.keys, entry);
+            if (isUsable(entry)) {
+                (object.*kind.member).push_back(std::move(entry));
             }
         }
     }
 
-    PipelineConfiguration readPipeline(YamlMember const& member) {
-        checkName(member);
-        checkKeys(member, pipelineRules, problemsM);
-        PipelineConfiguration pipeline;
-        pipeline.name = member.key;
-        pipeline.registeredName = rootNameM + ".Pipelines." + member.key;
-        if (auto const* const description = valueOf(member.value, "EdrDescription", Kind::text)) {
-            pipeline.edrDescription = resolve(description->text);
-        }
-        if (auto const* const log = valueOf(member.value, "Log", Kind::text)) {
-            pipeline.log = resolve(log->text);
-        }
-        readNumber(member.value, "BatchSize", maxBatchSize, pipeline.batchSize);
-        if (auto const* const input = member.value.find("Input")) {
-            readInput(*input, pipeline);
-        }
-        if (auto const* const functions = valueOf(member.value, "Functions", Kind::map)) {
-            pipeline.functions = readModules(*functions, pipeline.registeredName + ".Functions");
-        }
-        return pipeline;
-    }
-
-    void readInput(YamlMember const& input, PipelineConfiguration& pipeline) {
-        if (!isMap(input.value)) {
-            return;
-        }
-        checkKeys(input, inputRules, problemsM);
-        readNumber(input.value, "MaxLineLength", maxMaxLineLength, pipeline.maxLineLength);
-        auto const* const files = input.value.find("Files");
-        if (auto const* const directory = input.value.find("Directory")) {
-            if (files != nullptr) {
-                problemsM.add(directory->position,
-                              "'Input' has both 'Files' and 'Directory', expected one of them");
-            } else if (directory->value.kind == Kind::text) {
-                pipeline.inputDirectory = useDirectory(directory->value);
+    void checkOwnKeys(YamlNode const& node) {
+        for (auto const& member : node.members) {
+            if (member.value.kind == YamlNode::Kind::sequence) {
+                problemsM.add(
+                    member.position,
+                    fmt::format("'{}' must be a text or a mapping, not a sequence", member.key));
             }
-        } else if (files == nullptr) {
-            problemsM.add(input.position, "'Input' lacks the key 'Files' or 'Directory'");
-        } else if (files->value.kind == Kind::sequence && files->value.items.empty()) {
-            problemsM.add(files->position, "'Files' names no file");
-        }
-        if (files == nullptr) {
-            return;
-        }
-        for (auto const& item : files->value.items) {
-            readInputFile(item, pipeline);
+            checkOwnKeys(member.value);
         }
     }
 
-    void readInputFile(YamlNode const& item, PipelineConfiguration& pipeline) {
-        if (item.kind != Kind::text || item.text.empty()) {
-            problemsM.add(item.position, "an input file must be a path or '-'");
-            return;
-        }
-        auto const file = item.text == "-" ? std::filesystem::path("-") : resolve(item.text);
+    std::filesystem::path useInputFile(YamlNode const& item, std::string const& list) {
+        auto file = item.text == "-" ? std::filesystem::path("-") : resolve(item.text);
         auto& uses = inputUsesM[file];
-        if (!uses.empty() && (file == "-" || uses.back().pipeline == pipeline.name)) {
-            problemsM.add(item.position, "the input '" + item.text + "' is named twice, first on " +
-                                             "line " + std::to_string(uses.back().position.line));
+        if (!uses.empty() && (file == "-" || uses.back().list == list)) {
+            problemsM.add(item.position,
+                          fmt::format("the input '{}' is named twice, first on line {}", item.text,
+                                      uses.back().position.line));
         }
-        uses.push_back({pipeline.name, item.position});
-        pipeline.inputs.push_back({file, {}});
+        uses.push_back({list, item.position});
+        return file;
     }
 
     // A file that several pipelines read has a reject file for each of them.
@@ -242,71 +313,8 @@ private:
         }
     }
 
-    std::vector<ModuleConfiguration> readModules(YamlNode const& modules,
-                                                 std::string const& parentName) {
-        std::vector<ModuleConfiguration> configurations;
-        for (auto const& member : modules.members) {
-            auto module = readModule(member, parentName);
-            if (!module.moduleName.empty()) {
-                configurations.push_back(std::move(module));
-            }
-        }
-        return configurations;
-    }
-
-    ModuleConfiguration readModule(YamlMember const& member, std::string const& parentName) {
-        checkName(member);
-        checkKeys(member, moduleRules, problemsM);
-        ModuleConfiguration module;
-        module.registeredName = parentName + "." + member.key + ".Module";
-        if (auto const* const name = valueOf(member.value, "ModuleName", Kind::text)) {
-            module.moduleName = name->text;
-            if (!std::all_of(name->text.begin(), name->text.end(), isWordCharacter)) {
-                problemsM.add(name->position, "'" + name->text +
-                                                  "' can't be a module name: expected letters, "
-                                                  "digits and '_'");
-            }
-        }
-        if (auto const* const library = valueOf(member.value, "Library", Kind::text)) {
-            module.library = resolve(library->text);
-        }
-        if (auto const* const own = valueOf(member.value, "Module", Kind::map)) {
-            checkModuleTree(*own);
-        }
-        return module;
-    }
-
-    // The keys are the module's own; only the shapes are the registry's.
-    void checkModuleTree(YamlNode const& node) {
-        for (auto const& member : node.members) {
-            if (member.value.kind == Kind::sequence) {
-                problemsM.add(member.position,
-                              "'" + member.key + "' must be a text or a mapping, not a sequence");
-            }
-            checkModuleTree(member.value);
-        }
-    }
-
-    void readNumber(YamlNode const& map, std::string_view key, std::size_t most,
-                    std::size_t& number) {
-        auto const* const value = valueOf(map, key, Kind::text);
-        if (value == nullptr || value->text.empty()) {
-            return;
-        }
-        long given = 0;
-        if (!BAS::String(value->text).toNum(given) || given < 1 ||
-            static_cast<std::size_t>(given) > most) {
-            problemsM.add(value->position, "'" + std::string(key) + "' must be a whole number " +
-                                               "from 1 to " + std::to_string(most) + ", not '" +
-                                               value->text + "'");
-            return;
-        }
-        number = static_cast<std::size_t>(given);
-    }
-
     Problems& problemsM;
     HostConfiguration configurationM;
-    std::string rootNameM;
     std::map<std::filesystem::path, std::vector<InputUse>> inputUsesM;
     std::map<std::filesystem::path, FilePosition> directoryUsesM;
 };

@@ -1,0 +1,156 @@
+// The keys that the host takes in its registry, as constant tables: a row binds a key's name,
+// whether it must be there, and the kind of its value with the member that the value fills. A key
+// without a value leaves the member as the configuration initializes it.
+#pragma once
+
+#include "base/YamlTree.h"
+#include "registry/Registry.h"
+
+#include <cstddef>
+#include <string_view>
+#include <variant>
+
+namespace host {
+
+template <class Object>
+struct Key;
+
+// The keys of one mapping, which fill an object.
+template <class Object>
+class KeyTable {
+public:
+    template <std::size_t size>
+    constexpr KeyTable(Key<Object> const (&keys)[size]) : firstM(keys), sizeM(size) {}
+
+    constexpr Key<Object> const* begin() const { return firstM; }
+    constexpr Key<Object> const* end() const { return firstM + sizeM; }
+
+private:
+    Key<Object> const* firstM;
+    std::size_t sizeM;
+};
+
+// The name of a module: letters, digits and '_'.
+template <class Object>
+struct ModuleNameKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::string Object::*member;
+};
+
+// A path, relative to the registry's directory.
+template <class Object, class Path>
+struct PathKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    Path Object::*member;
+};
+template <class Object, class Path>
+PathKey(Path Object::*) -> PathKey<Object, Path>;
+
+// The path of a directory into which others put files, which serves one purpose only.
+template <class Object>
+struct DropDirectoryKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::optional<std::filesystem::path> Object::*member;
+};
+template <class Object>
+DropDirectoryKey(std::optional<std::filesystem::path> Object::*) -> DropDirectoryKey<Object>;
+
+template <class Object>
+struct NumberKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::size_t Object::*member;
+    long least;
+    long most;
+};
+template <class Object>
+NumberKey(std::size_t Object::*, long, long) -> NumberKey<Object>;
+
+// A list of at least one input file, each a path or "-".
+template <class Object>
+struct InputFilesKey {
+    static constexpr auto shape = YamlNode::Kind::sequence;
+    std::vector<InputConfiguration> Object::*member;
+};
+
+// A mapping whose keys fill the same object.
+template <class Object>
+struct MapKey {
+    static constexpr auto shape = YamlNode::Kind::map;
+    KeyTable<Object> keys;
+};
+template <class Object, std::size_t size>
+MapKey(Key<Object> const (&)[size]) -> MapKey<Object>;
+
+// A mapping of names to mappings, each of which fills an entry.
+template <class Object, class Entry>
+struct EntriesKey {
+    static constexpr auto shape = YamlNode::Kind::map;
+    std::vector<Entry> Object::*member;
+    KeyTable<Entry> keys;
+    std::string_view needed; // at least one such entry; empty: there may be none
+};
+template <class Object, class Entry, std::size_t size>
+EntriesKey(std::vector<Entry> Object::*, Key<Entry> const (&)[size], std::string_view)
+    -> EntriesKey<Object, Entry>;
+
+// A mapping whose keys are a module's own; only the shapes below it are the registry's.
+struct OwnKeys {
+    static constexpr auto shape = YamlNode::Kind::map;
+};
+
+// With alternatives in a mapping, exactly one of them must be there.
+enum class Presence { optional, mandatory, alternative };
+
+template <class Object>
+struct Key {
+    std::string_view name;
+    Presence presence;
+    std::variant<ModuleNameKey<Object>, PathKey<Object, std::filesystem::path>,
+                 PathKey<Object, std::optional<std::filesystem::path>>, DropDirectoryKey<Object>,
+                 NumberKey<Object>, InputFilesKey<Object>, MapKey<Object>,
+                 EntriesKey<Object, ModuleConfiguration>, EntriesKey<Object, PipelineConfiguration>,
+                 OwnKeys>
+        kind;
+};
+
+inline constexpr Key<ModuleConfiguration> moduleKeys[] = {
+    {"ModuleName", Presence::mandatory,
+     ModuleNameKey<ModuleConfiguration>{&ModuleConfiguration::moduleName}},
+    {"Library", Presence::optional, PathKey{&ModuleConfiguration::library}},
+    {"Module", Presence::optional, OwnKeys{}},
+};
+
+inline constexpr Key<PipelineConfiguration> inputKeys[] = {
+    {"Files", Presence::alternative,
+     InputFilesKey<PipelineConfiguration>{&PipelineConfiguration::inputs}},
+    {"Directory", Presence::alternative, DropDirectoryKey{&PipelineConfiguration::inputDirectory}},
+    {"MaxLineLength", Presence::optional,
+     NumberKey{&PipelineConfiguration::maxLineLength, 1, 1 << 30}},
+};
+
+inline constexpr Key<PipelineConfiguration> pipelineKeys[] = {
+    {"EdrDescription", Presence::mandatory, PathKey{&PipelineConfiguration::edrDescription}},
+    {"Input", Presence::mandatory, MapKey{inputKeys}},
+    {"BatchSize", Presence::optional, NumberKey{&PipelineConfiguration::batchSize, 1, 100'000}},
+    {"Log", Presence::optional, PathKey{&PipelineConfiguration::log}},
+    {"Functions", Presence::mandatory,
+     EntriesKey{&PipelineConfiguration::functions, moduleKeys, ""}},
+};
+
+inline constexpr Key<HostConfiguration> commandsKeys[] = {
+    {"Directory", Presence::mandatory, DropDirectoryKey{&HostConfiguration::commandDirectory}},
+};
+
+inline constexpr Key<HostConfiguration> logKeys[] = {
+    {"Process", Presence::mandatory, PathKey{&HostConfiguration::processLog}},
+};
+
+inline constexpr Key<HostConfiguration> rootKeys[] = {
+    {"Commands", Presence::optional, MapKey{commandsKeys}},
+    {"Log", Presence::optional, MapKey{logKeys}},
+    {"DataPool", Presence::mandatory, EntriesKey{&HostConfiguration::dataPool, moduleKeys, ""}},
+    {"Pipelines", Presence::mandatory,
+     EntriesKey{&HostConfiguration::pipelines, pipelineKeys, "pipeline"}},
+};
+
+} // namespace host
