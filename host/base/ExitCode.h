@@ -1,19 +1,42 @@
 // How the program ends, as its caller sees it.
 #pragma once
 
+#include <array>
+#include <string_view>
+
 namespace host {
 
 enum ExitCode : int {
     done = 0,
-    // Everything ran, but input was rejected, a command was not handled or a plug-in threw.
     doneWithFaults = 1,
     usageWrong = 2,
     startFailed = 3,
     inputOrOutputFailed = 4,
-    // No host answered a command in time.
     noAnswer = 75,
-    // A second signal, or a signal to a program that waits for an answer.
     interrupted = 130,
+};
+
+struct ExitCodeMeaning {
+    ExitCode code;
+    std::string_view meaning; // in lines
+};
+
+// As --help prints them.
+inline constexpr std::array exitCodeMeanings = {
+    ExitCodeMeaning{done, "done"},
+    ExitCodeMeaning{doneWithFaults,
+                    "done, but input was rejected, a command was not handled, or a plug-in threw;\n"
+                    "for a run that a signal ended only the commands of --at-end count"},
+    ExitCodeMeaning{usageWrong, "the command line is wrong"},
+    ExitCodeMeaning{startFailed,
+                    "the start failed, or a check found a problem; every problem is on\n"
+                    "standard error"},
+    ExitCodeMeaning{inputOrOutputFailed,
+                    "an input of Files, a reject file, a result, a state, a log, a generated file\n"
+                    "or standard output failed"},
+    ExitCodeMeaning{noAnswer, "no host answered the command of send in time"},
+    ExitCodeMeaning{interrupted, "a second signal ended the run at once, or a signal ended the\n"
+                                 "waiting of send"},
 };
 
 } // namespace host

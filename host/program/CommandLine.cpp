@@ -18,16 +18,6 @@ namespace {
 
 constexpr char const* description =
     "Runs the function plug-ins of an event rating pipeline without the production host.";
-constexpr char const* exitCodes =
-    "Exit codes:\n"
-    "  0    done\n"
-    "  1    done, but input was rejected, a command was not handled or a plug-in threw\n"
-    "  2    the command line is wrong\n"
-    "  3    the start failed\n"
-    "  4    an input or output failed\n"
-    "  75   no host answered in time\n"
-    "  130  ended by a second signal\n\n"
-    "pipeline-host COMMAND --help tells its options and shows examples.\n";
 constexpr char const* runExamples =
     "Inputs are those of the registry. With an input directory the host runs until SIGTERM\n"
     "or SIGINT. Results go to standard output, everything else to the log.\n\nExamples:\n"
@@ -71,6 +61,21 @@ struct Texts {
     std::vector<std::string> keys;
     double timeout = 0;
 };
+
+std::string exitCodesText() {
+    std::string text = "Exit codes:\n";
+    for (auto const& [code, meaning] : exitCodeMeanings) {
+        text += fmt::format("  {:<5}", static_cast<int>(code));
+        for (char const c : meaning) {
+            text += c;
+            if (c == '\n') {
+                text += "       ";
+            }
+        }
+        text += '\n';
+    }
+    return text + "\npipeline-host COMMAND --help tells its options and shows examples.\n";
+}
 
 template <class... Argument>
 Command parsed(std::string const& place, Argument const&... argument) {
@@ -116,11 +121,11 @@ void addRun(CLI::App& app, Texts& texts, CommandLine& commandLine) {
     run.add_flag("--json", commandLine.isJson,
                  "Results of commands and the summary as one line of JSON")
         ->excludes("--quiet");
-    run.add_option("--log-level", texts.logLevel,
-                   "Log only what is at least that severe: debug, info, notice, warning, error, "
-                   "critical")
+    run.add_option(
+           "--log-level", texts.logLevel,
+           fmt::format("Log only what is at least that severe: {}", fmt::join(levelNames(), ", ")))
         ->type_name("LEVEL")
-        ->default_str("info");
+        ->default_str(levelName(commandLine.leastSeverity));
 }
 
 void addCheck(CLI::App& app, Texts& texts) {
@@ -229,7 +234,7 @@ std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const
     CommandLine commandLine;
     Texts texts;
     CLI::App app(description, "pipeline-host");
-    app.footer(exitCodes);
+    app.footer(exitCodesText());
     app.require_subcommand(1);
     app.set_version_flag("--version", "pipeline-host " PIPELINE_HOST_VERSION);
     addRun(app, texts, commandLine);
