@@ -1,5 +1,5 @@
-// Rouses a thread that waits, again and again: rung by any thread or by a signal handler, and
-// waited for together with files and directories. What happens only once is a Notification.
+// Wakes a waiting thread, repeatedly: rung by any thread or by a signal handler, and waited for
+// together with files and directories. An event that happens only once is a Notification.
 #pragma once
 
 #include "base/FileDescriptor.h"
@@ -8,7 +8,7 @@ namespace host {
 
 class Bell {
 public:
-    // Throws a BAS::Status when the system has no descriptor left.
+    // Throws a BAS::Status when no descriptor is left.
     Bell();
     Bell(Bell const&) = delete;
     Bell& operator=(Bell const&) = delete;

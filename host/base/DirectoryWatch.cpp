@@ -25,7 +25,7 @@ DirectoryWatch::DirectoryWatch(std::filesystem::path const& directory)
 }
 
 bool DirectoryWatch::takeChanges() {
-    std::array<char, 4096> changes; // what they say doesn't matter, the directory is listed
+    std::array<char, 4096> changes; // ignored: the directory is listed
     bool isChanged = false;
     while (::read(descriptorM.number(), changes.data(), changes.size()) > 0) {
         isChanged = true;

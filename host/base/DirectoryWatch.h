@@ -14,8 +14,7 @@ public:
 
     // Readable when something came or changed since the last takeChanges.
     int descriptor() const noexcept { return descriptorM.number(); }
-    // Whether something came or changed since the last call. Files that are listed after a call are
-    // not missed by the next.
+    // Whether something came or changed since the last call. List the directory after the call.
     bool takeChanges();
 
 private:

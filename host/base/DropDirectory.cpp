@@ -55,7 +55,7 @@ std::vector<std::string> DropDirectory::completeFiles(std::string_view suffix) c
     std::filesystem::directory_iterator entries(pathM, error);
     for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
         auto name = entries->path().filename().string();
-        std::error_code gone; // a file that vanishes is none
+        std::error_code gone; // files may vanish
         if (name.ends_with(suffix) && isCompleteName(name) && entries->is_regular_file(gone)) {
             names.push_back(std::move(name));
         }

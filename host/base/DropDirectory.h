@@ -1,7 +1,6 @@
-// A directory into which others put files for this process, which has it for itself as long as the
-// object lives. A file is complete when it is renamed to a name that doesn't begin with '.' and
-// doesn't end in ".tmp" or ".part"; files of such names and everything that isn't a regular file
-// are left alone.
+// A directory into which others put files for this process, which locks it for the lifetime of the
+// object. A file is complete when its name doesn't begin with '.' and doesn't end in ".tmp" or
+// ".part", so writers rename it when it is done. Only regular files count.
 #pragma once
 
 #include "base/DirectoryWatch.h"

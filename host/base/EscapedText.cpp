@@ -22,7 +22,7 @@ bool isControl(unsigned char byte) {
     return byte < 0x20 || byte == 0x7f;
 }
 
-// Puts escapeOf(byte) in place of a byte that can't be shown; an empty one leaves the byte.
+// Replaces bytes by escapeOf(byte), unless that is empty.
 template <class EscapeOf>
 std::string escaped(std::string_view text, EscapeOf escapeOf) {
     bool const isUtf8 = simdjson::validate_utf8(text.data(), text.size());

@@ -7,11 +7,11 @@
 namespace host {
 
 // For one line of a log or a terminal: control characters escaped (\n, \r, \t, \x1b ...) and
-// backslashes doubled, so that a text can neither begin a line of its own nor steer a terminal. Of
-// a text that isn't UTF-8, all bytes beyond ASCII are escaped.
+// backslashes doubled, so that a text can neither begin a new line nor control a terminal. In a
+// text that isn't valid UTF-8, all bytes beyond ASCII are escaped.
 std::string printable(std::string_view text);
 
-// In double quotes, as JSON and YAML both read it. Of a text that isn't UTF-8, all bytes beyond
+// In double quotes, valid in JSON and YAML. In a text that isn't valid UTF-8, all bytes beyond
 // ASCII become U+FFFD.
 std::string quotedText(std::string_view text);
 

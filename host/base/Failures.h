@@ -1,4 +1,4 @@
-// What failed, as statuses and texts: of the operating system, of plug-ins, and of a whole start.
+// Statuses and texts for failures of the operating system, of plug-ins, and of a whole start.
 #pragma once
 
 #include "base/MessageCatalogue.h"
@@ -9,8 +9,7 @@
 
 namespace host {
 
-// Thrown when the host can't start: everything that is wrong, in the order in which it is to be
-// read. Never empty.
+// Thrown when the host can't start: all problems, in order. Never empty.
 struct StartFailure {
     std::vector<BAS::Status> problems;
 };
@@ -21,8 +20,7 @@ BAS::Status fileStatus(MessageName name, std::filesystem::path const& file, int 
 // For an operation that has no file.
 BAS::Status systemStatus(char const* operation, int error);
 
-// The text of the exception that is being handled: a std::exception's, a BAS::Status's, or "an
-// exception of an unknown type". Only within a catch block.
+// The text of the exception that is being handled. Only within a catch block.
 std::string currentExceptionText();
 
 } // namespace host

@@ -1,5 +1,5 @@
-// A mutual exclusion that is granted in the order of asking. Two threads that ask again and again
-// take turns, which std::mutex doesn't promise. For std::lock_guard and std::unique_lock.
+// A mutex that is locked in the order of the calls, so that two threads take turns, which
+// std::mutex doesn't guarantee. For std::lock_guard and std::unique_lock.
 #pragma once
 
 #include <condition_variable>

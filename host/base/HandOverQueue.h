@@ -1,4 +1,4 @@
-// Values on their way from one thread to another, in order.
+// A queue of values from one thread to another.
 #pragma once
 
 #include <condition_variable>
@@ -12,7 +12,7 @@ namespace host {
 template <class T>
 class HandOverQueue {
 public:
-    // There are never more values on their way at once.
+    // The caller never has more values in the queue.
     explicit HandOverQueue(std::size_t most) { valuesM.reserve(most); }
 
     void put(T value) {
@@ -35,7 +35,7 @@ public:
         return value;
     }
 
-    // Ends all waiting, and drops what is on its way.
+    // Ends all waiting, and drops the values.
     void close() {
         {
             std::lock_guard const guard(guardM);

@@ -22,8 +22,8 @@ namespace host {
 
 class LogFile : public BAS::LogSink {
 public:
-    // Writes to standard error what is at least that severe. On a terminal, a record takes the
-    // place of the progress line.
+    // Writes to standard error what is at least that severe. On a terminal, a record replaces the
+    // progress line.
     explicit LogFile(BAS::Status::Severity least);
     // Appends to the file. Throws a BAS::Status when it can't be opened.
     LogFile(std::filesystem::path const& file, BAS::Status::Severity least);

@@ -1,5 +1,5 @@
-// The text of every message, those of the plug-ins and data modules and the host's own. In a text,
-// %1 to %9 stand for the status's arguments.
+// The texts of all messages of the plug-ins, the data modules and the host. In a text, %1 to %9
+// stand for the status's arguments.
 #pragma once
 
 #include "BAS/Status.h"
@@ -22,7 +22,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_REG_SUBTREE_NOT_FOUND", "The registry has no subtree '%1'."},
     {"ERR_REG_ENTRY_NOT_FOUND", "The mandatory registry key '%1' is missing."},
     {"ERR_PLUGIN_TYPE_INVALID",
-     "The module '%1' doesn't exist or is of another type than the registry key wants."},
+     "The module '%1' doesn't exist or is of another type than the registry key requires."},
     {"ERR_DATA_PLUGIN_NOT_FOUND", "There is no data module '%1'."},
     {"ERR_REG_UPDATE_FAILED", "The registry update of '%1' failed."},
     {"ERR_REG_VALUE_INVALID", "The registry value '%1' is invalid: %2"},
@@ -34,24 +34,24 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "The EDR description has no field '%1' (alias '%2', needed by %3 %4)."},
     {"ERR_EDR_BLOCK_NOT_FOUND",
      "The EDR description has no block '%1' (alias '%2', needed by %3 %4)."},
-    {"ERR_PIPELINE_NOT_FOUND", "'%1' belongs to no pipeline."},
+    {"ERR_PIPELINE_NOT_FOUND", "'%1' doesn't belong to a pipeline."},
     {"ERR_ROW_REJECTED", "The row %2 of table %1 is rejected: %3"},
     {"MSG_DATA_LOADED", "Loaded %1 rows, rejected %2, from '%3' in %4 s: %5; reading began at %6."},
     // Reload.
     {"ERR_DATA_NOT_READ", "The data can't be read: %1"},
     {"ERR_DATA_TABLE_EMPTY",
-     "Nothing is taken over, for these tables have no usable row any more: %1; Reload=force takes "
-     "them all the same."},
-    {"ERR_RELOAD_GIVEN_UP", "The reload is given up, for the host ends."},
-    {"MSG_POOL_RELOADED", "Taken over together: %1."},
-    {"ERR_POOL_NOT_RELOADED", "Nothing is taken over, because of '%1': %2"},
+     "Nothing is reloaded because these tables have no usable row any more: %1; Reload=force "
+     "reloads them anyway."},
+    {"ERR_RELOAD_GIVEN_UP", "The reload is abandoned because the host stops."},
+    {"MSG_POOL_RELOADED", "Reloaded together: %1."},
+    {"ERR_POOL_NOT_RELOADED", "Nothing is reloaded because of '%1': %2"},
     // Start.
     {"ERR_CONFIGURATION", "%1:%2:%3: %4"},
     {"ERR_FILE_NOT_READABLE", "'%1' can't be read: %2"},
     {"ERR_FILE_NOT_WRITABLE", "'%1' can't be written: %2"},
     {"ERR_LIBRARY_NOT_FOUND", "The library of the module '%1' wasn't found. Tried: %2"},
     {"ERR_LIBRARY_NOT_LOADED", "The library '%1' can't be loaded: %2"},
-    {"ERR_MODULE_ENTRY_NOT_FOUND", "The library '%1' lacks the entry '%2'."},
+    {"ERR_MODULE_ENTRY_NOT_FOUND", "The library '%1' has no entry '%2'."},
     {"ERR_MODULE_ENTRY_FAILED", "The entry '%2' of the library '%1' failed: %3"},
     {"ERR_DIRECTORY_NOT_USABLE", "The directory '%1' can't be used: %2"},
     {"ERR_DIRECTORY_NOT_PRIVATE",
@@ -62,7 +62,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_NO_COMMAND_DIRECTORY",
      "The registry '%1' has no command directory: expected 'Commands: {Directory: ...}'."},
     {"ERR_SYSTEM", "%1 failed: %2"},
-    {"ERR_PROGRAM_FAILED", "The program ends: %1"},
+    {"ERR_PROGRAM_FAILED", "The program failed: %1"},
     {"ERR_MODULE_KIND_WRONG", "The module '%1' is of the wrong kind: expected %2, got %3."},
     {"ERR_MODULE_NOT_USABLE", "The module '%1' isn't usable: %2"},
     {"MSG_MODULE_LEFT_OUT", "The module '%1' isn't loaded: it refers to '%2', which isn't usable."},
@@ -71,13 +71,12 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"MSG_STARTED", "Started; data modules: %1, pipelines: %2."},
     // Run.
     {"MSG_INPUT_STARTED", "Reading '%1'."},
-    {"MSG_INPUT_RESUMED", "Going on in '%1' behind byte %2."},
+    {"MSG_INPUT_RESUMED", "Resuming '%1' after byte %2."},
     {"MSG_INPUT_DONE", "'%1' is done and kept as '%2'."},
-    {"ERR_INPUT_CHANGED",
-     "'%1' isn't the file any more that was interrupted; it is read from its start."},
+    {"ERR_INPUT_CHANGED", "'%1' isn't the interrupted file any more; it is read from its start."},
     {"ERR_INPUT_VANISHED", "'%1' vanished while it was read; what was read of it is processed."},
     {"ERR_FILE_NOT_MOVED", "'%1' can't be moved to '%2': %3"},
-    {"MSG_STOPPING", "A signal asks for the end: the batches in progress are finished."},
+    {"MSG_STOPPING", "Stopping on a signal: the batches in progress are finished."},
     {"ERR_EDR_REJECTED", "%1:%2: %3; the line is kept in '%4'."},
     {"ERR_EDR_FIELD_UNKNOWN", "%1:%2: the EDR description has no field '%3'; it is ignored."},
     {"ERR_EDR_FIELDS_UNKNOWN",
@@ -87,9 +86,9 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"MSG_COMMAND_RESULT", "%1"},
     {"ERR_COMMAND_REJECTED", "%1"},
     {"ERR_COMMAND_FILE_NOT_OPENED", "The command '%1' names '%2', which wasn't written: %3"},
-    {"ERR_COMMAND_MALFORMED", "The command file '%1' can't be taken: %2"},
+    {"ERR_COMMAND_MALFORMED", "The command file '%1' is rejected: %2"},
     {"ERR_COMMAND_INTERRUPTED",
-     "The host ended while it carried out the command file '%1'; whether it was done isn't known."},
+     "The host ended while it executed the command file '%1'; its outcome is unknown."},
     {"ERR_COMMANDS_STOPPED", "No more commands are taken from '%1': %2"},
     {"MSG_PIPELINE_SUMMARY",
      "EDRs read: %1, details: %2, rejected: %3, failed inputs: %4, batches: %5, faults: %6, "
@@ -131,15 +130,15 @@ private:
     char const* nameM;
 };
 
-// A status of the host's own. The object is a registered name, or empty.
+// A status of the host. The object is a registered name, or empty.
 BAS::Status makeStatus(BAS::Status::Severity severity, BAS::String const& object, MessageName name,
                        std::initializer_list<std::string> arguments);
 
-// The status's text with its arguments put in. Arguments that the text has no place for are
-// appended; a message that isn't in the catalogue reads as its name and its arguments.
+// The status's text with its arguments. Arguments that the text doesn't use are appended; for a
+// message that isn't in the catalogue, the text is its name.
 std::string messageText(BAS::Status const& status);
 
-// Name and text on one line, as one message shows another object's status.
+// Name and text, for use in another message.
 std::string statusText(BAS::Status const& status);
 
 } // namespace host

@@ -13,8 +13,8 @@ bool sameLetter(char a, char b) {
            std::tolower(static_cast<unsigned char>(b));
 }
 
-// How many letters have to be inserted, dropped, changed or swapped with their neighbour to make
-// one name the other; case doesn't count.
+// How many letters must be inserted, dropped, changed or swapped with their neighbour to turn one
+// name into the other, ignoring case.
 std::size_t editDistance(std::string_view one, std::string_view other) {
     std::vector<std::size_t> beforeLast(other.size() + 1);
     std::vector<std::size_t> last(other.size() + 1);

@@ -1,4 +1,4 @@
-// Helps with mistyped names.
+// Suggestions for mistyped names.
 #pragma once
 
 #include <string>

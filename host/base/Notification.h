@@ -1,4 +1,4 @@
-// Something that happens once, such as the wish to end: set by any thread or by a signal handler,
+// An event that happens once, such as a request to stop: set by any thread or by a signal handler,
 // and waited for together with files and directories.
 #pragma once
 
@@ -10,7 +10,7 @@ namespace host {
 
 class Notification {
 public:
-    // Throws a BAS::Status when the system has no descriptor left.
+    // Throws a BAS::Status when no descriptor is left.
     Notification();
     Notification(Notification const&) = delete;
     Notification& operator=(Notification const&) = delete;

@@ -11,7 +11,7 @@ namespace host {
 
 namespace {
 
-// In milliseconds, rounded up so that nobody wakes before the deadline; -1 is for ever.
+// In milliseconds, rounded up so as not to wake before the deadline; -1 without one.
 int timeUntil(Deadline deadline) {
     if (!deadline) {
         return -1;

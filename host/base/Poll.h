@@ -1,4 +1,4 @@
-// Waiting for whatever comes first.
+// Waits for several files and a deadline at once.
 #pragma once
 
 #include <chrono>
@@ -9,8 +9,8 @@ namespace host {
 
 using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 
-// Waits until one of the descriptors can be read without waiting, also at its end; negative numbers
-// are passed over. Returns false when the deadline passes first; without one it never does.
+// Waits until one of the descriptors is readable or at its end; negative numbers are skipped.
+// Returns false when the deadline passes first.
 bool waitForAny(std::initializer_list<int> descriptors, Deadline deadline = std::nullopt);
 
 } // namespace host

@@ -1,4 +1,4 @@
-// Collects what is wrong with one configuration file, so that all of it is reported at once.
+// Collects the problems of one configuration file, so that all are reported at once.
 #pragma once
 
 #include "BAS/Status.h"

@@ -1,5 +1,5 @@
-// While it lives, SIGTERM and SIGINT ask the program to end instead of killing it. A second signal
-// ends the process at once, with exit code 130.
+// During its lifetime, SIGTERM and SIGINT ask the program to stop instead of killing it. A second
+// signal ends the process at once, with exit code 130.
 #pragma once
 
 #include "base/Notification.h"
@@ -10,12 +10,12 @@ namespace host {
 
 class StopSignals {
 public:
-    // The notification is set by the first signal and must outlive the object, of which there is
-    // one at a time.
+    // The notification is set by the first signal and must outlive the object. Only one object may
+    // exist at a time.
     explicit StopSignals(Notification& stop);
     StopSignals(StopSignals const&) = delete;
     StopSignals& operator=(StopSignals const&) = delete;
-    // Gives the signals back what they did before.
+    // Restores the former handlers.
     ~StopSignals();
 
 private:

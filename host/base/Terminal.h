@@ -1,4 +1,4 @@
-// Standard error as a terminal on which one line, the progress, is drawn again in its place.
+// Standard error as a terminal with one line, the progress, that is drawn again in place.
 #pragma once
 
 namespace host {

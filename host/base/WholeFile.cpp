@@ -33,7 +33,7 @@ void writeWholeFile(std::filesystem::path const& file, std::string_view text) {
     auto const temporary = file.parent_path() / ("." + file.filename().string() + ".tmp");
     FileDescriptor const descriptor(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    // Root sends commands to hosts of other users, whatever its mask.
+    // Root sends commands to hosts of other users, whatever its umask.
     if (!descriptor.isOpen() || ::fchmod(descriptor.number(), 0644) != 0 ||
         !writeAll(descriptor.number(), text) || ::rename(temporary.c_str(), file.c_str()) != 0) {
         auto const error = errno;

@@ -15,7 +15,7 @@ std::optional<std::string> writeObstacle(std::filesystem::path const& file) {
     }
     auto const directory = file.parent_path();
     if (!std::filesystem::is_directory(directory, error)) {
-        return "there is no directory '" + directory.string() + "'";
+        return "the directory '" + directory.string() + "' doesn't exist";
     }
     bool const isThere = std::filesystem::exists(file, error);
     if (::faccessat(AT_FDCWD, isThere ? file.c_str() : directory.c_str(), W_OK, AT_EACCESS) != 0) {

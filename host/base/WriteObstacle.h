@@ -1,4 +1,4 @@
-// Whether a file could be written, found out without making or opening it.
+// Checks whether a file could be written, without creating or opening it.
 #pragma once
 
 #include <filesystem>
@@ -7,8 +7,7 @@
 
 namespace host {
 
-// Why the file can't be opened for writing, as far as that can be seen; nothing when it seems that
-// it can.
+// Why the file can't be opened for writing; nothing when it probably can.
 std::optional<std::string> writeObstacle(std::filesystem::path const& file);
 
 } // namespace host

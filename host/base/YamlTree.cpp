@@ -30,8 +30,8 @@ std::size_t characterLength(std::string_view text) {
     return simdjson::validate_utf8(character.data(), character.size()) ? length : 0;
 }
 
-// The YAML parser makes a single byte each of the escapes \N and \_, U+0085 and U+00A0, in text
-// that is UTF-8 otherwise.
+// The YAML parser turns the escapes \N and \_, U+0085 and U+00A0, into single bytes that aren't
+// UTF-8.
 std::string withWholeCharacters(std::string const& value) {
     std::string text;
     for (std::string_view rest = value; !rest.empty();) {
@@ -144,7 +144,7 @@ private:
     YamlNode rootM;
 };
 
-// The YAML parser takes any bytes, guesses encodings and ends the file at one control character.
+// The YAML parser accepts any bytes, guesses encodings and stops at one of the control characters.
 void requireText(std::string_view text, Problems& problems) {
     FilePosition position;
     for (std::size_t length = 1; !text.empty(); text.remove_prefix(length)) {
@@ -155,7 +155,7 @@ void requireText(std::string_view text, Problems& problems) {
         if (length == 0 || isControl) {
             problems.add(position,
                          length == 0
-                             ? fmt::format("expected text in UTF-8, not the byte {:02X}", byte)
+                             ? fmt::format("not valid UTF-8: the byte {:02X}", byte)
                              : fmt::format("the control character U+{:04X} can't be used here, "
                                            "write it as \"\\x{:02x}\"",
                                            byte, byte));
@@ -205,7 +205,7 @@ YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems) {
         }
         return root;
     } catch (YAML::Exception const& error) {
-        problems.add(positionOf(error.mark), "no YAML: " + error.msg);
+        problems.add(positionOf(error.mark), "not valid YAML: " + error.msg);
         problems.throwIfAny();
         throw;
     }

@@ -1,5 +1,4 @@
-// A YAML file as a tree of texts that knows where each key stands. Every scalar is its text; one
-// that is empty or null is the empty text.
+// A YAML file as a tree of texts with their places. A null is the empty text.
 #pragma once
 
 #include "base/Problems.h"
@@ -32,13 +31,12 @@ struct YamlMember {
     YamlNode value;
 };
 
-// What a kind of node is called in messages.
+// The name of a kind of node in messages.
 std::string_view yamlKindName(YamlNode::Kind kind);
 
-// Reads a file of one document, which messages call as the problems do. A key that is given twice,
-// a key that is no text, an alias and a second document are added to the problems. Throws a
-// BAS::Status when the file can't be read, and a StartFailure with the problems so far when it is
-// empty, no text in UTF-8 or no YAML.
+// Reads a file of one document. A key that is given twice, a key that isn't a text, an alias and a
+// second document are added to the problems. Throws a BAS::Status when the file can't be read, and
+// a StartFailure with the problems so far when it is empty, not valid UTF-8 or not valid YAML.
 YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems);
 
 } // namespace host

@@ -53,7 +53,7 @@ Command parseCommand(std::span<std::string const> words) {
         auto const keyLength = std::min(word.find('='), word.size());
         auto const key = word.substr(0, keyLength);
         if (key.empty()) {
-            throw std::invalid_argument("'" + word + "' lacks its key, expected KEY[=VALUE]");
+            throw std::invalid_argument("'" + word + "' has no key, expected KEY[=VALUE]");
         }
         if (command.update.find(key) != nullptr) {
             throw std::invalid_argument("the key '" + key + "' is given twice");

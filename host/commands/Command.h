@@ -1,4 +1,4 @@
-// A command for one registered object: the registry update that it brings.
+// A command for one registered object: a registry update.
 #pragma once
 
 #include "BAS/RegistryEntry.h"
@@ -10,12 +10,12 @@
 namespace host {
 
 struct Command {
-    // Has the name of the object; the keys of the command stand directly below.
+    // Named after the object; its children are the keys of the command.
     BAS::RegistryEntry update;
 };
 
 // From a text OBJECT KEY[=VALUE]... with blanks between the parts; a part, or a piece of one, that
-// holds blanks stands in single or double quotes. Throws std::invalid_argument with what is wrong.
+// has blanks must be in single or double quotes. Throws std::invalid_argument with the reason.
 Command parseCommand(std::string_view text);
 // From the parts.
 Command parseCommand(std::span<std::string const> words);

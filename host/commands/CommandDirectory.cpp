@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 constexpr char const* takenSuffix = ".taken";
-// What the longest name that is made from a command file's has besides its stem.
+// The longest name that is made from a command file's is its stem and these characters.
 constexpr std::string_view longestAddition = "..result.tmp";
 constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
 
@@ -25,7 +25,7 @@ std::filesystem::path withSuffix(std::filesystem::path const& directory, std::st
     return directory / std::filesystem::path(name).replace_extension(suffix);
 }
 
-// A configuration file's place and what is wrong there, without the message's name.
+// The problems of a file with their places, without the message's name.
 std::vector<std::string> textsOf(StartFailure const& failure) {
     std::vector<std::string> texts;
     for (auto const& problem : failure.problems) {
@@ -67,7 +67,7 @@ void CommandDirectory::answerInterrupted() {
     }
 }
 
-// The command files that can be answered; any other is logged once and stays.
+// The command files that can be answered. A file whose name is too long is logged once and stays.
 std::vector<std::string> CommandDirectory::waiting() {
     auto names = directoryM.completeFiles(commandSuffix);
     std::erase_if(names, [this](std::string const& name) {
@@ -122,7 +122,7 @@ void CommandDirectory::carryOut(std::filesystem::path const& file, std::string c
     answer(name, problemFileText(name, problems));
 }
 
-// Up to a command whose result comes later, or to the end of the file.
+// Executes commands up to one whose result comes later, or to the end of the file.
 void CommandDirectory::goOn(File& file) {
     while (file.results.size() < file.commands.size()) {
         auto result =
@@ -139,7 +139,7 @@ void CommandDirectory::goOn(File& file) {
     filesM.remove_if([&](File const& each) { return &each == &file; });
 }
 
-// The command file goes when its result is there.
+// The command file is removed after its result is written.
 void CommandDirectory::answer(std::string const& name, std::string const& text) {
     try {
         writeWholeFile(withSuffix(directoryM.path(), name, resultSuffix), text);

@@ -1,4 +1,4 @@
-// Carries out a command, and tells what became of it.
+// Executes a command and describes the outcome.
 #pragma once
 
 #include "BAS/Status.h"
@@ -24,10 +24,10 @@ struct CommandResult {
 
     std::string object;
     std::vector<Key> keys;
-    std::vector<std::string> ignoredKeys; // the object never asked for them; mistyped perhaps
+    std::vector<std::string> ignoredKeys; // that the object didn't read; perhaps mistyped
     bool isHandled = false;
     bool isWorkDone = false;
-    // Why the object had no say: it doesn't exist, or it threw.
+    // Set when the object doesn't exist or threw.
     std::optional<std::string> fault;
     // The object's status, if the command changed it or the object rejected the command.
     std::optional<BAS::Status> status;
@@ -35,18 +35,18 @@ struct CommandResult {
     double seconds = 0; // of the object's work
 };
 
-// The result of a command that is taken up, with what is known of it by then.
+// The result of a command before it is executed.
 CommandResult begunResult(Command const& command);
-// Those that nobody has asked for yet.
+// The keys that weren't read yet.
 std::vector<std::string> keysNotAsked(Command const& command);
 
-// Hands the command to its object. The lock of the object's pipeline, if it has one, keeps batches
-// away meanwhile; the watch notices what the command writes. Throws nothing: what the object throws
-// is the result's fault.
+// Passes the command to its object. The lock of the object's pipeline, if it has one, is held, so
+// that no batch runs; the watch notices which files are written. Throws nothing: what the object
+// throws is the result's fault.
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
                              FairLock* pipelineLock, WriteWatch& watch);
 
-// The result of a command that no object had a say in, with the reason.
+// The result of a command that couldn't be executed, with the reason.
 CommandResult unexecutedCommand(Command const& command, std::string reason);
 
 } // namespace host

@@ -9,13 +9,13 @@
 
 namespace host {
 
-// What begins the name of a command file takes another suffix for its result.
+// The result of a command file has its name with the other suffix.
 inline constexpr char const* commandSuffix = ".yaml";
 inline constexpr char const* resultSuffix = ".result";
 
-// The commands in the order of the file, at least one. Throws a StartFailure with everything that
-// is wrong with the file, each with its place, or a BAS::Status when it can't be read. Messages
-// call the file by the given name.
+// The commands in the order of the file, at least one. Throws a StartFailure with all problems of
+// the file and their places, or a BAS::Status when it can't be read. Messages use the given name
+// for the file.
 std::vector<Command> readCommandFile(std::filesystem::path const& file, std::string const& name);
 
 std::string commandFileText(Command const& command);

@@ -1,4 +1,4 @@
-// The result of a command as people and programs read it.
+// The result of a command as text, JSON and YAML.
 #pragma once
 
 #include "commands/CommandExecution.h"
@@ -9,7 +9,7 @@
 
 namespace host {
 
-// For people; what stands in it from outside isn't escaped.
+// For people; texts from outside aren't escaped.
 std::string resultText(CommandResult const& result);
 
 // As one JSON object.
@@ -17,7 +17,7 @@ std::string resultJson(CommandResult const& result);
 
 // The result file of a command file, in YAML.
 std::string resultFileText(std::string_view commandFile, std::vector<CommandResult> const& results);
-// The same for a command file of which nothing could be carried out.
+// The same for a command file that is rejected.
 std::string problemFileText(std::string_view commandFile, std::vector<std::string> const& problems);
 
 } // namespace host

@@ -10,7 +10,7 @@ namespace host {
 
 namespace {
 
-// Nothing for a directory, and when there is no file.
+// Nothing for a directory or a missing file.
 std::optional<std::uint64_t> inodeOf(std::filesystem::path const& path) {
     struct stat found = {};
     if (::stat(path.c_str(), &found) != 0 || S_ISDIR(found.st_mode)) {

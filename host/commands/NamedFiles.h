@@ -1,6 +1,5 @@
 // Which files a command has written. The host doesn't know what the keys of an object mean, so it
-// goes by the files themselves: it looks at every path that a value can name before the command and
-// again behind it.
+// looks at every path that a value can name before and after the command.
 #pragma once
 
 #include "BAS/RegistryEntry.h"
@@ -19,8 +18,8 @@ struct NamedFile {
     std::string key;
     std::filesystem::path path; // absolute
     bool isOpened = false;      // for writing, by the command
-    std::uint64_t size = 0;     // bytes behind the command, of a regular file that was opened
-    std::string reason;         // why it wasn't opened, as far as that can be seen
+    std::uint64_t size = 0;     // bytes after the command, of a regular file that was opened
+    std::string reason;         // why it wasn't opened, if known
 };
 
 class NamedFiles {
@@ -32,12 +31,12 @@ public:
     NamedFiles& operator=(NamedFiles const&) = delete;
     ~NamedFiles();
 
-    // The files that were opened since; and those that weren't although their value holds a '/', by
-    // which it is taken for a path.
+    // The files that were opened since, and those that weren't although their value has a '/' and
+    // so is taken for a path.
     std::vector<NamedFile> report() const;
 
 private:
-    // What a value can name, and the file that is there before the command.
+    // A path that a value can name, with the file that is there before the command.
     struct Candidate {
         std::string key;
         std::filesystem::path path;

@@ -17,7 +17,7 @@ namespace host {
 
 namespace {
 
-// Names order commands by the time at which they were sent.
+// The names have the order in which the commands are sent.
 std::string uniqueName() {
     auto const time = std::chrono::system_clock::now();
     auto const nanoseconds =
@@ -39,7 +39,7 @@ ExitCode printResult(std::filesystem::path const& result) {
     bool const handled = isHandled(result);
     std::cout << readWholeFile(result) << std::flush;
     if (!std::cout) {
-        return inputOrOutputFailed; // the file stays, so that the result isn't lost
+        return inputOrOutputFailed; // the file stays: the result isn't lost
     }
     ::unlink(result.c_str());
     return handled ? done : doneWithFaults;
@@ -50,7 +50,7 @@ bool isThere(std::filesystem::path const& file) {
     return std::filesystem::exists(file, error);
 }
 
-// Returns whether the result is there; otherwise time is up or stop is set.
+// Returns false on timeout or when stop is set.
 bool waitForResult(std::filesystem::path const& result, DirectoryWatch& watch,
                    Notification const& stop, Deadline deadline) {
     while (!isThere(result)) {

@@ -10,8 +10,8 @@
 namespace host {
 
 // Prints the result and removes its file. When no host answers in time, or a signal comes first,
-// the command is withdrawn if no host has taken it yet; standard error tells which. Throws a
-// BAS::Status when the command can't be written or the result can't be read.
+// the command is withdrawn unless a host has taken it, and the outcome is reported on standard
+// error. Throws a BAS::Status when the command can't be written or the result can't be read.
 ExitCode sendCommand(std::filesystem::path const& directory, Command const& command,
                      std::chrono::duration<double> timeout);
 

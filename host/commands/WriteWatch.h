@@ -1,5 +1,5 @@
-// Notices that files are opened for writing. One watch serves many commands, since the system takes
-// its time to give one up. Used by one thread at a time.
+// Notices that files are opened for writing. One watch serves many commands, since closing one is
+// slow. Used by one thread at a time.
 #pragma once
 
 #include "base/FileDescriptor.h"
@@ -16,8 +16,8 @@ public:
     // Throws a BAS::Status when the system has no watch left.
     WriteWatch();
 
-    // Watches the file at the path until it is removed from the watch; a negative number when that
-    // isn't possible. A file that is watched already has the same number.
+    // Watches the file until it is removed from the watch; returns a negative number when that
+    // isn't possible, and the same number for a file that is already watched.
     Number add(std::filesystem::path const& path);
     void remove(Number number);
 

@@ -14,7 +14,7 @@ namespace {
 using simdjson::ondemand::json_type;
 
 constexpr int maxDepthOfIgnored = 64;
-// So many members of the expected order may be missing before the next one is looked up.
+// How many members of the expected order may be missing before the next one is looked up.
 constexpr int maxMissing = 4;
 
 struct RecordKindName {
@@ -65,7 +65,7 @@ bool takeAnyOf(std::string_view& text, std::string_view characters) {
     return true;
 }
 
-// The JSON parser only looks at numbers that it converts, and here the text counts.
+// The JSON parser only checks numbers that it converts, and here the text is used.
 bool isNumber(std::string_view text) {
     takeAnyOf(text, "-");
     auto const whole = takeDigits(text);
@@ -99,7 +99,7 @@ void requireNull(simdjson::ondemand::value& value) {
     }
 }
 
-// Goes over a value that isn't taken, to see that it is JSON.
+// Checks that an unused value is valid JSON.
 void passOver(simdjson::ondemand::value& value, int depth) {
     if (depth > maxDepthOfIgnored) {
         throw simdjson::simdjson_error(simdjson::DEPTH_ERROR);
@@ -181,8 +181,8 @@ void EdrLineParser::parseRecord(std::string_view line, ParsedEdrs& edrs) {
             .iterate(simdjson::padded_string_view(line.data(), line.size(), line.size() + padding))
             .value();
     auto& document = *documentM;
-    // Not told apart any further: the parser takes a line that is no JSON at all for a word or a
-    // number, by its first letter.
+    // One message for all: the parser guesses the type by the first letter, even if the line isn't
+    // JSON at all.
     if (document.type().value() != json_type::object) {
         fail("expected a JSON object, which begins with '{'");
     }
@@ -212,7 +212,7 @@ void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t
     }
 }
 
-// This and what it leads to for a field is inline: it is done for every member of every EDR.
+// Inline, as are the functions that it calls for a field: this runs for every member of every EDR.
 inline EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entry,
                                                         BlockLayout& layout, Member& previous) {
     if (!hasEscapesM) {
@@ -289,13 +289,13 @@ inline void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Ind
     }
 }
 
-// The text of a string; where it lies in the line, if it can.
+// The text of a string, within the line if possible.
 inline std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
     if (hasEscapesM) {
         return value.get_string();
     }
     std::string_view const token = value.raw_json_token();
-    static_cast<void>(value.get_raw_json_string().value()); // goes on behind it
+    static_cast<void>(value.get_raw_json_string().value()); // moves the parser past it
     return token.substr(1, token.rfind('"') - 1);
 }
 
@@ -361,11 +361,11 @@ void EdrLineParser::fail(simdjson::simdjson_error const& error) {
         throw std::bad_alloc(); // the line may be good
     }
     auto const at = path();
-    auto const reason =
-        error.error() == simdjson::UTF8_ERROR
-            ? std::string("bad UTF-8")
-            : "no JSON" + (at.empty() ? at : " at " + at) + ": " + withoutFullStop(error.what());
-    // The parser stands behind a bad string, and before an object that isn't closed.
+    auto const reason = error.error() == simdjson::UTF8_ERROR
+                            ? std::string("not valid UTF-8")
+                            : "not valid JSON" + (at.empty() ? at : " at " + at) + ": " +
+                                  withoutFullStop(error.what());
+    // The parser is after a bad string, and before an object that isn't closed.
     bool const isColumnKnown = error.error() != simdjson::STRING_ERROR &&
                                error.error() != simdjson::INCOMPLETE_ARRAY_OR_OBJECT;
     throw EdrLineError(reason, isColumnKnown ? column() : std::nullopt);

@@ -1,8 +1,8 @@
-// Takes EDRs from lines of JSON, one object a line: the fields of the top block by the
-// last part of their path, a block as an array of objects.
+// Reads EDRs from lines of JSON, one object a line: fields are named by the last part of their
+// path, a block is an array of objects.
 //
 // One parser serves one input of one pipeline on one thread; it remembers which unknown fields it
-// has met. The description must outlive it.
+// has seen. The description must outlive it.
 #pragma once
 
 #include "EDR/BlockIndex.h"
@@ -24,13 +24,13 @@ namespace host {
 
 class ParsedEdrs;
 
-// Why a line can't be taken, with the place in the JSON object where there is one.
+// Why a line is rejected, with the place in the JSON object if there is one.
 class EdrLineError : public std::runtime_error {
 public:
     EdrLineError(std::string const& reason, std::optional<std::size_t> column)
         : runtime_error(reason), columnM(column) {}
 
-    // Of the line, in bytes, counted from 1; nothing when it isn't known.
+    // In bytes, counted from 1; nothing when it isn't known.
     std::optional<std::size_t> column() const noexcept { return columnM; }
 
 private:
@@ -40,17 +40,16 @@ private:
 class EdrLineParser {
 public:
     static constexpr std::size_t padding = simdjson::SIMDJSON_PADDING;
-    // So many unknown fields are reported; further ones are ignored silently.
+    // How many unknown fields are reported; further ones are ignored silently.
     static constexpr std::size_t maxUnknownFields = 100;
 
     explicit EdrLineParser(EDR::Description const& description);
 
-    // Adds the EDR of a line, behind which padding bytes may be read, to the others. Throws an
-    // EdrLineError when the line can't be taken; the last EDR is then part of it.
+    // Appends the EDR of a line, after which padding bytes may be read. Throws an EdrLineError when
+    // the line is rejected; the last EDR is then incomplete.
     void parse(std::string_view line, ParsedEdrs& edrs);
 
-    // The paths of the fields of the last line that the description doesn't know and that no
-    // earlier line had.
+    // The paths of the unknown fields that were seen first in the last line.
     std::vector<std::string> const& newUnknownFields() const noexcept { return newUnknownFieldsM; }
 
 private:
@@ -67,8 +66,7 @@ private:
         EDR::BlockIndex block;
         // The object that had this member last.
         std::uint64_t seenIn = 0;
-        // The one that is expected to come behind this one, as in an earlier object; null when it
-        // isn't known.
+        // The one that came after this one in an earlier object; null when it isn't known.
         Member* next = nullptr;
     };
     struct BlockLayout {
@@ -76,7 +74,7 @@ private:
         std::unordered_map<std::string, Member, NameHash, std::equal_to<>> members;
         std::unordered_set<std::string, NameHash, std::equal_to<>> unknownNames;
     };
-    // A step from an object to one of its members; within a block's array, with the place there.
+    // A member of an object; in a block's array, with the position there.
     struct PathStep {
         std::string_view name;
         std::optional<std::size_t> position;
@@ -84,7 +82,7 @@ private:
 
     void parseRecord(std::string_view line, ParsedEdrs& edrs);
     void parseBlock(simdjson::ondemand::object& object, std::uint32_t kind, ParsedEdrs& edrs);
-    // Puts the member's name on the path; null when the description doesn't know it.
+    // Puts the member's name on the path; returns null when the description doesn't know it.
     Member* findMember(simdjson::ondemand::field& entry, BlockLayout& layout, Member& previous);
     void parseMember(simdjson::ondemand::value& value, Member const& member, ParsedEdrs& edrs);
     void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
@@ -95,7 +93,7 @@ private:
     void parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind);
     void requireFirst(std::uint64_t& seenIn, std::uint64_t object);
     std::string path() const;
-    // Of the value that comes next.
+    // The column of the next value.
     std::optional<std::size_t> column();
     [[noreturn]] void fail(simdjson::simdjson_error const& error);
     [[noreturn]] void fail(std::string const& reason, std::optional<std::size_t> column) const;
@@ -103,13 +101,13 @@ private:
 
     EDR::Description const& descriptionM;
     simdjson::ondemand::parser parserM;
-    // The line at hand; the document is none as long as the line doesn't look like JSON.
+    // The present line; without a document as long as it doesn't look like JSON.
     std::string_view lineM;
-    bool hasEscapesM = false; // without any, names and texts are taken as they lie in the line
+    bool hasEscapesM = false; // without any, names and texts are views of the line
     std::optional<simdjson::ondemand::document> documentM;
     std::vector<BlockLayout> layoutsM; // one for each block kind
     std::uint64_t recordKindSeenInM = 0;
-    std::uint64_t objectsM = 0; // met so far, to give each a number
+    std::uint64_t objectsM = 0; // seen so far, to give each a number
     std::vector<PathStep> pathM;
     std::vector<std::string> newUnknownFieldsM;
     std::size_t unknownFieldsM = 0;

@@ -9,7 +9,7 @@ namespace host {
 
 namespace {
 
-// The largest window, and the gzip format rather than zlib's own.
+// The largest window, and the gzip format.
 constexpr int windowBits = 15 + 16;
 
 uInt clampedSize(std::size_t size) {
@@ -43,7 +43,7 @@ std::size_t GzipDecompressor::decompress(std::span<char const>& source, std::spa
     source = source.subspan(sourceSize - streamM.avail_in);
     std::size_t const produced = targetSize - streamM.avail_out;
     isMemberCompleteM = outcome == Z_STREAM_END;
-    bool const isStalled = outcome == Z_BUF_ERROR; // for want of bytes: nothing is wrong
+    bool const isStalled = outcome == Z_BUF_ERROR; // needs more bytes: not an error
     if (outcome != Z_OK && !isMemberCompleteM && !isStalled && produced == 0) {
         throw std::runtime_error(streamM.msg != nullptr ? streamM.msg : ::zError(outcome));
     }

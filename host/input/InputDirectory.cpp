@@ -26,7 +26,7 @@ std::filesystem::path madeDirectory(std::filesystem::path const& directory) {
     return directory;
 }
 
-// When anything about the file changed, its rights included; 0 for a file that isn't there.
+// When the file or its permissions changed; 0 for a missing file.
 std::int64_t timeOfChange(std::filesystem::path const& file) {
     struct stat found = {};
     return ::stat(file.c_str(), &found) == 0
@@ -38,7 +38,7 @@ bool isThere(std::filesystem::path const& file) {
     return ::faccessat(AT_FDCWD, file.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-// Returns 0 or the error's number, which is EEXIST when the target is there.
+// Returns 0 or the error number, which is EEXIST when the target exists.
 int renameToNew(std::filesystem::path const& from, std::filesystem::path const& to) {
     return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0
                                                                                             : errno;
@@ -87,7 +87,7 @@ void InputDirectory::list() {
     waitingM.assign(std::make_move_iterator(names.begin()), std::make_move_iterator(names.end()));
 }
 
-// The file of the state comes first when it is still the same.
+// The interrupted file comes first if it is still the same.
 void InputDirectory::resume(std::optional<InputState> const& state) {
     if (!state) {
         return;
@@ -106,7 +106,7 @@ void InputDirectory::resume(std::optional<InputState> const& state) {
     waitingM.push_front(state->name);
 }
 
-// Makes the file the current one; false when it is gone.
+// Makes the file the current one; returns false when it has vanished.
 bool InputDirectory::begin(std::string const& name) {
     auto const identity = FileIdentity::of(pathOf(name));
     if (!identity) {
@@ -123,8 +123,8 @@ bool InputDirectory::begin(std::string const& name) {
     return true;
 }
 
-// A name that neither a file nor its rejects bear in the directory of what is done: the file's own,
-// or with a number.
+// A name that is free in the directory "done", also for the rejects: the file's own, or with a
+// number.
 std::string InputDirectory::freeDoneName(std::string const& name) const {
     auto candidate = name;
     for (int number = 2;
@@ -198,7 +198,7 @@ void InputDirectory::report(BAS::Status status) {
     logM.write(status);
 }
 
-// A failure of what the host writes is told the first time only.
+// Only the first failure is reported.
 void InputDirectory::fail(BAS::Status const& status) {
     if (!hasFailedM) {
         report(status);

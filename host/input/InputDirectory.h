@@ -1,7 +1,7 @@
-// The input directory of a pipeline: hands out its files in order of name as they are complete,
-// keeps each one in the directory "done" below it once it is processed, and remembers how far the
-// pipeline has come in the file at hand. A file that can't be opened stays and is tried again when
-// it changes. Used by the pipeline's thread; one host has a directory at a time.
+// The input directory of a pipeline: hands out its complete files in order of name, moves each one
+// to the directory "done" below it after it is processed, and remembers the pipeline's position in
+// the present file. A file that can't be opened stays and is tried again when it changes. Used by
+// the pipeline's thread; one host has a directory at a time.
 #pragma once
 
 #include "BAS/String.h"
@@ -28,7 +28,7 @@ struct DirectoryInput {
 
 class InputDirectory {
 public:
-    // Makes the directory "done". Statuses bear the pipeline's registered name and go to the log,
+    // Creates the directory "done". Statuses have the pipeline's registered name and go to the log,
     // which stays the caller's. Throws a BAS::Status when a directory can't be used.
     InputDirectory(std::filesystem::path directory, BAS::String const& pipeline, BAS::LogSink& log);
 
@@ -36,15 +36,14 @@ public:
     // Throws a BAS::Status when the directory can't be read any more.
     std::optional<DirectoryInput> next(Notification const& stop);
 
-    // What becomes of the file that was handed out last:
-    // everything up to the position is processed.
+    // The outcome of the file that was handed out last: everything up to the position is processed.
     void keepPosition(InputPosition const& position);
-    // All of it is processed: it is moved away. Throws a BAS::Status when that isn't possible:
-    // going on would process it again after a restart.
+    // All of it is processed: it is moved. Throws a BAS::Status when that isn't possible, since it
+    // would be processed again after a restart.
     void finish();
     // It can't be opened: it stays.
     void passBy(BAS::Status const& reason);
-    // It can't be read to its end: it is moved away, marked as failed. Throws as finish does.
+    // It can't be read to its end: it is moved and marked as failed. Throws as finish does.
     void giveUp(BAS::Status const& reason);
 
     // Files that vanished, couldn't be opened or couldn't be read to their end.

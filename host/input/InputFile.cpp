@@ -22,7 +22,7 @@ constexpr std::size_t bufferSize = std::size_t{128} * 1024;
 
 struct Compression {
     std::string_view extension;
-    std::string_view firstBytes; // no text in UTF-8 begins with them
+    std::string_view firstBytes; // not valid UTF-8
     std::unique_ptr<Decompressor> (*make)();
 };
 
@@ -89,7 +89,7 @@ std::size_t InputFile::decompress(std::span<char> target) {
             if (decompressorM->isComplete()) {
                 return 0;
             }
-            throw damage(fileM, fmt::format("the {} data break off after byte {}",
+            throw damage(fileM, fmt::format("the {} data end unexpectedly after byte {}",
                                             decompressorM->format(), bytesReadM));
         }
     } catch (std::runtime_error const& error) {

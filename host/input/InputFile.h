@@ -1,5 +1,5 @@
-// The bytes of one input, a file or standard input. What gzip or zstd compressed is decompressed:
-// files whose names end in .gz or .zst, and any other input that begins like compressed data.
+// The bytes of one input, a file or standard input. Decompresses gzip and zstd data: files whose
+// names end in .gz or .zst, and any other input that begins like such data.
 #pragma once
 
 #include "base/FileDescriptor.h"
@@ -14,34 +14,34 @@
 
 namespace host {
 
-// Thrown when the wait for bytes ends because the program is to end, or the input is abandoned.
+// Thrown when the wait for bytes ends because the program stops or the input is abandoned.
 struct InputStopped {};
 
 class InputFile {
 public:
-    // What ends the wait for bytes; null for nothing.
+    // Notifications that end the wait for bytes, or null.
     struct Ends {
-        Notification const* stop = nullptr;      // when there are none
-        Notification const* abandoned = nullptr; // at once
+        Notification const* stop = nullptr;      // if there are no bytes
+        Notification const* abandoned = nullptr; // in any case
     };
 
-    // The path "-" is standard input. The events must outlive the object. Throws a BAS::Status when
-    // the file can't be opened.
+    // The path "-" is standard input. The notifications must outlive the object. Throws a
+    // BAS::Status when the file can't be opened.
     InputFile(std::filesystem::path file, Ends ends);
 
     // Waits for bytes and returns how many there are, 0 at the end. Throws a BAS::Status when
-    // reading fails, and when compressed data are damaged or break off; what stands before that has
-    // then been returned by the calls before. Throws InputStopped when a notification ends the
-    // wait.
+    // reading fails and when compressed data are damaged or truncated, after earlier calls have
+    // returned all that comes before. Throws InputStopped when a notification ends the wait.
     std::size_t read(std::span<char> target);
 
-    // How many bytes were read from the file, compressed as they may be.
+    // How many bytes were read from the file, before decompression.
     std::uint64_t bytesRead() const noexcept { return bytesReadM; }
 
 private:
     void waitForBytes() const;
     std::size_t readFile(std::span<char> target);
-    // Reads more bytes behind the pending ones, with which the buffer must begin; false at the end.
+    // Appends bytes to the pending ones, which must be at the start of the buffer; false at the
+    // end.
     bool fillBuffer();
     void recogniseCompression();
     std::size_t takeFromBuffer(std::span<char> target);

@@ -12,11 +12,10 @@ namespace host {
 
 namespace {
 
-// Holds two file names of the greatest length that file systems know, and is within one sector on
-// all but the oldest disks.
+// Fits two file names of the greatest length, and one disk sector.
 constexpr std::size_t recordSize = 1024;
 constexpr char padding = '\n';
-// A name may hold any byte but these two.
+// Not allowed in a file name.
 constexpr char nameEnd = '/';
 
 std::optional<InputState> parse(std::string const& record) {

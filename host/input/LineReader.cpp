@@ -7,7 +7,7 @@ namespace host {
 
 namespace {
 
-// So much is read at a time, which stays in the cache until it is parsed.
+// The bytes that are read at a time, few enough to stay in the cache until they are parsed.
 constexpr std::size_t blockSize = std::size_t{256} * 1024;
 constexpr std::size_t leastCapacity = 2 * blockSize;
 constexpr std::size_t longestLineEnd = 2;

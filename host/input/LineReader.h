@@ -1,8 +1,8 @@
-// Cuts an input into lines that end with LF or CRLF; the last one may lack its end. Lines are
-// looked at where they lie in the buffer: what is returned stands until the next call of nextLine
-// or nextPiece, and behind it are at least padding bytes that may be read.
+// Splits an input into lines that end with LF or CRLF; the last one may lack its end. Lines are
+// views of the buffer, valid until the next call of nextLine or nextPiece, and at least padding
+// bytes after them may be read.
 //
-// A line that is longer than the limit comes in pieces, so that it can be kept without being held.
+// A line that is longer than the limit comes in pieces, so that it needn't fit into memory.
 #pragma once
 
 #include "input/InputFile.h"
@@ -18,12 +18,12 @@ public:
     // The limit is in bytes, without the line end. The input must outlive the reader.
     LineReader(InputFile& input, std::size_t limit, std::size_t padding);
 
-    // Moves to the next line, past what is left of a long one; false at the end of the input.
+    // Moves to the next line, past the rest of a long one; false at the end of the input.
     // Throws a BAS::Status when reading fails.
     bool nextLine();
     // Moves to the next piece of a line that is too long; false when the line is complete.
     bool nextPiece();
-    // Whether a whole line is there that nextLine takes without reading on.
+    // Whether the buffer has a whole line, so that nextLine doesn't read.
     bool hasLine() const noexcept { return pieceEndM < lastLineEndM; }
 
     // Counts from 1.
@@ -39,8 +39,8 @@ public:
     std::string_view raw() const noexcept;
 
 private:
-    // Makes the bytes up to the next line end, or to the end of the input, the present piece;
-    // without a line end in sight, all that fits the buffer. False when nothing is left.
+    // Makes the bytes up to the next line end or the end of the input the present piece, or all
+    // that fits the buffer if no line end does. False when nothing is left.
     bool takePiece();
     bool readMore();
     std::size_t capacity() const noexcept { return bufferM.size() - paddingM; }

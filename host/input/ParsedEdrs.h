@@ -1,6 +1,6 @@
-// EDRs that are parsed and not yet put into containers: the fields and blocks of each, in the order
+// EDRs that are parsed but not yet put into containers: the fields and blocks of each, in the order
 // of the record. So another thread can parse ahead, while the containers stay with the pipeline and
-// in its cache. A value whose storage is kept and used again; one thread uses it at a time.
+// in its cache. The storage is reused; one thread uses it at a time.
 #pragma once
 
 #include "EDR/BlockIndex.h"
@@ -19,16 +19,16 @@ class ParsedEdrs {
 public:
     void clear() noexcept;
 
-    // Adds an EDR that is read from a line, which must stand while fields are set: of texts within
-    // it there is no further copy. What follows is about this EDR.
+    // Adds an EDR, to which the next calls refer. The line must stay valid while fields are set:
+    // texts within it aren't copied again.
     void begin(std::string_view line);
     void setRecordKind(EDR::RecordKind kind) noexcept { edrsM.back().kind = kind; }
     // In the order in which a container is filled.
     void addBlock(EDR::BlockIndex const& block);
     void setField(EDR::Index const& field, std::string_view text);
-    // The line ends there, in bytes of the input.
+    // The end of the line, in bytes of the input.
     void end(std::uint64_t offset) noexcept { edrsM.back().end = offset; }
-    // Takes it back.
+    // Removes the last EDR.
     void drop();
 
     std::size_t count() const noexcept { return edrsM.size(); }
@@ -36,7 +36,7 @@ public:
     void fill(EDR::Container& container, std::size_t edr) const;
 
 private:
-    // In the filling of a container: a field, or a block of that kind.
+    // Of filling a container: a field, or a block of that kind.
     struct Step {
         std::uint32_t blockKind;
         std::uint32_t field;
@@ -54,11 +54,11 @@ private:
 
     std::vector<Edr> edrsM;
     std::vector<Step> stepsM; // of all EDRs
-    std::string textM;        // of all EDRs: the line, and behind it the texts that aren't in it
+    std::string textM;        // of all EDRs: the line, followed by the texts that aren't in it
     std::string_view lineM;   // of the last EDR, where it was read
 };
 
-// Inline, for it is what most of the parsing comes down to.
+// Inline, because it is called for every field.
 inline void ParsedEdrs::setField(EDR::Index const& field, std::string_view text) {
     std::less_equal<char const*> const isUpTo;
     std::size_t begin = textM.size();

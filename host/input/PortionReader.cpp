@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
-// The line without what editors put in front of a file.
+// The line without a byte order mark.
 std::string_view jsonOf(LineReader const& lines) {
     auto text = lines.line();
     if (lines.number() == 1 && text.starts_with(byteOrderMark)) {
@@ -88,7 +88,7 @@ void PortionReader::takeLine(InputPortion& portion) {
     }
 }
 
-// Of a long line, piece by piece; the last one tells the reason.
+// A long line comes piece by piece; the last one has the reason.
 void PortionReader::reject(InputPortion& portion, std::string const& reason,
                            std::optional<std::size_t> column) {
     portion.rejected = linesM.raw();

@@ -1,6 +1,6 @@
-// Reads an input and parses it into portions. A portion ends before the reader would have to read
-// on, with a line that can't be taken or has fields that the EDR description doesn't know, and with
-// the input: so nobody waits for what comes later. Used by one thread at a time.
+// Reads an input and parses it into portions. A portion ends before the reader would have to wait
+// for more bytes, after a rejected line or one with unknown fields, and with the input: so the
+// pipeline gets everything at once. Used by one thread at a time.
 #pragma once
 
 #include "BAS/String.h"
@@ -16,14 +16,13 @@ namespace host {
 
 class PortionReader {
 public:
-    // Opens the input and goes on behind so many bytes of it. The pipeline, the description
-    // and the notifications must outlive the reader; the notifications end the waiting for bytes,
-    // as InputFile has it. Throws a BAS::Status when the file fails.
+    // Opens the input and skips its first bytes up to the start. The pipeline, the description and
+    // the notifications of InputFile must outlive the reader. Throws a BAS::Status when the file
+    // fails.
     PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
                   EDR::Description const& description, InputFile::Ends ends, std::uint64_t start);
 
-    // Makes the portion the next one of the input. What fails is left in the portion, behind what
-    // was read before.
+    // Fills the next portion. A failure is put into the portion, after what was read before.
     void read(InputPortion& portion) noexcept;
 
 private:

@@ -29,7 +29,7 @@ ReadAheadInput::~ReadAheadInput() {
 void ReadAheadInput::readAhead() {
     while (auto const portion = emptyM.take()) {
         readerM.read(**portion);
-        bool const isLast = (*portion)->isLast; // it is the pipeline's once it is handed over
+        bool const isLast = (*portion)->isLast; // give makes it the pipeline's
         filledM.put(*portion);
         if (isLast) {
             return;
@@ -63,13 +63,13 @@ bool ReadAheadInput::nextPortion() {
     return true;
 }
 
-// What stands behind its EDRs.
+// Handles what comes after its EDRs.
 void ReadAheadInput::finishPortion() {
     offsetM = portionM->end;
     rejectedLinesM = portionM->rejectedLines;
     if (!portionM->rejected.empty()) {
         rejectFileM.append(portionM->rejected);
-        portionM->rejected = {}; // it may be huge, and the next one is far
+        portionM->rejected = {}; // frees the memory: it may be huge
     }
     for (auto const& message : portionM->messages) {
         logM.write(message);

@@ -1,8 +1,7 @@
 // One input of a pipeline as a sequence of EDRs, which a thread of its own reads and parses ahead
-// of the pipeline. A line that can't be taken is logged, kept in the input's reject file and
-// counted when the pipeline comes there, as if it was only read then; the EDRs go on behind it.
-// Fields that the EDR description doesn't know are logged once for each name. Used by the
-// pipeline's thread.
+// of the pipeline. A line that can't be parsed is logged, kept in the input's reject file and
+// counted when the pipeline reaches it, as if it was only read then; the EDRs continue after it.
+// Unknown fields are logged once for each name. Used by the pipeline's thread.
 #pragma once
 
 #include "base/HandOverQueue.h"
@@ -24,26 +23,25 @@ namespace host {
 
 class ReadAheadInput {
 public:
-    // Opens the input and goes on behind the start. Statuses bear the pipeline's registered name
-    // and go to the log. What is given stays the caller's and must outlive the object, but for the
-    // names of the files; one input uses the portions at a time. Throws a BAS::Status when a file
-    // fails.
+    // Opens the input and resumes after the start. Statuses have the pipeline's registered name and
+    // go to the log. All arguments except the names of the files must outlive the object; one input
+    // uses the portions at a time. Throws a BAS::Status when a file fails.
     ReadAheadInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
                    EDR::Description const& description, BAS::LogSink& log, InputPortions& portions,
                    Notification const* stop = nullptr, InputPosition const& start = {});
-    // What was read ahead is dropped.
+    // Drops what was read ahead.
     ~ReadAheadInput();
     ReadAheadInput(ReadAheadInput const&) = delete;
     ReadAheadInput& operator=(ReadAheadInput const&) = delete;
 
-    // Fills the container with the next EDR; false at the end of the input. Throws what reading
-    // throws: a BAS::Status when that, or writing the reject file, fails, and InputStopped when
-    // stop is set while the input has nothing to read.
+    // Fills the container with the next EDR; false at the end of the input. Throws a BAS::Status
+    // when reading or writing the reject file fails, and InputStopped when stop is set while the
+    // input has nothing to read.
     bool next(EDR::Container& container);
 
-    // Behind the last EDR and everything that was rejected before it.
+    // After the last EDR and everything that was rejected before it.
     InputPosition position() const noexcept { return {offsetM, rejectFileM.size()}; }
-    // Up to there or a little more; of the file, compressed as it may be.
+    // Up to there or a little more; of the file, before decompression.
     std::uint64_t bytesRead() const noexcept { return bytesReadM; }
     std::uint64_t rejectedLines() const noexcept { return rejectedLinesM; }
 
@@ -56,7 +54,7 @@ private:
     Notification abandonedM; // ends the reader's waiting for bytes
     PortionReader readerM;
     RejectFile rejectFileM;
-    InputPortion* portionM = nullptr; // at hand
+    InputPortion* portionM = nullptr; // the present one
     std::size_t takenM = 0;           // EDRs of it
     std::uint64_t offsetM;
     std::uint64_t bytesReadM = 0;

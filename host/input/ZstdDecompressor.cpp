@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t blockHeaderSize = 3;
 
-// A call that fails doesn't tell what it put into the target before. So no call is given more than
+// A call that fails doesn't report what it put into the target before. So each call gets at most
 // the rest of one block, without the header of the next.
 std::size_t sizeOfOneStep(std::size_t expected) {
     return expected > blockHeaderSize ? expected - blockHeaderSize

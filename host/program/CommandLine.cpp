@@ -25,7 +25,7 @@ constexpr char const* runExamples =
     "  pipeline-host run registry.yaml --json --at-end \\\n"
     "      \"host.Pipelines.Main.Functions.DataDump.Module DumpEvents='/tmp/my events.txt'\"\n";
 constexpr char const* checkExamples =
-    "Every problem is told, and warnings; nothing is run and no log file is written.\n\nExamples:\n"
+    "Reports every problem and warning. Runs nothing and writes no log file.\n\nExamples:\n"
     "  pipeline-host check registry.yaml\n"
     "  runuser -u pipeline-host -- pipeline-host check /etc/pipeline-host/main/registry.yaml\n";
 constexpr char const* sendExamples =
@@ -52,7 +52,7 @@ constexpr std::array verbNames = {
     VerbName{"generate", CommandLine::Verb::generate},
 };
 
-// The texts of the command line before they are taken apart.
+// The texts of the command line before they are parsed.
 struct Texts {
     std::string registry;
     std::string logLevel;
@@ -91,7 +91,7 @@ void requireText(std::span<std::string const> words) {
     for (auto const& word : words) {
         if (!simdjson::validate_utf8(word)) {
             throw CLI::ValidationError("the command",
-                                       "'" + printable(word) + "' is no text in UTF-8");
+                                       "'" + printable(word) + "' is not valid UTF-8");
         }
     }
 }
@@ -101,7 +101,7 @@ BAS::Status::Severity parsedLevel(std::string const& name) {
     if (!level) {
         auto const known = levelNames();
         throw CLI::ValidationError("--log-level",
-                                   fmt::format("'{}' is no level{}; expected one of {}", name,
+                                   fmt::format("unknown level '{}'{}; expected one of {}", name,
                                                nearestNameHint(name, {known.begin(), known.end()}),
                                                fmt::join(known, ", ")));
     }
@@ -206,11 +206,11 @@ std::string unknownVerbText(CLI::App const& app, std::string const& word) {
     if (word.starts_with('-') || std::find(verbs.begin(), verbs.end(), word) != verbs.end()) {
         return {};
     }
-    return fmt::format("'{}' is no command{}; expected one of {}", word,
+    return fmt::format("unknown command '{}'{}; expected one of {}", word,
                        nearestNameHint(word, {verbs.begin(), verbs.end()}), fmt::join(verbs, ", "));
 }
 
-// For the options that the command doesn't know, those that may have been meant.
+// Suggestions for unknown options.
 std::string optionHints(CLI::App const& app, std::span<std::string const> words) {
     std::vector<std::string> options;
     for (auto const* const verb : app.get_subcommands()) {
@@ -223,7 +223,7 @@ std::string optionHints(CLI::App const& app, std::span<std::string const> words)
         auto const hint = word.starts_with("--") ? nearestNameHint(word.substr(0, word.find('=')),
                                                                    {options.begin(), options.end()})
                                                  : std::string();
-        hints += hint.empty() ? hint : fmt::format("'{}' is no option{}\n", word, hint);
+        hints += hint.empty() ? hint : fmt::format("unknown option '{}'{}\n", word, hint);
     }
     return hints;
 }

@@ -1,4 +1,4 @@
-// What the caller of the program asks for.
+// The parsed command line of the program.
 #pragma once
 
 #include "BAS/Status.h"
@@ -30,7 +30,7 @@ struct CommandLine {
     GenerateOptions generate;
 };
 
-// Prints help, the version or what is wrong, and then gives the exit code.
+// Returns an exit code after printing help, the version or an error.
 std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const* argv);
 
 } // namespace host

@@ -26,7 +26,7 @@ namespace host {
 
 namespace {
 
-// The process log, and standard error as long as, or besides, there is none.
+// The process log, or standard error if there is none.
 class Logs {
 public:
     explicit Logs(BAS::Status::Severity least) : leastM(least), standardErrorM(least) {}
@@ -36,7 +36,7 @@ public:
     }
     LogFile& process() { return processLogM == nullptr ? standardErrorM : *processLogM; }
 
-    // What keeps the program from its work is told to its caller as well.
+    // Errors that end the program are also reported on standard error.
     void writeToCaller(BAS::Status const& status) {
         standardErrorM.write(status);
         if (processLogM != nullptr) {
@@ -71,8 +71,8 @@ void printSummary(Host const& host, CommandLine const& commandLine,
     }
 }
 
-// A write that meets a limit of file sizes, or a reader that is gone, fails like any other instead
-// of ending the process: no report is worth a pipeline.
+// A write beyond the limit of file sizes, or to a closed pipe, fails like any other instead of
+// killing the process: no report is worth a pipeline.
 void letWritesFail() {
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
@@ -104,7 +104,7 @@ ExitCode run(CommandLine const& commandLine, Logs& logs) {
     }
     bool const areHandled = std::all_of(results.begin(), results.end(),
                                         [](auto const& result) { return result.isHandled; });
-    // Who ends a service by a signal doesn't ask how its input was.
+    // A service that is ended by a signal succeeds whatever its input was.
     return (host.hasFaults() && !stop.isSet()) || !areHandled ? doneWithFaults : done;
 }
 

@@ -1,4 +1,4 @@
-// What a run comes to: a table for people, or JSON for programs.
+// The summary of a run: a table for people, or JSON for programs.
 #pragma once
 
 #include "commands/CommandExecution.h"

@@ -7,12 +7,11 @@
 
 namespace host {
 
-// The member of an EDR line that says the record's kind; no field of the top block can bear this
-// name.
+// The member of an EDR line with the record's kind; no field of the top block can have this name.
 inline constexpr char const* recordMember = "RECORD";
 
-// Throws a StartFailure with everything that is wrong with the file, each with its place, or a
-// BAS::Status when it can't be read.
+// Throws a StartFailure with all problems of the file and their places, or a BAS::Status when it
+// can't be read.
 EDR::Description readEdrDescription(std::filesystem::path const& file);
 
 } // namespace host

@@ -228,7 +228,7 @@ private:
     void readValue(InputFilesKey<Object> const& kind, YamlMember const& member,
                    std::string const& path, Object& object) {
         if (member.value.items.empty()) {
-            problemsM.add(member.position, fmt::format("'{}' names no file", member.key));
+            problemsM.add(member.position, fmt::format("'{}' needs at least one file", member.key));
         }
         for (auto const& item : member.value.items) {
             if (item.kind != YamlNode::Kind::text || item.text.empty()) {
@@ -256,7 +256,7 @@ private:
                    std::string const& path, Object& object) {
         if (member.value.members.empty() && !kind.needed.empty()) {
             problemsM.add(member.position,
-                          fmt::format("'{}' names no {}", member.key, kind.needed));
+                          fmt::format("'{}' needs at least one {}", member.key, kind.needed));
         }
         for (auto const& each : member.value.members) {
             checkName(each);

@@ -1,5 +1,5 @@
-// The registry file: what the host has to do, and the tree of texts that the registered objects
-// read.
+// The registry file: the configuration of the host, and the tree of texts that the registered
+// objects read.
 #pragma once
 
 #include "BAS/RegistryEntry.h"
@@ -20,7 +20,7 @@ struct ModuleConfiguration {
     std::filesystem::path library; // empty: the library is looked for on the module path
 };
 
-// Where an input's lines that can't be taken are kept.
+// An input and the file for its rejected lines.
 struct InputConfiguration {
     std::filesystem::path file; // "-" is standard input
     std::filesystem::path rejectFile;
@@ -51,12 +51,12 @@ struct Registry {
     std::unique_ptr<BAS::RegistryEntry> root;
 };
 
-// Reads and checks the whole file; all paths come back absolute. Throws a StartFailure with every
-// problem that the file has, each with its place in the file.
+// Reads and checks the whole file; all paths are absolute. Throws a StartFailure with all problems
+// of the file and their places.
 Registry readRegistry(std::filesystem::path const& file);
 
-// The same for a check: adds the problems that the file has and leaves out modules without a name
-// and pipelines without an EDR description. Throws when the file can't be understood at all.
+// The same for a check: adds the problems of the file and leaves out modules without a name and
+// pipelines without an EDR description. Throws when the file isn't a registry at all.
 Registry readRegistry(std::filesystem::path const& file, std::vector<BAS::Status>& problems);
 
 } // namespace host

@@ -23,7 +23,7 @@ std::vector<std::unique_lock<FairLock>> lockAll(Host const& host) {
     return locks;
 }
 
-// The part of a registered name that the operator gave a data module.
+// The part of a data module's registered name that the operator chose.
 std::string ownName(BAS::String const& name) {
     auto const parts = name.split('.');
     return parts[parts.entries() - 2].str();
@@ -42,7 +42,7 @@ std::string summaryOf(Reload const& reload) {
     return text;
 }
 
-// Of a reload of the whole pool.
+// The status after a reload of the whole pool.
 BAS::Status poolOutcome(Reload const& reload, BAS::String const& pool) {
     if (!reload.failure) {
         return makeStatus(BAS::Status::info, pool, "MSG_POOL_RELOADED", {summaryOf(reload)});
@@ -92,7 +92,7 @@ CommandResult CommandExecutor::executeAndWait(Command const& command) {
     return result ? std::move(*result) : std::move(*late);
 }
 
-// The reload that the command is, if it is one for that object and well-formed.
+// The reload that the command asks for, if it does and is well-formed.
 std::optional<Reload> CommandExecutor::reloadOf(Command const& command,
                                                 BAS::RegisteredObject& object) const {
     Reload reload;
@@ -125,8 +125,8 @@ CommandResult CommandExecutor::carryOut(Command const& command, BAS::RegisteredO
     return result;
 }
 
-// No command is at work in this thread, and no batch within the locks. What the modules held goes
-// after them.
+// No command runs in this thread, and no batch while the locks are held. The old data are destroyed
+// after the locks are released.
 void CommandExecutor::takeOver(Reload& reload) {
     {
         auto const locks = lockAll(hostM);
@@ -181,7 +181,7 @@ std::string CommandExecutor::unknownObjectText(BAS::String const& object) const 
     for (auto const& known : hostM.objects()) {
         names.push_back(known->name().str());
     }
-    return "there is no such object" + nearestNameHint(object.view(), {names.begin(), names.end()});
+    return "unknown object" + nearestNameHint(object.view(), {names.begin(), names.end()});
 }
 
 } // namespace host

@@ -1,4 +1,4 @@
-// Carries out the commands of operators on the objects of a host. Used by one thread; the host must
+// Executes the commands of operators on the objects of a host. Used by one thread; the host must
 // outlive it.
 #pragma once
 
@@ -16,21 +16,21 @@ public:
     using Done = std::function<void(CommandResult)>;
 
     explicit CommandExecutor(Host& host) : hostM(host) {}
-    // A reload that goes on is given up; its done isn't called.
+    // A reload in progress is abandoned; its done isn't called.
     ~CommandExecutor() = default;
 
-    // Hands a command to its object, counts it and logs the result. A reload returns nothing, goes
-    // on while other commands are carried out, and gives done its result out of finishReloads.
+    // Passes a command to its object, counts it and logs the result. A reload returns nothing, runs
+    // while other commands are executed, and finishReloads passes its result to done.
     std::optional<CommandResult> execute(Command const& command, Done done);
     // The same, and waits for a reload.
     CommandResult executeAndWait(Command const& command);
 
     // Readable when finishReloads has something to do.
     int descriptor() const noexcept { return reloaderM.descriptor(); }
-    // Has the modules of each reload that is read take their data over.
+    // Has the modules take over the data of each reload that was read.
     void finishReloads() { reloaderM.handBack(); }
     bool isReloading() const noexcept { return reloaderM.isBusy(); }
-    // Gives up what is being read and what waits.
+    // Abandons the reload that is being read and those that wait.
     void stopReloads() { reloaderM.stop(); }
 
 private:

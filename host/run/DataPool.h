@@ -1,5 +1,5 @@
-// The data pool as operators call it, "<root>.DataPool": its command Reload is for all data modules
-// that can be reloaded. The modules stay the host's.
+// The registered object "<root>.DataPool": its command Reload is for all data modules that can be
+// reloaded. The modules stay the host's.
 #pragma once
 
 #include "BAS/RegisteredObject.h"

@@ -99,7 +99,7 @@ void Host::buildDataPool() {
             dataPoolM->add({object->name(), reloadable});
         }
         if (object == nullptr) {
-            // As modules refer to it: by its own name or its full one.
+            // Modules refer to it by its own name or its full one.
             auto const fullName = BAS::RegisteredObject::dirName(module.registeredName);
             absentM.emplace_back(fullName.view().substr(fullName.view().rfind('.') + 1));
             absentM.push_back(fullName);
@@ -125,7 +125,7 @@ void Host::buildPipelines() {
 void Host::buildFunctions() {
     for (auto const& pipeline : pipelinesM) {
         for (auto const& module : pipeline->configuration().functions) {
-            // The loader saw to the kind.
+            // The loader has checked the kind.
             if (auto* const function =
                     dynamic_cast<PLG::FunctionPlugIn*>(load(module, ModuleKind::function))) {
                 pipeline->addFunction(*function);
@@ -146,7 +146,7 @@ void Host::startLifeCycle() {
     problemsM.insert(problemsM.end(), problems.begin(), problems.end());
 }
 
-// A mistyped key is as good as none to the module, and the host doesn't know which keys there are.
+// The host doesn't know the keys of a module, so a key that the module never read may be mistyped.
 void Host::warnOfUnreadKeys() {
     for (auto const& object : objectsM) {
         auto const* const subtree = object->registry();
@@ -179,7 +179,7 @@ BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind 
     return nullptr;
 }
 
-// Its start would only tell once more what is known.
+// Its start would only report a known problem again.
 bool Host::isLeftOut(ModuleConfiguration const& module) {
     auto const* const own = subtree(*registryM.root, module.registeredName);
     auto const absent = std::find_if(absentM.begin(), absentM.end(), [&](auto const& reference) {

@@ -1,4 +1,4 @@
-// Everything that a registry file configures, alive: data modules, pipelines and their plug-ins.
+// Everything that a registry file configures, running: data modules, pipelines and their plug-ins.
 // The host owns all objects and destroys them in the reverse order of their creation. There is one
 // at a time, since registry and process log are the whole process's.
 #pragma once
@@ -30,9 +30,8 @@ public:
     // that don't follow from each other: those of the directories, else those of the data modules,
     // else those of the pipelines' descriptions and logs, else those of the plug-ins.
     void start();
-    // Does the same to find all problems: goes on with what can still be started, and returns what
-    // is wrong. What refers to a data module that can't be had is left out, so that one database
-    // out of reach is one problem.
+    // Starts as much as possible and returns all problems. A module that refers to an unusable data
+    // module is left out, so that an unreachable database is one problem.
     std::vector<BAS::Status> check();
 
     HostConfiguration const& configuration() const noexcept { return registryM.configuration; }
@@ -45,7 +44,7 @@ public:
     std::vector<std::unique_ptr<BAS::RegisteredObject>> const& objects() const noexcept {
         return objectsM;
     }
-    // Once it is started.
+    // Only after the start.
     DataPool& dataPool() const noexcept { return *dataPoolM; }
 
     void logSummaries() const;
@@ -82,7 +81,7 @@ private:
     DataPool* dataPoolM = nullptr;                                // one of the objects
     std::optional<LifeCycle> lifeCycleM;
     std::vector<BAS::Status> problemsM; // of the start
-    std::vector<BAS::String> absentM;   // references to data modules that can't be had
+    std::vector<BAS::String> absentM;   // references to unusable data modules
 };
 
 } // namespace host

@@ -30,7 +30,7 @@ std::optional<BAS::Status> perform(PLG::StdPlugIn& plugIn, char const* name, Ope
 } // namespace
 
 std::vector<BAS::Status> LifeCycle::start() {
-    // Whom an operation succeeded with is kept, if something must undo it.
+    // The plug-ins with which an operation succeeded are kept if something must undo it.
     struct Step {
         char const* name;
         Operation operation;

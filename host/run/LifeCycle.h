@@ -17,8 +17,8 @@ namespace host {
 
 class LifeCycle {
 public:
-    // Plug-ins in the order in which they start; they stay the caller's. What goes wrong at their
-    // end goes to the log.
+    // Plug-ins in the order in which they start; they stay the caller's. What fails when they stop
+    // is logged.
     LifeCycle(std::vector<PLG::StdPlugIn*> plugIns, BAS::LogSink& log)
         : plugInsM(std::move(plugIns)), logM(log) {}
     // Stops what was started.
@@ -26,14 +26,14 @@ public:
     LifeCycle(LifeCycle const&) = delete;
     LifeCycle& operator=(LifeCycle const&) = delete;
 
-    // Takes every plug-in through one operation before the next operation begins. A plug-in of
-    // which one fails or throws is taken no further. Returns what went wrong.
+    // Performs each operation on all plug-ins before the next one. A plug-in whose operation fails
+    // or throws is skipped from then on. Returns the failures.
     std::vector<BAS::Status> start();
 
 private:
     std::vector<PLG::StdPlugIn*> plugInsM;
     BAS::LogSink& logM;
-    // In the order in which that was done.
+    // In the order of installation.
     std::vector<PLG::StdPlugIn*> installedM;
     std::vector<PLG::StdPlugIn*> startedM;
 };

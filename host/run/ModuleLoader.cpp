@@ -17,7 +17,7 @@ namespace {
 using Entry = BAS::RegisteredObject*(BAS::String const&);
 
 constexpr char const* searchPathVariable = "PIPELINE_HOST_MODULE_PATH";
-// Where modules lie, seen from the program: in the build tree, and as they were installed.
+// The directories of modules relative to the program's: in the build tree and in an installation.
 constexpr std::array moduleDirectories = {"../lib/pipeline-host",
                                           "../" PIPELINE_HOST_LIBDIR "/pipeline-host"};
 
@@ -47,7 +47,7 @@ Entry& findEntry(ModuleConfiguration const& module, void* library,
 std::unique_ptr<BAS::RegisteredObject> callEntry(ModuleConfiguration const& module, Entry& entry,
                                                  std::filesystem::path const& library) {
     std::unique_ptr<BAS::RegisteredObject> object;
-    std::string reason = "it made no object";
+    std::string reason = "it returned no object";
     try {
         object.reset(entry(module.registeredName));
     } catch (...) {

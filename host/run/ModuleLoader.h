@@ -1,6 +1,6 @@
 // Loads the libraries of function plug-ins and data modules and has their entries build the
-// registered objects. A library stays loaded until the process ends, since what it made and threw
-// may outlive every pointer to it.
+// registered objects. A library stays loaded until the process ends, since an exception that it
+// threw may outlive its objects.
 #pragma once
 
 #include "BAS/RegisteredObject.h"

@@ -94,7 +94,7 @@ void PipelineRunner::runDirectory(Notification const& stop) {
     countersM.failedInputs = directoryM->failedFiles();
 }
 
-// What was read before a failure is processed all the same.
+// What was read before a failure is still processed.
 PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& input,
                                                       Notification const& stop) {
     report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_STARTED", {input.input.file.string()}));

@@ -1,4 +1,4 @@
-// One pipeline at work: reads its inputs in order, gathers EDRs in batches and hands each batch to
+// Runs one pipeline: reads its inputs in order, gathers EDRs in batches and passes each batch to
 // the functions in order. It owns what its plug-ins reach through their pipeline (description,
 // factory and log), so it must outlive them; the plug-ins stay the host's.
 //
@@ -68,7 +68,7 @@ public:
     FairLock& lock() noexcept { return lockM; }
     void countCommand();
 
-    // Up to the last batch. Any thread.
+    // As of the last batch. Any thread.
     PipelineCounters counters() const;
     // An input, a reject file, the log or a state failed.
     bool hasFailed() const noexcept;
@@ -99,7 +99,7 @@ private:
     std::optional<InputDirectory> directoryM;
     std::vector<PLG::FunctionPlugIn*> functionsM;
     FairLock lockM;
-    InputPortions portionsM;                            // of the input, on their way
+    InputPortions portionsM;                            // of the input, reused
     std::vector<std::unique_ptr<EDR::Container>> poolM; // one for each place in a batch
     RWTPtrOrderedVector<EDR::Container> batchM;
     mutable std::mutex countersLockM;

@@ -28,7 +28,7 @@ std::uint64_t sizeOfInputs(std::vector<std::unique_ptr<PipelineRunner>> const& p
     return total;
 }
 
-// Of the terminal at this moment; a line that is longer wraps and can't be erased any more.
+// The terminal's present width; a longer line would wrap and couldn't be erased.
 std::size_t longestLine() {
     winsize size = {};
     bool const isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;

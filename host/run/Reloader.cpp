@@ -9,7 +9,7 @@ namespace host {
 
 namespace {
 
-// The tables that have become empty, with the rows that they had.
+// The tables that have become empty, with the number of rows that they had.
 std::string emptiedTables(DAT::LoadReport const& before, DAT::LoadReport const& after) {
     std::string text;
     for (auto const& table : after.tables) {
@@ -23,7 +23,7 @@ std::string emptiedTables(DAT::LoadReport const& before, DAT::LoadReport const& 
     return text;
 }
 
-// Throws a BAS::Status when they can't be had.
+// Throws a BAS::Status when the data can't be read or used.
 std::unique_ptr<DAT::NewData> readModule(ReloadableModule const& module, DAT::LoadSession& session,
                                          bool isForced) {
     auto data = module.module->readNewData(session);
@@ -69,7 +69,7 @@ void Reloader::stop() {
     handBack();
 }
 
-// Once stop is requested, what waits is passed through without being read.
+// After a stop request, waiting reloads are passed on without being read.
 void Reloader::readAll(std::stop_token const& stop) {
     for (;;) {
         Reload reload;

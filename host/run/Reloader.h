@@ -1,5 +1,5 @@
-// Has data modules read their data anew, in a thread of its own, one reload after the other. What
-// was read is handed back to the thread that asked, which has the modules take it over.
+// Has data modules read their data again, in a thread of its own, one reload after the other. The
+// new data are returned to the calling thread, which has the modules take them over.
 #pragma once
 
 #include "BAS/Status.h"
@@ -17,7 +17,7 @@
 
 namespace host {
 
-// A data module by both its faces.
+// A data module with its name.
 struct ReloadableModule {
     BAS::String name; // registered
     DAT::Reloadable* module;
@@ -26,16 +26,16 @@ struct ReloadableModule {
 struct Reload {
     // All of them read one state of each database.
     std::vector<ReloadableModule> modules;
-    bool isForced = false; // takes tables that have become empty
-    // In the order of the modules; none when the reading failed.
+    bool isForced = false; // accepts tables that have become empty
+    // In the order of the modules; empty when reading failed.
     std::vector<std::unique_ptr<DAT::NewData>> newData;
-    // Why it failed, with the name of the object that is to blame; nothing is read if it is there
-    // from the start.
+    // Why it failed, with the name of the object that caused it; if set from the start, nothing is
+    // read.
     std::optional<BAS::Status> failure;
     std::function<void(Reload&)> done;
 };
 
-// Everything but the reading happens in the thread that calls.
+// Only the reading happens in another thread than the caller's.
 class Reloader {
 public:
     Reloader() = default;
@@ -49,7 +49,7 @@ public:
     // Calls done for each reload that is read, in the order in which they began.
     void handBack();
     bool isBusy() const noexcept { return unfinishedM > 0; }
-    // Lets those that are neither read nor taken up fail, and waits until the reading has given up.
+    // Lets unfinished reloads fail, and waits until the reader's thread has ended.
     void stop();
 
 private:

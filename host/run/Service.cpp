@@ -86,7 +86,7 @@ void Service::serveUntilEnd() {
     }
 }
 
-// Of the inputs' end, or of a signal.
+// After the end of the inputs or a signal.
 void Service::finishCommands() {
     takeCommands();
     while (executorM.isReloading() && !stopM.isSet()) {
@@ -94,12 +94,12 @@ void Service::finishCommands() {
         executorM.finishReloads();
         takeCommands();
     }
-    while (executorM.isReloading()) { // a file of commands may go on with another one
+    while (executorM.isReloading()) { // the command file may continue with another reload
         executorM.stopReloads();
     }
 }
 
-// Without its directory the host goes on, but nobody can give it commands any more.
+// Without the directory the host continues, but takes no more commands.
 void Service::takeCommands() {
     if (commandsM == nullptr || haveCommandsFailedM) {
         return;

@@ -1,5 +1,5 @@
-// A host at work: every pipeline in a thread of its own, while the calling thread takes commands
-// one after the other and shows how far the pipelines have come.
+// Runs a host: every pipeline in a thread of its own, while the calling thread takes commands one
+// after the other and shows the progress.
 #pragma once
 
 #include "commands/CommandDirectory.h"
@@ -16,13 +16,13 @@ class Service {
 public:
     // Takes the directories of the pipelines and of the commands for this host alone. Host,
     // executor and stop must outlive the service; the progress line may be null. Throws a
-    // StartFailure when a directory can't be had.
+    // StartFailure when a directory can't be used.
     Service(Host& host, CommandExecutor& executor, Notification const& stop,
             ProgressLine* progress);
 
     // Returns when all inputs have ended, or, once stop is set, when the batches and the command in
     // progress are finished. Commands that wait when the inputs end are carried out; those that
-    // wait when stop is set stay, and reloads are given up.
+    // wait when stop is set stay, and reloads are abandoned.
     void run();
 
     // A command's result couldn't be written, or the command directory failed.

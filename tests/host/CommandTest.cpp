@@ -29,7 +29,7 @@ TEST(Command, IsReadFromText) {
         {"o K=\"a b\" L='c \"d' M=\"\"", "o|K->a b|L->c \"d|M->"},
         {"", "error: expected OBJECT KEY[=VALUE]..."},
         {"host.A.Module", "error: expected OBJECT KEY[=VALUE]..."},
-        {"o =x", "error: '=x' lacks its key, expected KEY[=VALUE]"},
+        {"o =x", "error: '=x' has no key, expected KEY[=VALUE]"},
         {"o A=1 A", "error: the key 'A' is given twice"},
         {"o A=\"b c", "error: the quote \" isn't closed"},
     };

@@ -109,13 +109,14 @@ TEST_F(CompressedInput, GivesWhatStandsBeforeADamage) {
             std::string reason; // its beginning
         } const cases[] = {
             {whole.substr(0, half), lineCount / 4, lineCount - 1,
-             "the " + format + " data break off after byte " + std::to_string(half)},
+             "the " + format + " data end unexpectedly after byte " + std::to_string(half)},
             {whole.substr(0, whole.size() - 1), lineCount, lineCount,
-             "the " + format + " data break off after byte " + std::to_string(whole.size() - 1)},
+             "the " + format + " data end unexpectedly after byte " +
+                 std::to_string(whole.size() - 1)},
             {overwritten, 1, lineCount - 1, "expected " + format + " data at byte "},
             {wrongSum, lineCount, lineCount, "expected " + format + " data at byte "},
             {whole + "{}\n", lineCount, lineCount, "expected " + format + " data at byte "},
-            {"", 0, 0, "the " + format + " data break off after byte 0"},
+            {"", 0, 0, "the " + format + " data end unexpectedly after byte 0"},
             {text, 0, 0, "expected " + format + " data at byte "},
         };
         for (auto const& each : cases) {

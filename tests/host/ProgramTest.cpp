@@ -98,7 +98,7 @@ TEST_F(Program, DoesntStartWithAModuleThatCantBeUsed) {
         {"ModuleName: TestNoLibrary", "", {"ERR_LIBRARY_NOT_LOADED", "file too short"}},
         {"ModuleName: TestWithoutEntry",
          "",
-         {"/TestWithoutEntry.so' lacks the entry 'TestWithoutEntryModuleStart'."}},
+         {"/TestWithoutEntry.so' has no entry 'TestWithoutEntryModuleStart'."}},
         {counter("Fail: build"),
          "",
          {"ERR_REG_ENTRY_NOT_FOUND The mandatory registry key 'SomeKey' is missing.\n",
@@ -113,7 +113,7 @@ TEST_F(Program, DoesntStartWithAModuleThatCantBeUsed) {
          {"ERR_LIFE_CYCLE The operation 'install' failed: no status"}},
         {counter(""),
          "    Nothing: {ModuleName: TestData}\n    Wrong: {ModuleName: TestCounter}\n",
-         {"host.DataPool.Nothing.Module ERR_MODULE_ENTRY_FAILED", "failed: it made no object",
+         {"host.DataPool.Nothing.Module ERR_MODULE_ENTRY_FAILED", "failed: it returned no object",
           "host.DataPool.Wrong.Module ERR_MODULE_KIND_WRONG", "expected a data module, got a "}},
     };
     for (auto const& each : cases) {
@@ -206,7 +206,7 @@ TEST_F(Program, TellsWhatBecameOfEachCommand) {
          ": rejected, no work done, status ERR_REG_VALUE_INVALID: The registry value 'Refuse' is ",
          ""},
         {"host.Pipelines.Q.Functions.F.Module Count",
-         ": not handled, there is no such object (did you mean "
+         ": not handled, unknown object (did you mean "
          "'host.Pipelines.P.Functions.F.Module'?), "
          "no work done, ",
          ""},

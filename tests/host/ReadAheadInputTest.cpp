@@ -133,21 +133,21 @@ TEST_F(EdrInputs, RejectLinesThatCantBeTaken) {
     } const cases[] = {
         {"[1]", "1 expected a JSON object, which begins"},
         {"\"x\"", "1 expected a JSON object, which begins"},
-        {"plain text", "1 no JSON: "},
+        {"plain text", "1 not valid JSON: "},
         {"this is no json", "1 expected a JSON object, which begins"},
-        {R"({"A":"x")", "no JSON: "},
+        {R"({"A":"x")", "not valid JSON: "},
         {R"({"A":"x"}})", "10 more text after the JSON object"},
         {R"({"A":"x"} {"A":"y"})", "11 more text after the JSON object"},
-        {R"({"A":"x" "N":1})", "10 no JSON: "},
-        {R"({"A":"x",})", "10 no JSON"},
-        {R"({"A":nil})", "6 no JSON at A: "},
-        {R"({"N":1.})", "6 no JSON at N: "},
-        {R"({"N":-})", "6 no JSON at N: "},
-        {R"({"N":012})", "6 no JSON at N: "},
-        {R"({"A":"\ud800"})", "no JSON at A: "},
-        {"{\"A\":\"a\tb\"}", "no JSON"},
-        {"{\"A\":\"\xff\"}", "bad UTF-8"},
-        {"{\"\xc3\":1}", "bad UTF-8"},
+        {R"({"A":"x" "N":1})", "10 not valid JSON: "},
+        {R"({"A":"x",})", "10 not valid JSON"},
+        {R"({"A":nil})", "6 not valid JSON at A: "},
+        {R"({"N":1.})", "6 not valid JSON at N: "},
+        {R"({"N":-})", "6 not valid JSON at N: "},
+        {R"({"N":012})", "6 not valid JSON at N: "},
+        {R"({"A":"\ud800"})", "not valid JSON at A: "},
+        {"{\"A\":\"a\tb\"}", "not valid JSON"},
+        {"{\"A\":\"\xff\"}", "not valid UTF-8"},
+        {"{\"\xc3\":1}", "not valid UTF-8"},
         {R"({"A":true})", "6 A: expected a string or a number, not a boolean"},
         {"\xef\xbb\xbf{\"A\":true}", "9 A: expected a string or a number, not a boolean"},
         {R"({"A":["x"]})", "6 A: expected a string or a number, not an array"},
@@ -163,9 +163,10 @@ TEST_F(EdrInputs, RejectLinesThatCantBeTaken) {
         {R"({"RECORD":"detail"})", "11 RECORD: expected \"HEADER\", \"TRAILER\" or \"DETAIL\""},
         {R"({"RECORD":3})", "11 RECORD: expected \"HEADER\", \"TRAILER\" or \"DETAIL\""},
         // Within what is ignored, too, a line must be JSON.
-        {R"({"Q":[1,,2]})", "9 no JSON at Q: "},
-        {R"({"Q":{"a":tru}})", "11 no JSON at Q: "},
-        {"{\"Q\":" + std::string(200, '[') + std::string(200, ']') + "}", "70 no JSON at Q: "},
+        {R"({"Q":[1,,2]})", "9 not valid JSON at Q: "},
+        {R"({"Q":{"a":tru}})", "11 not valid JSON at Q: "},
+        {"{\"Q\":" + std::string(200, '[') + std::string(200, ']') + "}",
+         "70 not valid JSON at Q: "},
         {"{\"A\":\"" + std::string(500, 'x') + "\"}", "the line is longer than 500 bytes"},
     };
     for (auto const& each : cases) {
@@ -179,10 +180,10 @@ TEST_F(EdrInputs, GoOnBehindRejectedLinesAndKeepThemVerbatim) {
     EXPECT_THAT(readAll("\xef\xbb\xbf{\"A\":\"1\"}\r\n"
                         "\n  \t\r\n" +
                         huge + "\r\n" + "{\"A\":\"2\"}\n" + "{\"A\":\r\n" + huge + "\n" +
-                        "{\"A\":\"3\"}\n" + "no JSON"),
+                        "{\"A\":\"3\"}\n" + "not valid JSON"),
                 ElementsAre("3 1  []", "3 2  []", "3 3  []"));
     EXPECT_EQ(rejectedM, 4U);
-    EXPECT_EQ(directoryM.read("in.reject"), huge + "\r\n{\"A\":\r\n" + huge + "\nno JSON");
+    EXPECT_EQ(directoryM.read("in.reject"), huge + "\r\n{\"A\":\r\n" + huge + "\nnot valid JSON");
     std::vector<std::string> lines;
     for (auto const& entry : logM.entries()) {
         lines.push_back(entry.substr(entry.find("] [") + 2, 4));

@@ -88,9 +88,9 @@ struct BadRegistry {
 };
 
 BadRegistry const badRegistries[] = {
-    {"no YAML", "Log: {", "Log: }", {"2:8: no YAML: illegal flow end"}},
+    {"no YAML", "Log: {", "Log: }", {"2:8: not valid YAML: illegal flow end"}},
     {"empty", "", "# nothing\n", {"1:1: the file is empty"}},
-    {"no UTF-8", "BatchSize", "B\xc3\xa9\xff", {"10:10: expected text in UTF-8, not the byte FF"}},
+    {"no UTF-8", "BatchSize", "B\xc3\xa9\xff", {"10:10: not valid UTF-8: the byte FF"}},
     {"a control character",
      "      Log: second",
      "\x04      Log: second",
@@ -110,7 +110,7 @@ BadRegistry const badRegistries[] = {
     {"no pipeline",
      "",
      "host: {DataPool: {}, Pipelines: }\n",
-     {"1:22: 'Pipelines' names no pipeline"}},
+     {"1:22: 'Pipelines' needs at least one pipeline"}},
     {"a mistyped key",
      "BatchSize: 7",
      "BatchSise: 7",
@@ -164,7 +164,7 @@ BadRegistry const badRegistries[] = {
     {"no input file",
      "{Files: [a.jsonl], MaxLineLength: 100}",
      "{Files: []}",
-     {"22:15: 'Files' names no file"}},
+     {"22:15: 'Files' needs at least one file"}},
     {"an input twice",
      "[a.jsonl, /abs/b.jsonl",
      "[a.jsonl, ./a.jsonl",

@@ -79,12 +79,12 @@ TEST_F(Reload, takesThePoolOverAsAWholeOrNotAtAll) {
     directoryM.write("one", "a\n");
     directoryM.write("two", "x\ny\nbad\n");
     EXPECT_THAT(answer("c1", pool, "Reload: ''"),
-                HasSubstr("Taken over together: One 1 rows, Two 2 rows (1 rejected)."));
+                HasSubstr("Reloaded together: One 1 rows, Two 2 rows (1 rejected)."));
     directoryM.write("one", "a\nb\nc\nd\n");
     std::filesystem::remove(pathOf("two"));
     EXPECT_THAT(answer("c2", pool, "Reload: ''"),
                 AllOf(HasSubstr("Handled: false"),
-                      HasSubstr("Nothing is taken over, because of 'host.DataPool.Two.Module'")));
+                      HasSubstr("Nothing is reloaded because of 'host.DataPool.Two.Module'")));
     directoryM.write("one", "");
     EXPECT_THAT(answer("c3", one, "Reload: ''"), HasSubstr("LINES (had 1)"));
 }
@@ -127,5 +127,5 @@ TEST_F(Reload, isGivenUpWhenTheHostEndsAndFinishedWhenTheInputsDo) {
                       {"run", "r.yaml", "--at-end", std::string(pool) + " Reload"});
     EXPECT_EQ(ended.wait(), 0);
     EXPECT_THAT(directoryM.read("cmd/c.result"), HasSubstr("Loaded 2 rows"));
-    EXPECT_THAT(directoryM.read("out"), HasSubstr("Taken over together: One 2 rows, Two 1 rows"));
+    EXPECT_THAT(directoryM.read("out"), HasSubstr("Reloaded together: One 2 rows, Two 1 rows"));
 }

@@ -21,7 +21,7 @@ TEST_F(Send, PrintsTheResultAndLeavesNothing) {
     } const cases[] = {
         {{object, "Count", "Number=a=b c"}, 0, "Keys: {\"Count\": \"\", \"Number\": \"a=b c\"}"},
         {{object, "Refuse=1"}, 1, "Verdict: \"rejected\""},
-        {{"host.Nobody", "Count"}, 1, "Reason: \"there is no such object\""},
+        {{"host.Nobody", "Count"}, 1, "Reason: \"unknown object\""},
     };
     // The logs of the host and of send would share a file.
     auto const text = directoryM.read("r.yaml");
@@ -72,7 +72,7 @@ TEST_F(Send, TellsWhatKeepsItFromSending) {
         char const* message;
     } const cases[] = {
         {{object}, 2, "KEY is required"},
-        {{object, "A=\xe4"}, 2, "is no text in UTF-8"},
+        {{object, "A=\xe4"}, 2, "is not valid UTF-8"},
         {{object, "A=1", "A=2"}, 2, "the key 'A' is given twice"},
         {{object, "A", "--timeuot", "1"}, 2, "did you mean '--timeout'?"},
         {{object, "A", "--timeout", "soon"}, 2, "--timeout"},

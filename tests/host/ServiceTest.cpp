@@ -159,7 +159,7 @@ TEST_F(Service, AnswersEveryCommandFile) {
               "\"Path\": \"" +
               pathOf("written").string() + "\", \"Opened\": true, \"Size\": 8}]\n    Seconds: 0",
           "  - Object: \"" + std::string(object) + "x\"\n    Keys: {\"Count\": \"\"}\n" +
-              "    Verdict: \"not handled\"\n    Reason: \"there is no such object (did you mean "
+              "    Verdict: \"not handled\"\n    Reason: \"unknown object (did you mean "
               "'" +
               object + "'?)\"\n"}},
         {std::string(object) + ": {Write: relative, Wirte: x}\n",
@@ -179,7 +179,7 @@ TEST_F(Service, AnswersEveryCommandFile) {
         {std::string(object) + ": {Refuse: again}\n",
          {"Status: {\"Message\": \"ERR_REG_VALUE_INVALID\""}},
         {"host.Pipelines.P: {A: b}\n", {"Verdict: \"rejected\""}},
-        {"a: {b: c\n", {"Handled: false\nProblems:\n  - \"18.yaml:", "no YAML: "}},
+        {"a: {b: c\n", {"Handled: false\nProblems:\n  - \"18.yaml:", "not valid YAML: "}},
         {"", {"Problems:\n  - \"19.yaml:1:1: the file is empty\""}},
         {"a: {}\nb: {c: [d], e: f, e: g}\n",
          {"  - \"20.yaml:1:1: 'a' must be a mapping with the keys of the command\"\n"
@@ -199,7 +199,7 @@ TEST_F(Service, AnswersEveryCommandFile) {
                         HasSubstr(part));
         }
     }
-    EXPECT_THAT(directoryM.read("cmd/left.result"), HasSubstr("whether it was done isn't known"));
+    EXPECT_THAT(directoryM.read("cmd/left.result"), HasSubstr("its outcome is unknown"));
     host.signal(SIGTERM);
     EXPECT_EQ(host.wait(), 0);
     EXPECT_EQ(names("cmd").size(), std::size(cases) + 2); // the results and the name too long
@@ -251,7 +251,7 @@ TEST_F(Service, ChecksEverything) {
     auto const problems = directoryM.read("err");
     for (auto const* const part :
          {"r.yaml:3:3: unknown key 'Logs' (did you mean 'Log'?)", "/nowhere' can't be used",
-          "/nodir/log' can't be written: there is no", "P ERR_FILE_NOT_WRITABLE",
+          "/nodir/log' can't be written: the directory '", "P ERR_FILE_NOT_WRITABLE",
           "/no' can't be used", "ERR_LIBRARY_NOT_FOUND",
           "/bad.yaml:1:13: the field 'A' has the unknown type",
           "Functions.G.Module ERR_MODULE_NOT_USABLE", "Functions.H.Module ERR_LIFE_CYCLE",
