@@ -24,23 +24,29 @@ bool isCalling(std::size_t service) {
 
 GeneratedEdrs::GeneratedEdrs(GeneratedCustomers const& customers, std::uint64_t seed,
                              GeneratedFile& file)
-    : customersM(customers), fileM(file), randomM(seed ^ 0x5DEECE66DULL),
+    : customersM(customers), jsonM(file), randomM(seed ^ 0x5DEECE66DULL),
       customerRanksM(customers.customers().size()), serviceRanksM(services.size()),
       networkRanksM(visitedNetworks.size()) {
 }
 
 void GeneratedEdrs::write(std::uint64_t details) {
-    fileM.print(FMT_COMPILE("{{\"RECORD\":\"HEADER\",\"NETWORK_SOURCE\":\"RATING1\","
-                            "\"SEQUENCE_NUMBER\":\"000001\",\"CREATION_TIMESTAMP\":\"{}\"}}\n"),
-                edrTime(day + static_cast<std::int64_t>(secondsOfDay)));
+    beginFileRecord("HEADER")
+        .member("CREATION_TIMESTAMP", edrTime(day + static_cast<std::int64_t>(secondsOfDay)))
+        .endObject()
+        .endLine();
     for (std::uint64_t i = 0; i < details; ++i) {
         auto event = drawEvent();
         event.start = day + static_cast<std::int64_t>(i * secondsOfDay / details);
         writeDetail(i + 1, event);
     }
-    fileM.print(FMT_COMPILE("{{\"RECORD\":\"TRAILER\",\"NETWORK_SOURCE\":\"RATING1\","
-                            "\"SEQUENCE_NUMBER\":\"000001\",\"TOTAL_RECORDS\":\"{}\"}}\n"),
-                details);
+    beginFileRecord("TRAILER").member("TOTAL_RECORDS", details).endObject().endLine();
+}
+
+JsonWriter& GeneratedEdrs::beginFileRecord(std::string_view kind) {
+    return jsonM.beginObject()
+        .member("RECORD", kind)
+        .member("NETWORK_SOURCE", "RATING1")
+        .member("SEQUENCE_NUMBER", "000001");
 }
 
 GeneratedEdrs::Event GeneratedEdrs::drawEvent() {
@@ -115,33 +121,36 @@ void GeneratedEdrs::addGrant(std::vector<Grant>& grants, Event const& event,
 
 void GeneratedEdrs::writeDetail(std::uint64_t number, Event const& event) {
     collectGrants(event);
-    fileM.print(FMT_COMPILE("{{\"RECORD\":\"DETAIL\",\"RECORD_NUMBER\":\"{}\","
-                            "\"NETWORK_SOURCE\":\"{}\""),
-                number, services[event.service].source);
+    jsonM.beginObject()
+        .member("RECORD", "DETAIL")
+        .member("RECORD_NUMBER", number)
+        .member("NETWORK_SOURCE", services[event.service].source);
     writeParties(event);
     writeUse(event);
     writeCustomer(event);
     writeCharges(event);
-    fileM.write("}\n");
+    jsonM.endObject().endLine();
 }
 
 void GeneratedEdrs::writeParties(Event const& event) {
-    fileM.print(FMT_COMPILE(",\"A_NUMBER\":\"{}\""), phoneNumber(event.customer));
+    jsonM.member("A_NUMBER", phoneNumber(event.customer));
     if (isCalling(event.service)) {
-        auto const other = event.impactCategory == "ONNET" ? phoneNumber(customerRanksM(randomM))
-                           : event.impactCategory == "INTERNATIONAL"
-                               ? fmt::format("4420{:08}", randomM.below(100'000'000))
-                               : fmt::format("4930{:08}", randomM.below(100'000'000));
-        fileM.print(FMT_COMPILE(",\"B_NUMBER\":\"{}\""), other);
+        jsonM.member("B_NUMBER",
+                     event.impactCategory == "ONNET"
+                         ? phoneNumber(customerRanksM(randomM))
+                         : fmt::format("{}{:08}",
+                                       event.impactCategory == "INTERNATIONAL" ? 4420 : 4930,
+                                       randomM.below(100'000'000)));
     }
     if (event.service == content) {
-        fileM.print(FMT_COMPILE(",\"USER_NAME\":\"{}\""), userName(event.customer));
+        jsonM.member("USER_NAME", userName(event.customer));
         return;
     }
-    fileM.print(FMT_COMPILE(",\"IMSI\":\"{}\",\"CELL_ID\":\"{}-{}\""),
-                subscriberNumber(event.customer), 4000 + event.customer % 90, randomM.below(9));
+    jsonM.member("IMSI", subscriberNumber(event.customer))
+        .member("CELL_ID",
+                fmt::format(FMT_COMPILE("{}-{}"), 4000 + event.customer % 90, randomM.below(9)));
     if (event.network != &homeNetwork) {
-        fileM.print(FMT_COMPILE(",\"VISITED_NETWORK\":\"{}\""), event.network->name);
+        jsonM.member("VISITED_NETWORK", event.network->name);
     }
 }
 
@@ -149,26 +158,25 @@ void GeneratedEdrs::writeUse(Event const& event) {
     auto const& service = services[event.service];
     bool const isRoaming = event.network != &homeNetwork;
     auto const localStart = event.start + event.network->utcOffsetMinutes * secondsOfMinute;
-    fileM.print(FMT_COMPILE(",\"INTERN_SERVICE_CODE\":\"{}\",\"SERVICE_TYPE\":\"{}\","
-                            "\"EVENT_TYPE\":\"{}\",\"CONNECT_SUB_TYPE\":\"{}\","
-                            "\"CHARGING_START_TIMESTAMP\":\"{}\",\"CHARGING_END_TIMESTAMP\":\"{}\","
-                            "\"UTC_TIME_OFFSET\":\"{}\""),
-                service.code, service.type, service.eventType, isRoaming ? "17" : "01",
-                edrTime(localStart), edrTime(localStart + event.duration),
-                event.network->utcOffset);
+    jsonM.member("INTERN_SERVICE_CODE", service.code)
+        .member("SERVICE_TYPE", service.type)
+        .member("EVENT_TYPE", service.eventType)
+        .member("CONNECT_SUB_TYPE", isRoaming ? "17" : "01")
+        .member("CHARGING_START_TIMESTAMP", edrTime(localStart))
+        .member("CHARGING_END_TIMESTAMP", edrTime(localStart + event.duration))
+        .member("UTC_TIME_OFFSET", event.network->utcOffset);
     if (event.duration > 0) {
-        fileM.print(FMT_COMPILE(",\"DURATION\":\"{}\""), event.duration);
+        jsonM.member("DURATION", event.duration);
     }
     if (event.service == data) {
-        fileM.print(FMT_COMPILE(",\"VOLUME_SENT\":\"{}\",\"VOLUME_RECEIVED\":\"{}\""), event.sent,
-                    event.received);
+        jsonM.member("VOLUME_SENT", event.sent).member("VOLUME_RECEIVED", event.received);
     }
     if (event.units > 0) {
-        fileM.print(FMT_COMPILE(",\"NUMBER_OF_UNITS\":\"{}\""), event.units);
+        jsonM.member("NUMBER_OF_UNITS", event.units);
     }
-    fileM.print(FMT_COMPILE(",\"INTERN_BALANCE_GROUP_ID\":\"1_{}\",\"ITEM_TAG\":\"{}\","
-                            "\"OBJECT_CACHE_TYPE\":\"0\""),
-                balanceGroupId(event.customer), isRoaming ? "roaming" : service.itemTag);
+    jsonM.reference("INTERN_BALANCE_GROUP_ID", balanceGroupId(event.customer))
+        .member("ITEM_TAG", isRoaming ? "roaming" : service.itemTag)
+        .member("OBJECT_CACHE_TYPE", "0");
 }
 
 void GeneratedEdrs::writeCustomer(Event const& event) {
@@ -178,60 +186,66 @@ void GeneratedEdrs::writeCustomer(Event const& event) {
         position += has[service] ? 1 : 0;
     }
     auto const account = accountId(event.customer);
-    fileM.print(FMT_COMPILE(",\"CUST_A\":[{{\"ACCOUNT_PARENT_ID\":\"1_{}\",\"ACCOUNT_NO\":\"A-{}\","
-                            "\"CURRENCY\":\"EUR\",\"INTERN_FOUND_PP_INDEX\":\"{}\""),
-                account, account, position);
+    jsonM.beginArray("CUST_A")
+        .beginObject()
+        .reference("ACCOUNT_PARENT_ID", account)
+        .member("ACCOUNT_NO", fmt::format(FMT_COMPILE("A-{}"), account))
+        .member("CURRENCY", "EUR")
+        .member("INTERN_FOUND_PP_INDEX", position);
     writeProducts(event);
     writeDiscounts(event);
     writeSponsor(event);
-    fileM.write("}]");
+    jsonM.endObject().endArray();
 }
 
 void GeneratedEdrs::writeProducts(Event const& event) {
     auto const& customer = customersM.customers()[event.customer];
     auto const since = edrTime(static_cast<std::int64_t>(secondsOfDay) * customer.customerSince);
-    std::string_view separator = ",\"PRODUCT\":[";
+    jsonM.beginArray("PRODUCT");
     for (std::size_t service = 0; service < services.size(); ++service) {
         if (customer.hasService[service]) {
-            fileM.print(FMT_COMPILE("{}{{\"SERVICE_TYPE\":\"{}\",\"SERVICE_ID\":\"1_{}\","
-                                    "\"PRODUCT_NAME\":\"{}\",\"VALID_FROM\":\"{}\"}}"),
-                        separator, services[service].type, serviceId(event.customer, service),
-                        segments[customer.segment][service].product, since);
-            separator = ",";
+            jsonM.beginObject()
+                .member("SERVICE_TYPE", services[service].type)
+                .reference("SERVICE_ID", serviceId(event.customer, service))
+                .member("PRODUCT_NAME", segments[customer.segment][service].product)
+                .member("VALID_FROM", since)
+                .endObject();
         }
     }
-    fileM.write("]");
+    jsonM.endArray();
 }
 
 void GeneratedEdrs::writeDiscounts(Event const& event) {
     if (ownGrantsM.empty() && sharedGrantsM.empty()) {
         return;
     }
-    fileM.write(",\"DL\":[");
+    jsonM.beginArray("DL");
     if (!ownGrantsM.empty()) {
         writeDiscountOwner(ownGrantsM, "/account", accountId(event.customer));
     }
     if (!sharedGrantsM.empty()) {
-        fileM.write(ownGrantsM.empty() ? "" : ",");
         writeDiscountOwner(sharedGrantsM, "/group/sharing",
                            groupId(*customersM.customers()[event.customer].sharingGroup));
     }
-    fileM.write("]");
+    jsonM.endArray();
 }
 
 void GeneratedEdrs::writeDiscountOwner(std::vector<Grant> const& grants, std::string_view type,
                                        std::uint64_t ownerId) {
     auto const owner = grants.front().owner;
-    fileM.print(FMT_COMPILE("{{\"BALANCE_GROUP_ID\":\"1_{}\",\"DISCOUNT_OWNER_ACCT_ID\":\"1_{}\","
-                            "\"DISCOUNT_OWNER_ID\":\"1_{}\",\"DISCOUNT_OWNER_TYPE\":\"{}\""),
-                balanceGroupId(owner), accountId(owner), ownerId, type);
-    std::string_view separator = ",\"PD\":[";
+    jsonM.beginObject()
+        .reference("BALANCE_GROUP_ID", balanceGroupId(owner))
+        .reference("DISCOUNT_OWNER_ACCT_ID", accountId(owner))
+        .reference("DISCOUNT_OWNER_ID", ownerId)
+        .member("DISCOUNT_OWNER_TYPE", type)
+        .beginArray("PD");
     for (auto const& grant : grants) {
-        fileM.print(FMT_COMPILE("{}{{\"DISCOUNT_MODEL\":\"{}\",\"DISCOUNT_ID\":\"1_{}\"}}"),
-                    separator, grant.model->name, grant.id);
-        separator = ",";
+        jsonM.beginObject()
+            .member("DISCOUNT_MODEL", grant.model->name)
+            .reference("DISCOUNT_ID", grant.id)
+            .endObject();
     }
-    fileM.write("]}");
+    jsonM.endArray().endObject();
 }
 
 void GeneratedEdrs::writeSponsor(Event const& event) {
@@ -239,32 +253,39 @@ void GeneratedEdrs::writeSponsor(Event const& event) {
         return;
     }
     auto const& sponsorship = sponsorshipsM.front();
-    fileM.print(FMT_COMPILE(",\"SL\":[{{\"BALANCE_GROUP_ID\":\"1_{}\",\"SPONSOR_OWNER_ACCT_ID\":"
-                            "\"1_{}\",\"SPONSOR_OWNER_ID\":\"1_{}\",\"SPONSOR_OWNER_TYPE\":"
-                            "\"/group/sponsor\",\"SD\":[{{\"DISCOUNT_MODEL\":\"{}\","
-                            "\"SPONSORSHIP_ID\":\"1_{}\"}}]}}]"),
-                balanceGroupId(sponsorship.owner), accountId(sponsorship.owner),
-                groupId(*customersM.customers()[event.customer].sponsor), sponsorship.model->name,
-                sponsorship.id);
+    jsonM.beginArray("SL")
+        .beginObject()
+        .reference("BALANCE_GROUP_ID", balanceGroupId(sponsorship.owner))
+        .reference("SPONSOR_OWNER_ACCT_ID", accountId(sponsorship.owner))
+        .reference("SPONSOR_OWNER_ID", groupId(*customersM.customers()[event.customer].sponsor))
+        .member("SPONSOR_OWNER_TYPE", "/group/sponsor")
+        .beginArray("SD")
+        .beginObject()
+        .member("DISCOUNT_MODEL", sponsorship.model->name)
+        .reference("SPONSORSHIP_ID", sponsorship.id)
+        .endObject()
+        .endArray()
+        .endObject()
+        .endArray();
 }
 
 void GeneratedEdrs::writeCharges(Event const& event) {
     auto const segment = customersM.customers()[event.customer].segment;
-    fileM.write(",\"ASS_CBD\":[{\"RECORD_TYPE\":\"981\"");
+    jsonM.beginArray("ASS_CBD").beginObject().member("RECORD_TYPE", "981");
     auto const charged =
         writeChargePackets(event, "R", *findRateplan(segments[segment][event.service].rateplan));
     writeGrantedAmounts(charged);
     if (event.network != &homeNetwork) {
-        fileM.write("},{\"RECORD_TYPE\":\"982\"");
+        jsonM.endObject().beginObject().member("RECORD_TYPE", "982");
         writeChargePackets(event, "W", *findRateplan(wholesaleRateplans[event.service]));
     }
-    fileM.write("}]");
+    jsonM.endObject().endArray();
 }
 
 Money GeneratedEdrs::writeChargePackets(Event const& event, std::string_view type,
                                         Rateplan const& plan) {
     Money sum = 0;
-    std::string_view separator = ",\"CP\":[";
+    jsonM.beginArray("CP");
     for (auto const& entry : rateplanEntries) {
         if (entry.rateplan != plan.code ||
             (entry.impactCategory != "*" && entry.impactCategory != event.impactCategory)) {
@@ -272,40 +293,52 @@ Money GeneratedEdrs::writeChargePackets(Event const& event, std::string_view typ
         }
         auto const& model = *findPriceModel(entry.priceModel);
         auto const charge = chargeFor(event, model);
-        fileM.print(FMT_COMPILE("{}{{\"RATEPLAN_TYPE\":\"{}\",\"RATEPLAN_CODE\":\"{}\","
-                                "\"INTERN_RATEPLAN\":\"{}\",\"INTERN_RATEPLAN_VERSION\":\"{}\","
-                                "\"IMPACT_CATEGORY\":\"{}\",\"SERVICE_CODE_USED\":\"{}\","
-                                "\"SERVICE_CLASS_USED\":\"{}\",\"PRICEMODEL_CODE\":\"{}\","
-                                "\"PRICEMODEL_TYPE\":\"P\",\"QUANTITY\":\"{}\","
-                                "\"QUANTITY_UNIT\":\"{}\",\"CHARGED_AMOUNT\":\"{}\","
-                                "\"CHARGED_CURRENCY\":\"EUR\"}}"),
-                    separator, type, plan.code, plan.number, plan.version, event.impactCategory,
-                    plan.serviceCode, plan.serviceClass, model.code, charge.quantity,
-                    measures[model.measure].packetUnit, amountText(charge.amount));
-        separator = ",";
+        jsonM.beginObject()
+            .member("RATEPLAN_TYPE", type)
+            .member("RATEPLAN_CODE", plan.code)
+            .member("INTERN_RATEPLAN", plan.number)
+            .member("INTERN_RATEPLAN_VERSION", plan.version)
+            .member("IMPACT_CATEGORY", event.impactCategory)
+            .member("SERVICE_CODE_USED", plan.serviceCode)
+            .member("SERVICE_CLASS_USED", plan.serviceClass)
+            .member("PRICEMODEL_CODE", model.code)
+            .member("PRICEMODEL_TYPE", "P")
+            .member("QUANTITY", charge.quantity)
+            .member("QUANTITY_UNIT", measures[model.measure].packetUnit)
+            .member("CHARGED_AMOUNT", amountText(charge.amount))
+            .member("CHARGED_CURRENCY", "EUR")
+            .endObject();
         sum += charge.amount;
     }
-    fileM.write("]");
+    jsonM.endArray();
     return sum;
 }
 
-// Each grant is a share of what the ones before it have left.
+// Each grant is a share of what the grants before it have left.
 void GeneratedEdrs::writeGrantedAmounts(Money charged) {
-    std::string_view separator = ",\"DP\":[";
+    if (ownGrantsM.empty() && sharedGrantsM.empty() && sponsorshipsM.empty()) {
+        return;
+    }
+    jsonM.beginArray("DP");
     for (auto const* const grants : {&ownGrantsM, &sharedGrantsM, &sponsorshipsM}) {
         for (auto const& grant : *grants) {
             auto const amount = charged * grant.model->share / 100;
             charged -= amount;
-            fileM.print(FMT_COMPILE("{}{{\"DISCOUNT_MODEL\":\"{}\",\"GRANTED_AMOUNT\":\"{}\","
-                                    "\"GRANTED_CURRENCY\":\"EUR\",\"SUB_BALANCE\":[{{"
-                                    "\"BALANCE_GROUP_ID\":\"1_{}\",\"RESOURCE\":\"EUR\","
-                                    "\"AMOUNT\":\"{}\"}}]}}"),
-                        separator, grant.model->name, amountText(amount),
-                        balanceGroupId(grant.owner), amountText(amount));
-            separator = ",";
+            jsonM.beginObject()
+                .member("DISCOUNT_MODEL", grant.model->name)
+                .member("GRANTED_AMOUNT", amountText(amount))
+                .member("GRANTED_CURRENCY", "EUR")
+                .beginArray("SUB_BALANCE")
+                .beginObject()
+                .reference("BALANCE_GROUP_ID", balanceGroupId(grant.owner))
+                .member("RESOURCE", "EUR")
+                .member("AMOUNT", amountText(amount))
+                .endObject()
+                .endArray()
+                .endObject();
         }
     }
-    fileM.write(separator == "," ? "]" : "");
+    jsonM.endArray();
 }
 
 GeneratedEdrs::Charge GeneratedEdrs::chargeFor(Event const& event, PriceModel const& model) const {

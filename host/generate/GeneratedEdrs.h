@@ -2,7 +2,7 @@
 #pragma once
 
 #include "generate/GeneratedCustomers.h"
-#include "generate/GeneratedFile.h"
+#include "generate/JsonWriter.h"
 
 #include <cstdint>
 #include <string>
@@ -48,6 +48,7 @@ private:
     void addGrant(std::vector<Grant>& grants, Event const& event, DiscountModel const& model,
                   std::uint64_t id, std::uint32_t owner) const;
 
+    JsonWriter& beginFileRecord(std::string_view kind);
     void writeDetail(std::uint64_t number, Event const& event);
     void writeParties(Event const& event);
     void writeUse(Event const& event);
@@ -63,7 +64,7 @@ private:
     Charge chargeFor(Event const& event, PriceModel const& model) const;
 
     GeneratedCustomers const& customersM;
-    GeneratedFile& fileM;
+    JsonWriter jsonM;
     GeneratorRandom randomM;
     ZipfDistribution customerRanksM;
     ZipfDistribution serviceRanksM;

@@ -6,6 +6,8 @@
 #include <fmt/compile.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <concepts>
 #include <filesystem>
 #include <iterator>
 #include <string_view>
@@ -23,13 +25,27 @@ public:
         fmt::format_to(std::back_inserter(bufferM), format, arguments...);
         writeFullBuffer();
     }
-    void write(std::string_view text);
+    template <std::convertible_to<std::string_view>... Texts>
+    void write(Texts const&... texts) {
+        auto const size = bufferM.size();
+        bufferM.resize(size + (std::string_view(texts).size() + ...));
+        auto* end = bufferM.data() + size;
+        ((end = std::copy_n(std::string_view(texts).data(), std::string_view(texts).size(), end)),
+         ...);
+        writeFullBuffer();
+    }
 
     // Writes what is left. Throws a BAS::Status when that isn't possible.
     void close();
 
 private:
-    void writeFullBuffer();
+    static constexpr std::size_t pieceSize = std::size_t{1} << 20U;
+
+    void writeFullBuffer() {
+        if (bufferM.size() >= pieceSize) {
+            writeBuffer();
+        }
+    }
     void writeBuffer();
 
     std::filesystem::path fileM;
