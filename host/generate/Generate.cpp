@@ -25,7 +25,7 @@ void prepareDirectory(GenerateOptions const& options) {
         if (!options.isForced && std::filesystem::exists(options.output / name, error)) {
             throw makeStatus(
                 BAS::Status::critical, {}, "ERR_FILE_NOT_WRITABLE",
-                {(options.output / name).string(), "it is there already; --force replaces it"});
+                {(options.output / name).string(), "it exists already; --force replaces it"});
         }
     }
 }

@@ -1,6 +1,6 @@
-// Makes a believable day of EDRs with all that is needed to run them: the registry, the EDR
-// description, and the scripts of the reference database and of the data that belong to the EDRs.
-// The same options make the same bytes. What is made runs without a rejected EDR or row.
+// Generates a realistic day of EDRs with all that is needed to run them: the registry, the EDR
+// description, and the scripts of the reference database and of its data. The same options give the
+// same bytes. No EDR or row is rejected.
 #pragma once
 
 #include "generate/GenerateOptions.h"
@@ -9,7 +9,7 @@
 
 namespace host {
 
-// Returns what was made and how to run it, for people. Throws a BAS::Status when a file is there
+// Returns what was generated and how to run it, for people. Throws a BAS::Status when a file exists
 // already or can't be written.
 std::string generate(GenerateOptions const& options);
 

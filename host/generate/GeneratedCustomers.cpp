@@ -76,7 +76,7 @@ GeneratedGroup GeneratedCustomers::makeGroup(GeneratorRandom& random) const {
 }
 
 std::string phoneNumber(std::uint32_t i) {
-    // The factor has no divisor in common with the modulus, so that no number comes twice.
+    // Factor and modulus are coprime, so that no number comes twice.
     return fmt::format("49171{:08}", (std::uint64_t{i} * 61'803'399U + 3'920'001U) % 100'000'000U);
 }
 

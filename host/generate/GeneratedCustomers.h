@@ -50,8 +50,8 @@ private:
     std::vector<GeneratedGroup> groupsM;
 };
 
-// The numbers by which the database and the EDRs know what belongs to customer i or group g. The
-// kinds are told apart by the first of nine digits.
+// The numbers in the database and the EDRs for what belongs to customer i or group g. The first of
+// nine digits is the kind.
 constexpr std::uint64_t accountId(std::uint32_t i) {
     return 100'000'001ULL + i;
 }
@@ -81,7 +81,7 @@ constexpr std::uint64_t productId(std::uint32_t i, std::size_t service) {
 std::string phoneNumber(std::uint32_t i);
 std::string subscriberNumber(std::uint32_t i);
 std::string userName(std::uint32_t i);
-// The one of them that the database names for the service.
+// The one of them that the database has for the service.
 std::string customerIdentifier(std::uint32_t i, Service const& service);
 
 } // namespace host

@@ -7,7 +7,7 @@ namespace host {
 namespace {
 
 constexpr std::uint64_t rowsOfStatement = 500;
-constexpr std::string_view since = "2020-01-01T00:00:00Z"; // whatever is sold
+constexpr std::string_view since = "2020-01-01T00:00:00Z"; // of everything that is sold
 constexpr std::string_view monthBegin = "2026-11-01T00:00:00Z";
 constexpr std::string_view monthEnd = "2026-12-01T00:00:00Z";
 
@@ -189,7 +189,7 @@ void GeneratedDatabase::writeServices() {
     endTable();
 }
 
-// One balance each, of which all is owed for the present month.
+// One balance each, all of it owed for the present month.
 void GeneratedDatabase::writeBalances() {
     auto const& customers = customersM.customers();
     beginTable("BALANCE_GROUP (BALANCE_GROUP_ID, ACCOUNT_ID)");

@@ -1,5 +1,5 @@
-// Writes the reference data that belong to the generated EDRs, as an SQL script for the tables of
-// the reference database.
+// Writes the reference data of the generated EDRs, as an SQL script for the tables of the reference
+// database.
 #pragma once
 
 #include "generate/GeneratedCustomers.h"

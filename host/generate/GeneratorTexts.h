@@ -1,4 +1,4 @@
-// The files beside the generated ones, which are the same for all.
+// The files that are the same for all seeds.
 #pragma once
 
 namespace host {
