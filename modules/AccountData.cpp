@@ -124,7 +124,7 @@ std::vector<DAT::LoadedTable> AccountData::load(RWDBConnection const& connection
                                                 RowReport const& report, std::stop_token stop) {
     TableLoader tables(connection, textsM, report, std::move(stop));
     accountsM = tables.load(accountTable);
-    // Without its parent an account is no parent either.
+    // An account without its parent is left out and so can't be a parent itself.
     RowFault<Account> const unknownParent = [this](Account const& row) {
         return row.parentId && account(*row.parentId) == nullptr
                    ? noUsableRow("ACCOUNT", {{"ACCOUNT_ID", std::to_string(*row.parentId)}})

@@ -32,9 +32,9 @@ struct AccountService {
 struct OwnedItem {
     std::uint64_t accountId = 0;
     std::uint64_t id = 0;
-    // The code or name of what it is priced by.
+    // The code or name of its prices.
     Text model;
-    // The one service of the account that it applies to; none: to all of them.
+    // The only service of the account to which it applies; none: all services.
     std::optional<std::uint64_t> serviceId;
     Text eventType;
     Text status;

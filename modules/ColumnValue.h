@@ -1,5 +1,4 @@
-// The values that a column of the reference data can have, and what loading, ordering and showing
-// rows does with one of them.
+// The values that a column of the reference data can have, and how to parse, compare and show them.
 #pragma once
 
 #include "Decimal.h"
@@ -15,7 +14,7 @@
 
 namespace MOD {
 
-// A member of a row. A value is mandatory, except that NULL is no value for a std::optional and
+// A member of a row. A value is mandatory, except that NULL means nothing for a std::optional and
 // open for an EndTime.
 template <class Row>
 using ColumnMember =
@@ -23,8 +22,7 @@ using ColumnMember =
                  EndTime Row::*, Text Row::*, std::optional<std::uint64_t> Row::*,
                  std::optional<Decimal> Row::*, std::optional<Text> Row::*>;
 
-// Takes a value from its text, which is not empty. Returns null, or what was expected of the text
-// instead.
+// Parses a text, which is not empty. Returns null, or what was expected instead.
 char const* parseValue(std::string_view text, std::uint64_t& value, TextIntake& texts);
 char const* parseValue(std::string_view text, std::int64_t& value, TextIntake& texts);
 char const* parseValue(std::string_view text, Decimal& value, TextIntake& texts);
@@ -36,7 +34,7 @@ template <class Value>
 char const* parseValue(std::string_view text, std::optional<Value>& value, TextIntake& texts) {
     return parseValue(text, value.emplace(), texts);
 }
-// Whether a member is left as it was built when its column is NULL.
+// Whether a member keeps its default when its column is NULL.
 template <class Value>
 constexpr bool takesNull = false;
 template <>
@@ -48,7 +46,7 @@ template <class Value>
 std::strong_ordering compareValues(Value const& a, Value const& b, TextPool const& /*texts*/) {
     return a <=> b;
 }
-// Equal are only those that show the same.
+// Values are equal only if they are shown alike.
 inline std::strong_ordering compareValues(Decimal const& a, Decimal const& b,
                                           TextPool const& /*texts*/) {
     auto const order = a <=> b;
@@ -63,8 +61,8 @@ std::strong_ordering compareValues(std::optional<Value> const& a, std::optional<
     return a && b ? compareValues(*a, *b, texts) : a.has_value() <=> b.has_value();
 }
 
-// A value as people read it. Control characters of a text are shown as \xNN, so that a text can't
-// break a layout or forge a line.
+// A value for people. Control characters of a text are shown as \xNN, so that a text can't break a
+// layout or forge a line.
 std::string shownValue(std::uint64_t value, TextPool const& texts);
 std::string shownValue(std::int64_t value, TextPool const& texts);
 std::string shownValue(Decimal const& value, TextPool const& texts);
@@ -72,7 +70,7 @@ std::string shownValue(UtcTime value, TextPool const& texts);
 std::string shownValue(EndTime value, TextPool const& texts);
 std::string shownValue(Text value, TextPool const& texts);
 
-// No value is empty.
+// The text of nothing is empty.
 template <class Value>
 std::string shownValue(std::optional<Value> const& value, TextPool const& texts) {
     return value ? shownValue(*value, texts) : std::string();

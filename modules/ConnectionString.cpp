@@ -16,7 +16,7 @@ constexpr char blank = ' ';
 
 using Parameters = std::vector<std::pair<std::string, std::string>>;
 
-// Takes the value off the text: up to the next blank, or what stands in quotes.
+// Removes the value from the text: up to the next blank, or within quotes.
 std::string takeValue(std::string_view& text) {
     bool const quoted = text.starts_with('"') || text.starts_with('\'');
     auto const end = quoted ? text.find(text.front(), 1) : text.find(blank);

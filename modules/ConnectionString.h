@@ -7,16 +7,16 @@
 
 namespace MOD {
 
-// A connection string as an operator writes it, made ready to open. For SQLite that is
+// A connection string from the registry, made ready to open. For SQLite that is
 //     sqlite3://db=reference.db timeout=5        or        sqlite3://reference.db
-// with parameters separated by blanks and values in quotes where they hold blanks: a relative path
-// is relative to the directory, and the file is opened for reading only. Every other kind of
-// database takes its string as it stands.
+// with parameters separated by blanks and values in quotes if they have blanks: a relative path is
+// relative to the directory, and the file is opened for reading only. The strings of other
+// databases are used unchanged.
 struct ConnectionString {
     ConnectionString(std::string const& text, std::filesystem::path const& directory);
 
     std::string text;
-    // The database's own file, empty when SQLite is given none; no value for a server.
+    // The database's file, empty when SQLite is given none; nothing for a server.
     std::optional<std::filesystem::path> file;
 };
 

@@ -1,6 +1,6 @@
-// What every data module of the stand-alone host has in common: a plug-in that loads its data from
-// the reference database, through the database module that its registry key "Database" names, when
-// it is built and whenever the host reloads it.
+// The base of the data modules of the stand-alone host: a plug-in that loads its data from the
+// reference database, through the database module that its registry key "Database" names, when it
+// is built and whenever the host reloads it.
 //
 // Base is the framework's class of the module; Data has
 //     std::vector<DAT::LoadedTable> load(RWDBConnection const&, RowReport const&, std::stop_token)

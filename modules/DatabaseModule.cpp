@@ -1,5 +1,5 @@
-// The database module of the stand-alone host. Its registry key "Connection" says where the
-// reference database is; every client gets a connection of its own.
+// The database module of the stand-alone host. Its registry key "Connection" is the connection
+// string of the reference database; every client gets a connection of its own.
 #include "ConnectionString.h"
 
 #include "BAS/RegistryEntry.h"
@@ -42,7 +42,7 @@ bool DatabaseModule::start() {
     }
     ConnectionString const given(entry->value().str(), registryDirectory().str());
     connectionTextM = given.text;
-    // Opening it would say no more than that it can't be opened.
+    // Opening it would give a less exact error.
     std::error_code unreachable;
     if (given.file && !std::filesystem::exists(*given.file, unreachable)) {
         return fail("ERR_DATABASE",

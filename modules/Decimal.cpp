@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t maxDigits = 18;
 
-// Wide enough for a number of 18 digits brought to another scale of 18 digits.
+// Wide enough for a number of 18 digits with 18 more decimal places.
 __extension__ using Wide = __int128;
 
 Wide scaled(std::int64_t digits, int places) noexcept {

@@ -1,5 +1,5 @@
-// An exact decimal number of at most 18 digits, such as an amount of money. It keeps the digits
-// after its point as they were written, so that 1.50 stays 1.50. A value.
+// An exact decimal number of at most 18 digits, such as an amount of money. It keeps trailing
+// zeros, so that 1.50 stays 1.50. A value.
 #pragma once
 
 #include <compare>
@@ -12,8 +12,8 @@ namespace MOD {
 
 class Decimal {
 public:
-    // The whole text: an optional sign, digits, and optionally a point with digits after it. No
-    // value for any other text and for one of more than 18 digits, leading zeros aside.
+    // The whole text: an optional sign, digits, and optionally a point with digits after it.
+    // Nothing for any other text and for more than 18 digits without leading zeros.
     static std::optional<Decimal> fromText(std::string_view text) noexcept;
 
     std::string text() const;

@@ -1,6 +1,6 @@
-// The text of one dump, collected line by line and then written at once, so that nothing but its
-// first word depends on how the stream is set up. Lists are laid out in aligned columns: numbers to
-// the right, everything else to the left.
+// The text of one dump, collected line by line and then written at once, so that only its first
+// word depends on the stream's format. Lists have aligned columns: numbers to the right, everything
+// else to the left.
 #pragma once
 
 #include "ColumnValue.h"
@@ -34,14 +34,14 @@ public:
         textM += '\n';
     }
 
-    // The headings and one line a row, or "none" when there is no row, indented by so many blanks.
-    // The marked row's line shows ">" before it.
+    // The headings and one line a row, or "none" without rows, indented by that many blanks. The
+    // line of the marked row begins with ">".
     template <class Row>
     void list(std::size_t indent, std::span<ListColumn<Row> const> columns,
               std::span<Row const> rows, Row const* marked = nullptr);
 
-    // Write the text. The first word takes the stream's width and fill; the rest is written as it
-    // stands. In the second form the end of the last line is left to the caller.
+    // Write the text. The first word has the stream's width and fill; the rest is written
+    // unchanged. In the second form the caller ends the last line.
     void writeLines(std::ostream& out) const;
     void writeUpToLastLineEnd(std::ostream& out) const;
 

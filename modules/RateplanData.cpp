@@ -32,7 +32,7 @@ constexpr ListColumn<RateplanEntry> entryList[] = {
     {"Price model", &RateplanEntry::priceModel},
 };
 
-// How a row that belongs to a version of a rate plan stands to one of them.
+// Compares a row of a rate plan version with one of them.
 template <class Row>
 std::strong_ordering orderTo(Row const& row, std::string_view code, std::int64_t version,
                              TextPool const& texts) {
@@ -40,7 +40,7 @@ std::strong_ordering orderTo(Row const& row, std::string_view code, std::int64_t
     return std::is_eq(order) ? row.version <=> version : order;
 }
 
-// "*" matches everything, in an entry as in what is asked for.
+// "*" matches everything, in an entry and in a query.
 bool matchesValue(std::string_view value, std::string_view asked) {
     return value == asked || value == "*" || asked == "*";
 }

@@ -32,7 +32,7 @@ struct RateplanEntry {
 
 class RateplanData {
 public:
-    // What an event was rated with.
+    // The rate plan of an event.
     struct Asked {
         std::string_view code;
         long version;

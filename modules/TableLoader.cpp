@@ -49,10 +49,10 @@ RWDBReader TableLoader::open(char const* table) const {
     return reader;
 }
 
-// Steps to the next row and takes its values; false after the last one.
+// Moves to the next row and reads its values; false after the last one.
 bool TableLoader::readRow(RWDBReader& reader, char const* table) {
     if (stopM.stop_requested()) {
-        throw std::runtime_error("the reading of table " + std::string(table) + " was given up");
+        throw std::runtime_error("reading of table " + std::string(table) + " was abandoned");
     }
     bool const found = reader();
     require(reader, table);

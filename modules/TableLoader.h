@@ -1,6 +1,6 @@
 // Loads the tables of a data module from the reference database: each table, declared once as a
 // constant list of columns, becomes a vector of rows that is sorted by the table's columns, the key
-// first, and holds each key once. What comes out does not depend on the order in which the database
+// first, and has each key once. The outcome does not depend on the order in which the database
 // returns rows.
 //
 // A row that can't be used is reported once and left out. A table that can't be read ends the
@@ -39,18 +39,18 @@ struct Table {
     std::span<Column<Row> const> columns;
 };
 
-// Is told of each row that is left out: the table, the row's key and the reason.
+// Called for each row that is left out: the table, the row's key and the reason.
 using RowReport = std::function<void(std::string const& table, std::string const& key,
                                      std::string const& reason)>;
 
-// Why a row can't be used, although each of its values is good; empty when it can.
+// Why a row with valid values can't be used; empty when it can.
 template <class Row>
 using RowFault = std::function<std::string(Row const&)>;
 
 class TableLoader {
 public:
-    // The connection is used for nothing else meanwhile; the pool stays the caller's. Loading ends
-    // with a std::runtime_error soon after a stop is requested.
+    // Only the loader may use the connection; the pool stays the caller's. Loading ends with a
+    // std::runtime_error soon after a stop is requested.
     TableLoader(RWDBConnection connection, TextPool& texts, RowReport report, std::stop_token stop);
 
     template <class Row>
@@ -60,11 +60,11 @@ public:
     template <class Row>
     bool leaveOut(Table<Row> const& table, std::vector<Row>& rows, RowFault<Row> const& fault);
 
-    // What the tables have given so far, in the order of loading.
+    // The tables so far, in the order of loading.
     std::vector<DAT::LoadedTable> const& loaded() const noexcept { return loadedM; }
 
 private:
-    // One value of the row that is being read, as it came.
+    // One value of the row that is being read.
     struct Cell {
         char const* column;
         RWCString text;
@@ -99,10 +99,10 @@ private:
     std::vector<DAT::LoadedTable> loadedM;
 };
 
-// How messages write a column with its value: ACCOUNT_ID '17'.
+// A column with its value in messages: ACCOUNT_ID '17'.
 std::string namedValue(char const* column, std::string_view value);
 
-// The fault of a reference to a row that isn't there, or that was left out.
+// The fault of a reference to a row that is missing or was left out.
 std::string noUsableRow(char const* table,
                         std::initializer_list<std::pair<char const*, std::string>> key);
 
@@ -112,7 +112,7 @@ std::string validityFault(Row const& row) {
     return row.validTo <= EndTime(row.validFrom) ? "the validity ends before it begins" : "";
 }
 
-// The fault of a step that ends at the quantity at which it begins, or before.
+// The fault of a step that doesn't end after the quantity at which it begins.
 template <class Row>
 std::string thresholdFault(Row const& row) {
     return row.thresholdTo && *row.thresholdTo <= row.thresholdFrom
@@ -150,7 +150,7 @@ std::vector<Row> TableLoader::load(Table<Row> const& table, RowFault<Row> const&
 template <class Row>
 bool TableLoader::leaveOut(Table<Row> const& table, std::vector<Row>& rows,
                            RowFault<Row> const& fault) {
-    // The fault may look at the rows, so they stay until all were asked.
+    // The fault may use the rows, so they stay until all are checked.
     std::vector<Row> kept;
     for (auto const& row : rows) {
         if (auto const reason = fault(row); reason.empty()) {
@@ -167,7 +167,7 @@ bool TableLoader::leaveOut(Table<Row> const& table, std::vector<Row>& rows,
     return found;
 }
 
-// Fills the row from the cells. Returns why that can't be done; empty when it is done.
+// Fills the row from the cells. Returns the reason when that isn't possible.
 template <class Row>
 std::string TableLoader::takeRow(Table<Row> const& table, Row& row) {
     std::string reason;
@@ -180,7 +180,7 @@ std::string TableLoader::takeRow(Table<Row> const& table, Row& row) {
 
 template <class Value>
 std::string TableLoader::takeValue(Cell const& cell, Value& value) {
-    // Feeding systems write the empty text where there is no value.
+    // Feeding systems write the empty text instead of NULL.
     if (cell.isNull || cell.text.isNull()) {
         return takesNull<Value> ? std::string() : std::string(cell.column) + " is missing";
     }
@@ -239,8 +239,8 @@ std::string TableLoader::keyOf(Table<Row> const& table, Row const& row) const {
     return key;
 }
 
-// The rows of a sorted vector that the order puts at zero; the order tells how a row stands to what
-// is wanted, and agrees with the sorting.
+// The rows of a sorted vector for which the order returns zero; it compares a row with what is
+// searched for, and agrees with the sorting.
 template <class Row, class Order>
 std::span<Row const> equalRows(std::vector<Row> const& rows, Order order) {
     auto const first = std::partition_point(rows.begin(), rows.end(),
@@ -250,7 +250,7 @@ std::span<Row const> equalRows(std::vector<Row> const& rows, Order order) {
     return {first, last};
 }
 
-// The row that the order puts at zero, or null.
+// The row for which the order returns zero, or null.
 template <class Row, class Order>
 Row const* equalRow(std::vector<Row> const& rows, Order order) {
     auto const found = equalRows(rows, order);

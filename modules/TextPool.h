@@ -1,6 +1,6 @@
-// The texts of one data module's rows, each kept once; a row holds a number of four bytes in its
-// place. The pool owns the bytes. It grows through a TextIntake while rows are loaded and does not
-// change afterwards; views that it hands out end with its next growth.
+// The texts of one data module's rows, each kept once; a row has a number of four bytes instead.
+// The pool owns the bytes. It grows through a TextIntake while rows are loaded and does not change
+// afterwards; views are valid until it grows.
 #pragma once
 
 #include <cstdint>
@@ -28,13 +28,13 @@ private:
     std::vector<std::size_t> endsM;
 };
 
-// Takes texts into a pool. It knows the texts that it took itself, so one intake fills one pool.
+// Adds texts to a pool. It knows only the texts that it added itself, so one intake fills one pool.
 class TextIntake {
 public:
     explicit TextIntake(TextPool& pool);
     TextIntake(TextIntake const&) = delete;
     TextIntake& operator=(TextIntake const&) = delete;
-    // Gives the pool's spare storage back.
+    // Frees the pool's spare storage.
     ~TextIntake();
 
     TextPool const& pool() const noexcept { return poolM; }
@@ -43,7 +43,7 @@ public:
     Text intern(std::string_view text);
 
 private:
-    // Finds a taken text by its bytes.
+    // Finds a text by its bytes.
     struct Hash {
         using is_transparent = void;
         TextPool const* pool;

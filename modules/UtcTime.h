@@ -1,5 +1,5 @@
-// Points in time, to the second, as the reference data states them: in UTC, written in ISO 8601
-// such as 2026-01-31T00:00:00Z. Values.
+// Points in time of the reference data, to the second, in UTC and ISO 8601, such as
+// 2026-01-31T00:00:00Z. Values.
 #pragma once
 
 #include <compare>
@@ -13,7 +13,7 @@ namespace MOD {
 
 class UtcTime {
 public:
-    // No value for a text of another shape and for a day or time that doesn't exist.
+    // Nothing for a text of another shape and for a day or time that doesn't exist.
     static std::optional<UtcTime> fromText(std::string_view text) noexcept;
 
     // Later than every time that has a text.

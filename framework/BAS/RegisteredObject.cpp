@@ -40,7 +40,7 @@ std::mutex RegisteredObject::dirNameLockerCM;
 std::mutex RegisteredObject::rootNameLockerCM;
 String RegisteredObject::rootNameCM;
 
-// Entered last: nothing may fail behind it that would leave the directory with a dead object.
+// Registered last: a failure after it would leave the directory with a dead object.
 RegisteredObject::RegisteredObject(String const& name) : isRegisteredM(false), nameM(name) {
     isRegisteredM = enter(name, this);
 }

@@ -1,7 +1,7 @@
 // The base of everything that the framework knows by name: plug-ins, data modules, pipelines. An
-// object registers itself under its full dotted registry name when it is built and leaves when it
-// is destroyed; a name that is taken leaves the newcomer unregistered. Whoever built an object owns
-// it; find hands out plain pointers.
+// object registers itself under its full dotted registry name when it is built and unregisters when
+// it is destroyed; an object whose name is taken stays unregistered. The creator of an object owns
+// it; find returns plain pointers.
 //
 // Name, status and flags of every object are guarded by the class-wide locks below, one lock a
 // kind, each held for a single read or write. Where two are needed, the status lock is the outer
@@ -40,7 +40,7 @@ public:
     virtual bool readRegistry();
     virtual bool evalEnvironment();
     virtual bool setEDRContainerIndices();
-    // A command at run time: the keys stand directly below the update entry. Returns whether the
+    // A command at run time: its keys are the children of the update entry. Returns whether the
     // update was handled; workDone is set to true when there was anything to do. An object without
     // commands rejects every update.
     virtual bool registryUpdate(RegistryEntry const* update, ProtectedBool& workDone);
@@ -54,14 +54,14 @@ public:
 
     // Makes the tree, whose root's name is the first part of every registered name, the registry of
     // all objects. Relative paths in it are relative to the directory. The tree stays the caller's
-    // and must outlive the objects; null takes it away again. Not while objects are being built.
+    // and must outlive the objects; null removes it. Not while objects are being built.
     static void bindRegistry(RegistryEntry const* root, String const& directory);
     // The directory of the registry file.
     static String registryDirectory();
     // Where writeLog writes; null drops everything. The sink stays the caller's.
     static void bindProcessLog(LogSink* sink);
 
-    // The subtree of the registry that bears this object's name, or null.
+    // The subtree of the registry with this object's name, or null.
     RegistryEntry const* registry() const;
 
     // Copies, taken under the locks.
@@ -89,8 +89,7 @@ protected:
     // log is true.
     void setStatus(String const& messageName, Status::Severity severity, String const& argument,
                    bool log);
-    // The same for a status that was made elsewhere: it is kept as it is, object name included;
-    // an empty object name is replaced by the object's own.
+    // The same for a given status, whose object name is kept unless it is empty.
     void setStatus(Status const& status, bool log);
     void writeLog(Status const& status) const;
 

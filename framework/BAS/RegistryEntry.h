@@ -18,7 +18,7 @@ public:
 
     // The key of that name directly below this one, or null.
     RegistryEntry const* find(String const& name) const;
-    // Whether find ever gave this key to anybody. Any thread.
+    // Whether find ever returned this key. Any thread.
     bool wasFound() const;
 
     String const& name() const noexcept { return nameM; }

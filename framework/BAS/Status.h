@@ -1,5 +1,5 @@
 // What an object of the framework reports: which object, which message, how severe, and the
-// message's arguments. The text of a message lives in the host's message catalogue. A status is a
+// message's arguments. The text of a message is in the host's message catalogue. A status is a
 // value; some operations throw one.
 #pragma once
 

@@ -9,7 +9,7 @@ DatabasePlugIn::~DatabasePlugIn() = default;
 
 BAS::String DatabasePlugIn::errorMessage(RWDBStatus const& status) {
     auto text = status.message().str();
-    // Drivers end their texts with a line end and put more of them inside.
+    // Drivers put line ends at the end of their texts and inside.
     text.erase(text.find_last_not_of("\r\n ") + 1);
     std::replace(text.begin(), text.end(), '\n', ' ');
     // Some put the name of one of their functions in front.

@@ -11,8 +11,8 @@ public:
     using RegisteredObject::RegisteredObject;
     ~DatabasePlugIn() override;
 
-    // A connection of the caller's own, open until the caller lets go of it and of what was made
-    // from it; not valid when the database can't be reached. Any thread.
+    // A new connection for the caller, open until it and all objects made from it are destroyed;
+    // not valid when the database can't be reached. Any thread.
     virtual RWDBConnection connection() const = 0;
 
     // The text of a database error, on one line.

@@ -1,13 +1,13 @@
 // One event detail record: a tree of blocks with text fields, laid out by an EDR::Description.
 //
-// The blocks of one kind lie side by side in the order in which they were added, and those of one
+// The blocks of one kind are in one array in the order in which they were added, and those of one
 // parent block next to each other, so that a read by handle is array access: no map, no string
-// comparison, no allocation, and the text comes back by constant reference. The reference stands
+// comparison, no allocation, and the text is returned by constant reference. The reference is valid
 // until the container is filled again.
 //
-// Whoever feeds a pipeline fills containers and owns them: clear, then add and set in the order of
-// the record. clear keeps all storage. The description must outlive the container. A container is
-// used by one thread at a time; its block cursors are state that reading through iterators moves.
+// The host owns and fills containers: clear, then add and set in the order of the record. clear
+// keeps all storage. The description must outlive the container. A container is used by one thread
+// at a time; reading through iterators moves its block cursors.
 #pragma once
 
 #include "BAS/DateTime.h"
@@ -35,8 +35,8 @@ public:
 
     int recordKind() const noexcept { return recordKindM; }
 
-    // Read a field in the first block at every level. A field that isn't there reads as empty text
-    // or 0, and so does a text that is no number or no date-time.
+    // Read a field in the first block at every level. A missing field reads as empty text or 0, and
+    // a text that isn't a number or date-time as 0.
     virtual BAS::String const& getString(Index const& field) const;
     virtual long getLong(Index const& field) const;
     virtual BAS::DateTime getDateTime(Index const& field) const;
@@ -47,7 +47,7 @@ public:
     virtual BAS::String const& getString(Index const& field,
                                          RWTValOrderedVector<long> const& positions) const;
 
-    // Filling. clear leaves a record of that kind with nothing but an empty root block.
+    // Filling. clear leaves a record of that kind with only an empty root block.
     void clear(RecordKind kind);
     void setRecordKind(RecordKind kind) noexcept { recordKindM = kind; }
     // Appends a block to the last block of the parent kind, which must exist.
@@ -60,8 +60,8 @@ private:
 
     struct Cell {
         BAS::String text;
-        // What the text says, for a field that is described as a number (its value) or as a
-        // date-time (seconds of BAS::DateTime).
+        // The value of a field that is described as a number or as a date-time (seconds of
+        // BAS::DateTime).
         long number = 0;
     };
     struct BlockRange {
@@ -78,7 +78,7 @@ private:
         bool reachedByFirsts = false;
         std::vector<Cell> cells;
         std::vector<std::uint32_t> firstOf;
-        // Where iterators stand: a block, or one of the two marks below.
+        // The position of iterators: a block, or one of the two marks below.
         std::uint32_t cursor = beforeFirst;
     };
 
@@ -91,7 +91,7 @@ private:
     Cell const* firstCell(Index const& field) const noexcept;
     long numberOf(Cell const* cell, Index const& field) const;
     BlockRange childrenOf(std::uint32_t parentBlock, std::uint32_t childKind) const noexcept;
-    // The block of a kind at which a child kind is walked; pastLast when there is none.
+    // The block of a kind whose child blocks are walked; pastLast when there is none.
     std::uint32_t currentBlock(std::uint32_t kind) const noexcept;
     std::uint32_t firstBlockOf(std::uint32_t neverSteppedKind) const noexcept;
 
@@ -104,7 +104,7 @@ private:
     std::vector<BlockStore> storesM;
 };
 
-// Inline, for they are what every read of a field comes down to.
+// Inline, because every read of a field calls them.
 inline Container::Cell const* Container::cellAt(Index const& field,
                                                 std::uint32_t block) const noexcept {
     auto const& store = storesM[field.blockKind()];

@@ -1,6 +1,6 @@
-// Handles by which EDR fields and blocks are reached without any look-up: the position of a field
-// among the fields of its block kind, and the number of a block kind. EDR::Factory resolves a path
-// to a handle; a handle that was never resolved is not valid and reads as absent. Values.
+// Handles for access to EDR fields and blocks without any look-up: the position of a field among
+// the fields of its block kind, and the number of a block kind. EDR::Factory resolves a path to a
+// handle; a handle that was never resolved is not valid and reads as absent. Values.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ namespace EDR {
 class ContainerIndex {
 public:
     bool isValid() const noexcept { return blockKindM != unresolved; }
-    // The block kind that is meant, or to which the field belongs.
+    // The block kind, or that of the field.
     std::uint32_t blockKind() const noexcept { return blockKindM; }
 
     friend bool operator==(ContainerIndex const&, ContainerIndex const&) = default;

@@ -38,7 +38,7 @@ public:
     static BlockIndex root() noexcept { return BlockIndex(0); }
 
     // Add a block kind or a field, named by its last path part, below a block kind. Throw
-    // std::invalid_argument when the path is there already.
+    // std::invalid_argument when the path exists already.
     BlockIndex addBlock(BlockIndex const& parent, BAS::String const& name);
     Index addField(BlockIndex const& block, BAS::String const& name, FieldType type);
 

@@ -1,6 +1,6 @@
-// Resolves the paths of EDR fields and blocks to handles, for one pipeline. The path decides; alias
-// and module reference are only carried into messages. It is built on a description, which it does
-// not own, and is only read afterwards, from any thread.
+// Resolves the paths of EDR fields and blocks to handles, for one pipeline. Alias and module
+// reference are only used in messages. It is built on a description, which it does not own, and is
+// only read afterwards, from any thread.
 #pragma once
 
 #include "BAS/String.h"

@@ -30,7 +30,7 @@ public:
     bool operator()(BlockIndex const& block);
 
     // Read a field at the cursor of the field's own block kind; empty text or 0 when that cursor
-    // stands on no block. The text stands until the container is filled again.
+    // isn't at a block. The text is valid until the container is filled again.
     BAS::String const& getString(Index const& field) const;
     long getLong(Index const& field) const;
 

@@ -1,6 +1,6 @@
-// The base of every function plug-in: a module that is handed each batch of EDRs that passes the
-// pipeline stage in which it is configured. processEdrContainer runs on the pipeline's thread; the
-// host never runs it at the same time as a registryUpdate of the same plug-in.
+// The base of every function plug-in: a module that gets each batch of EDRs in the pipeline stage
+// in which it is configured. processEdrContainer runs on the pipeline's thread; the host never runs
+// it at the same time as a registryUpdate of the same plug-in.
 #pragma once
 
 #include "PLG/StdPlugIn.h"
@@ -16,13 +16,13 @@ namespace PLG {
 
 class FunctionPlugIn : public StdPlugIn {
 public:
-    // A name that belongs to no pipeline leaves the plug-in invalid, with the status
+    // A name outside a pipeline leaves the plug-in invalid, with the status
     // "ERR_PIPELINE_NOT_FOUND".
     FunctionPlugIn(BAS::String const& name, BAS::String const& version);
 
     // The containers stay the host's. Returns false when the plug-in did nothing with the batch.
     virtual bool processEdrContainer(RWTPtrOrderedVector<EDR::Container>& batch) = 0;
-    // An inactive plug-in is passed by.
+    // An inactive plug-in is skipped.
     virtual bool isActive() const;
     // Appends the registry names of the modules that must be loaded before this one. The
     // stand-alone host doesn't ask: it loads all data modules first, then the functions in their

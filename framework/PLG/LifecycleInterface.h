@@ -8,7 +8,7 @@ namespace PLG {
 class LifecycleInterface {
 public:
     virtual ~LifecycleInterface() = default;
-    // Each returns whether the plug-in did it.
+    // Each returns whether it succeeded.
     virtual bool install() = 0;
     virtual bool uninstall() = 0;
     virtual bool startup() = 0;

@@ -1,6 +1,5 @@
-// A byte string: any bytes, NUL included, compared byte-wise. A value that owns its bytes; the
-// storage is a std::string, reachable as such, so nothing that the standard library offers is
-// offered again here.
+// A byte string: any bytes, NUL included, compared byte-wise. A value that owns its bytes in a
+// std::string, whose operations aren't repeated here.
 #pragma once
 
 #include <compare>
@@ -20,8 +19,8 @@ public:
     RWCString(RWCString&&) noexcept = default;
     ~RWCString() = default;
     RWCString& operator=(RWCString const& other) {
-        // The usual case when a record is filled again, and the cheapest: the bytes go over the
-        // old.
+        // The usual case when a record is filled again, and the cheapest: the bytes are
+        // overwritten.
         if (textM.size() == other.textM.size()) {
             std::memmove(textM.data(), other.textM.data(), textM.size());
         } else {
@@ -37,8 +36,8 @@ public:
     std::size_t length() const noexcept { return textM.size(); }
     bool isNull() const noexcept { return textM.empty(); }
 
-    // Replaces the bytes and keeps the storage that is there, so that a string which is refilled
-    // with texts of like length allocates nothing.
+    // Replaces the bytes and keeps the storage, so that refilling a string with texts of similar
+    // length allocates nothing.
     void assign(std::string_view text) { textM.assign(text); }
     void clear() noexcept { textM.clear(); }
 
@@ -58,6 +57,5 @@ private:
     std::string textM;
 };
 
-// Writes the bytes as they are, without quotes and without fill; a field width that was set on the
-// stream is used up.
+// Writes the bytes unchanged, without quotes and without fill; the stream's field width is reset.
 std::ostream& operator<<(std::ostream& out, RWCString const& text);

@@ -14,18 +14,18 @@ constexpr std::string_view blanks = " \t\r\n";
 constexpr std::string_view cover = "***";
 constexpr auto nowhere = std::string_view::npos;
 
-// A parameter with one of these in its name holds a secret, or tells where one is.
+// A parameter with one of these in its name is a secret, or the place of one.
 constexpr std::string_view secretNames[] = {"pass", "pwd", "secret"};
 
-// The parameters that may follow a secret and be shown. A secret with blanks that was neither
-// quoted nor escaped goes on up to one of them.
+// The parameters that may follow a secret and be shown. A secret with unquoted, unescaped blanks
+// extends up to one of them.
 constexpr std::string_view plainNames[] = {
     "application_name", "connect_timeout", "db",          "dbname",   "host",
     "hostaddr",         "options",         "port",        "readonly", "service",
     "shared_cache",     "sslmode",         "synchronous", "timeout",  "user"};
 
-// The place of the value of the parameter whose name goes through that place; nowhere if it's no
-// name with an equals sign behind it.
+// The position of the value of the parameter whose name includes that position; npos unless an
+// equals sign follows the name.
 std::size_t valueOf(std::string_view text, std::size_t name) {
     auto const nameEnd = text.find_first_of("= \t\r\n", name);
     auto const equals = text.find_first_not_of(blanks, nameEnd);
@@ -34,7 +34,7 @@ std::size_t valueOf(std::string_view text, std::size_t name) {
                : std::min(text.find_first_not_of(blanks, equals + 1), text.size());
 }
 
-// The nearest value of a secret at or behind the place.
+// The position of the next value of a secret.
 std::size_t findSecret(std::string_view text, std::size_t from) {
     auto nearest = nowhere;
     for (auto const secretName : secretNames) {
@@ -46,7 +46,7 @@ std::size_t findSecret(std::string_view text, std::size_t from) {
     return nearest;
 }
 
-// The next place that isn't within quotes that open there or behind a backslash.
+// The next position that isn't within quotes that open there and isn't escaped by a backslash.
 std::size_t skipQuoted(std::string_view text, std::size_t at) {
     char const quote = text[at];
     if (quote == '"' || quote == '\'') {
@@ -63,7 +63,7 @@ bool beginsPlainParameter(std::string_view text, std::size_t at) {
            valueOf(text, at) != nowhere;
 }
 
-// Where a secret ends: at what stands in front of a plain parameter, or with the text.
+// Where a secret ends: before a plain parameter, or with the text.
 std::size_t endOfSecret(std::string_view text, std::size_t begin) {
     constexpr std::string_view separators = " \t\r\n&;";
     auto end = begin;
@@ -103,8 +103,8 @@ std::string withoutBlanks(std::string text) {
     return text;
 }
 
-// Drivers quote what they don't understand, and some leave out its blanks. The text with each
-// quoted piece of the connection string covered that isn't shown there.
+// Drivers quote what they don't understand, and some leave out its blanks. Covers each quoted piece
+// of the connection string that isn't in the shown text.
 std::string withPiecesCovered(std::string text, std::string const& connection,
                               std::string const& shownConnection) {
     auto const given = withoutBlanks(connection);
@@ -146,7 +146,7 @@ void RWDBConnection::beginSnapshot() {
     }
     try {
         sessionM->begin();
-        // SQLite has but one level, which is that, and no statement for it.
+        // SQLite always has this level, and no statement for it.
         if (sessionM->get_backend_name() != "sqlite3") {
             *sessionM << "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ";
         }

@@ -1,6 +1,6 @@
 // An open database connection, shared by the objects that were made from it and closed with the
-// last of them. It never throws: one that could not be opened is not valid and says why in its
-// status. One connection is used by one thread at a time.
+// last of them. It never throws: one that could not be opened is not valid and has the reason in
+// its status. One connection is used by one thread at a time.
 #pragma once
 
 #include "RW/RWDBStatus.h"
@@ -27,8 +27,8 @@ public:
 
     RWDBDatabase database() const;
 
-    // Has all that is read from now on come from one state of the database, whatever others write
-    // meanwhile. Holds until the connection is closed; once for a connection.
+    // All later reads on the connection see one state of the database, whatever others write.
+    // Once for a connection.
     void beginSnapshot();
 
 private:

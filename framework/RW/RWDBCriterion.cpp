@@ -4,7 +4,7 @@
 
 namespace {
 
-// No identifier and no word of a criterion has it.
+// Not part of any identifier or word of a criterion.
 constexpr char valueMark = '?';
 
 std::string qualified(RWDBColumn const& column) {

@@ -11,7 +11,7 @@
 
 class RWDBCriterion {
 public:
-    // The names of the tables that occur, each once, in order of first use.
+    // The names of the tables, each once, in order of first use.
     std::vector<RWCString> const& tableNames() const noexcept { return tableNamesM; }
     std::vector<std::string> const& values() const noexcept { return valuesM; }
     // SQL, with the placeholders ":v1", ":v2" and so on in the order of the values.
@@ -27,12 +27,12 @@ private:
                                 RWDBCriterion const& right);
     void useTable(RWCString const& name);
 
-    // The text with a mark where each value goes.
+    // The text with a mark for each value.
     std::string textM;
     std::vector<RWCString> tableNamesM;
     std::vector<std::string> valuesM;
 };
 
-// Declared again for look-up by the names of their operands.
+// Declared again so that they are found by argument-dependent look-up.
 RWDBCriterion operator==(RWDBColumn const& left, RWDBColumn const& right);
 RWDBCriterion operator==(RWDBColumn const& column, RWCString const& value);

@@ -1,4 +1,4 @@
-// The database behind a connection: where its tables and selectors come from.
+// The database of a connection: makes its tables and selectors.
 #pragma once
 
 #include "RW/RWDBConnection.h"
@@ -9,8 +9,8 @@ class RWDBDatabase {
 public:
     explicit RWDBDatabase(RWDBConnection connection) : connectionM(std::move(connection)) {}
 
-    // Throws std::invalid_argument for a name that is no plain identifier. Whether the table exists
-    // shows when a reader runs.
+    // Throws std::invalid_argument for a name that isn't a plain identifier. A missing table makes
+    // the reader invalid.
     RWDBTable table(RWCString const& name) const { return RWDBTable(name); }
     RWDBSelector selector() const { return RWDBSelector(connectionM); }
 

@@ -24,7 +24,7 @@ struct RWDBReader::Rows {
         statement.execute(false);
     }
 
-    // The statement refers to everything that stands before it.
+    // The statement refers to the members before it.
     std::shared_ptr<soci::session> session;
     std::vector<std::string> bound;
     std::vector<std::string> texts;

@@ -1,7 +1,7 @@
 // The rows of a selector that was run, one at a time, front to back. Every value comes as its text,
 // so that no number loses digits on its way. It never throws: a reader whose statement failed, at
-// once or while rows were fetched, is not valid and says why in its status. The database keeps the
-// statement open as long as the reader lives.
+// once or while rows were fetched, is not valid and has the reason in its status. The database
+// keeps the statement open as long as the reader lives.
 #pragma once
 
 #include "RW/RWDBStatus.h"
@@ -22,14 +22,14 @@ public:
     bool isValid() const noexcept { return statusM.isValid(); }
     RWDBStatus const& status() const noexcept { return statusM; }
 
-    // Steps to the next row; false when there is none or when fetching it failed.
+    // Moves to the next row; false when there is none or when fetching it failed.
     bool operator()();
 
-    // Takes the next column of the current row; NULL is the empty text. Without a further column
-    // the reader is no longer valid and the text stays as it was.
+    // Reads the next column of the current row; NULL is the empty text. Without a further column
+    // the reader becomes invalid and the text stays unchanged.
     RWDBReader& operator>>(RWCString& text);
 
-    // Whether the column that was taken last was NULL.
+    // Whether the last column was NULL.
     bool wasNull() const noexcept;
 
 private:

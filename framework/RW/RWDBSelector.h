@@ -1,5 +1,5 @@
-// One SELECT statement: columns, and a condition. Values stand in the condition as bound
-// parameters. Rows come in the order in which the database returns them.
+// One SELECT statement: columns, and a condition, whose values are bound parameters. Rows come in
+// the order in which the database returns them.
 #pragma once
 
 #include "RW/RWDBConnection.h"
@@ -15,7 +15,7 @@ class RWDBSelector {
 public:
     explicit RWDBSelector(RWDBConnection connection) : connectionM(std::move(connection)) {}
 
-    // Appends a column to those selected.
+    // Appends a column.
     RWDBSelector& operator<<(RWDBColumn const& column);
     void where(RWDBCriterion const& criterion) { criterionM = criterion; }
 

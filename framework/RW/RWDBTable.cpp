@@ -10,7 +10,7 @@ RWCString checkedIdentifier(RWCString name) {
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
     if (name.isNull() || digits.find(name.view().front()) != std::string_view::npos ||
         name.view().find_first_not_of(allowed) != std::string_view::npos) {
-        throw std::invalid_argument("'" + name.str() + "' is no name of a table or column");
+        throw std::invalid_argument("'" + name.str() + "' is not a valid table or column name");
     }
     return name;
 }

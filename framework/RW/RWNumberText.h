@@ -1,5 +1,5 @@
-// The one rule by which the framework turns a text into a whole number: the whole text is one
-// decimal number with an optional sign.
+// How the framework converts a text to a whole number: the whole text is one decimal number with an
+// optional sign.
 #pragma once
 
 #include <charconv>
@@ -16,7 +16,7 @@ bool rwTextToNumber(std::string_view text, Number& number) noexcept {
             return false;
         }
     } else if (std::unsigned_integral<Number> && text.starts_with('-')) {
-        // Below zero is out of range, but "-0" is a decimal number like any other.
+        // Negative numbers are out of range, but "-0" is valid.
         text.remove_prefix(1);
         if (text.empty() || text.find_first_not_of('0') != std::string_view::npos) {
             return false;

@@ -1,4 +1,4 @@
-// An ordered vector of pointers to objects that others own: it frees none of them.
+// An ordered vector of pointers to objects that it doesn't own.
 #pragma once
 
 #include <cstddef>

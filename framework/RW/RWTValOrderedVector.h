@@ -1,7 +1,6 @@
-// An ordered vector of values: it grows at its end, keeps the order in which values were appended
-// and owns them. Emptying it keeps the storage, that of the elements included, so that a vector
-// that is filled again with values of like size allocates nothing; only an unusually long one gives
-// its storage back.
+// An ordered vector that owns its values, in the order in which they were appended. Emptying it
+// keeps the storage, also that of the elements, so that refilling it with values of similar size
+// allocates nothing; only an unusually long one frees its storage.
 #pragma once
 
 #include <algorithm>
@@ -57,6 +56,6 @@ public:
 
 private:
     std::vector<T> valuesM;
-    // How many of the values are in use; those behind are kept for their storage.
+    // How many of the values are in use; the rest are kept for their storage.
     std::size_t countM = 0;
 };
