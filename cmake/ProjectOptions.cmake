@@ -1,18 +1,18 @@
-# What every target of the project is compiled with.
+# The compiler options of every target.
 add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
-    # GCC 12 sees overlaps in string concatenations that aren't there.
+    # GCC 12 falsely reports overlaps in string concatenations.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
 set(DATADUMP_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined")
 if(DATADUMP_SANITIZERS)
-    # The database library throws objects whose type information it doesn't export, at which the
-    # virtual-table check stumbles.
+    # The database library throws objects whose type information it doesn't export, which the
+    # virtual-table check reports.
     add_compile_options(-fsanitize=${DATADUMP_SANITIZERS} -fno-sanitize=vptr
         -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${DATADUMP_SANITIZERS})
-    # With the thread sanitizer GCC 12 sees reads outside of objects that aren't there.
+    # With the thread sanitizer, GCC 12 falsely reports reads outside of objects.
     target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>)
 endif()
 
