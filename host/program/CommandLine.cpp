@@ -74,7 +74,7 @@ std::string exitCodesText() {
         }
         text += '\n';
     }
-    return text + "\npipeline-host COMMAND --help tells its options and shows examples.\n";
+    return text + "\npipeline-host COMMAND --help shows the options and examples of a command.\n";
 }
 
 template <class... Argument>
