@@ -79,7 +79,7 @@ TEST_F(Generate, MakesTheSameOfTheSameSeedAndOfAnotherSeedOthers) {
 TEST_F(Generate, ReplacesNothingUnasked) {
     ASSERT_EQ(shell("mkdir g && echo mine >g/reference-data.sql"), 0);
     EXPECT_EQ(shell("$HOST generate --output g"), 4);
-    EXPECT_THAT(read("err"), HasSubstr("'g/reference-data.sql' can't be written: it is there "
+    EXPECT_THAT(read("err"), HasSubstr("'g/reference-data.sql' can't be written: it exists "
                                        "already; --force replaces it"));
     EXPECT_EQ(read("g/reference-data.sql"), "mine\n");
     EXPECT_FALSE(std::filesystem::exists(directoryM.path() / "g" / "registry.yaml"));

@@ -168,8 +168,8 @@ TEST_F(Service, AnswersEveryCommandFile) {
         {std::string(object) + ": {Write: " + pathOf("written").string() + "}\n",
          {"\"Opened\": true, \"Size\": 8}"}}, // although it is written a second time
         {std::string(object) + ": {Write: /missing/x}\n",
-         {"Handled: true\n", "\"Path\": \"/missing/x\", \"Opened\": false, \"Reason\": \"there is "
-                             "no directory '/missing'\"}"}},
+         {"Handled: true\n", "\"Path\": \"/missing/x\", \"Opened\": false, \"Reason\": \"the "
+                             "directory '/missing' doesn't exist\"}"}},
         {std::string(object) + ": {Count: " + pathOf("written").string() + "}\n",
          {"\"Opened\": false, \"Reason\": \"nothing opened it for writing\"}"}},
         {std::string(object) + ": {Refuse: \"a\\tb\"}\n",
