@@ -69,7 +69,7 @@ soak: packages ## run the tests of docs/reliability.md at release size, for days
 # No tests are behind what CMake tries its compiler with.
 COVERAGE = build/coverage --exclude-directories '.*CompilerId.*'
 
-coverage: packages ## tell what the tests reach; fails below 95 % of the plug-in's branches or 90 % of the other lines
+coverage: packages ## report what the tests reach; fails below 95 % of the plug-in's branches or 90 % of the other lines
 	@tools/install-packages gcovr
 	@cmake --preset coverage -Wno-dev --log-level=WARNING
 	@cmake --build --preset coverage

@@ -64,7 +64,7 @@ TEST_P(RegistryErrors, StopTheStartAndAreLoggedInOrder) {
     EXPECT_THAT(registry.log.entries(), testing::ElementsAreArray(GetParam().log));
     EXPECT_EQ(started.status().messageName(),
               GetParam().log.back().substr(0, GetParam().log.back().find('(')));
-    // Keys behind the error are not read, and the later steps of the start are not taken.
+    // Keys after the error are not read, and the later steps of the start are not taken.
     EXPECT_EQ(started.numberOfEvents, 3U);
     EXPECT_THAT(texts(started.cbdRecordTypes), ElementsAre("981"));
     EXPECT_THAT(texts(started.ratePlanTypes), ElementsAre("R"));

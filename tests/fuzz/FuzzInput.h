@@ -60,7 +60,7 @@ private:
     int descriptorM;
 };
 
-// What is wrong with a file stands at a place in it, or just behind it: where an escape breaks off
+// What is wrong with a file stands at a place in it, or just after it: where an escape breaks off
 // at its end, the YAML parser counts up to the escape's full length.
 inline void checkProblem(BAS::Status const& problem, std::string_view text) {
     auto const lines = 1 + std::count(text.begin(), text.end(), '\n');
@@ -72,7 +72,7 @@ inline void checkProblem(BAS::Status const& problem, std::string_view text) {
     promise(line >= 1 && line <= lines + 1 && column >= 1 &&
                 column <= static_cast<long>(text.size()) + 10,
             "a place in the file");
-    promise(!arguments[3].isNull(), "a problem is told");
+    promise(!arguments[3].isNull(), "a problem is reported");
 }
 
 // Reads a configuration file of that text. Returns whether it was accepted; nothing is thrown but
@@ -84,7 +84,7 @@ bool isAccepted(std::string_view text, Read read) {
         read(file.path());
         return true;
     } catch (host::StartFailure const& failure) {
-        promise(!failure.problems.empty(), "a failure tells its problems");
+        promise(!failure.problems.empty(), "a failure has its problems");
         for (auto const& problem : failure.problems) {
             checkProblem(problem, text);
         }

@@ -130,10 +130,10 @@ std::optional<std::string> take(host::EdrLineParser& parser, EDR::Description co
         parser.parse(line, edrs);
         edrs.fill(container, 0);
     } catch (host::EdrLineError const& error) {
-        fuzz::promise(*error.what() != '\0', "a rejection tells why");
+        fuzz::promise(*error.what() != '\0', "a rejection has a reason");
         fuzz::promise(error.column().value_or(1) >= 1 &&
                           error.column().value_or(1) <= std::max<std::size_t>(line.size(), 1),
-                      "a rejection tells a place in the line");
+                      "a rejection has a place in the line");
         return std::nullopt;
     }
     return LineWriter(description, container).text();

@@ -125,7 +125,8 @@ Answers answers(std::vector<Row> const& rows) {
     Data data;
     RWDBConnection const connection(std::string("sqlite3://db=") + Database::name);
     data.load(connection, [&](auto const& table, auto const& key, auto const& reason) {
-        fuzz::promise(!key.empty() && !reason.empty(), "a rejected row is told with its reason");
+        fuzz::promise(!key.empty() && !reason.empty(),
+                      "a rejected row is reported with its reason");
         given.rejected.push_back(table + " " + key + " " + reason);
     });
     std::sort(given.rejected.begin(), given.rejected.end());

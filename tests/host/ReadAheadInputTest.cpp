@@ -54,7 +54,7 @@ protected:
         return edrs;
     }
 
-    // The reason with which a single line is rejected, behind the column if there is one; empty
+    // The reason with which a single line is rejected, after the column if there is one; empty
     // when it is taken.
     std::string reasonFor(std::string const& line) {
         auto const before = logM.entries().size();
@@ -251,7 +251,7 @@ TEST_F(EdrInputs, GoOnBehindAnyEdrAsIfNothingHadBeenReadAhead) {
         auto edrs = take(*first, taken);
         auto const position = first->position();
         first.reset();
-        // Lines 3 and 8 are rejected, each when the EDR behind it is asked for; the unknown field
+        // Lines 3 and 8 are rejected, each when the EDR after it is read; the unknown field
         // stands in the sixth EDR.
         EXPECT_EQ(logM.entries().size() - logged, (taken > 2) + (taken > 5) + (taken > 6));
         auto const second = open(position);

@@ -21,7 +21,7 @@ TEST_F(Service, TakesCompleteFilesInOrderOfNameAndKeepsThem) {
     }
     HostProcess host(directoryM.path(), {"run", "r.yaml"});
     ASSERT_TRUE(waitForFile("in/done/b.jsonl"));
-    drop("in/a.jsonl", edrs(3)); // bears the name of one that is done
+    drop("in/a.jsonl", edrs(3)); // has the name of one that is done
     ASSERT_TRUE(waitForFile("in/done/a.jsonl.2"));
     host.signal(SIGTERM);
     EXPECT_EQ(host.wait(), 0); // although a line was rejected
@@ -36,7 +36,7 @@ TEST_F(Service, TakesCompleteFilesInOrderOfNameAndKeepsThem) {
 }
 
 TEST_F(Service, GoesOnBehindTheLastFinishedBatch) {
-    // Lines 3 and 12 are no EDRs.
+    // Lines 3 and 12 aren't EDRs.
     auto const text = edrs(2) + "bad 3\n" + edrs(8) + "bad 12\n" + edrs(1);
     struct {
         int signal;
@@ -60,7 +60,7 @@ TEST_F(Service, GoesOnBehindTheLastFinishedBatch) {
             EXPECT_EQ(host.wait(), each.exitCode);
         }
         EXPECT_EQ(count(directoryM.read("trace"), "batch of 2\n"), each.finishedBatches);
-        drop("in/a.jsonl", edrs(1)); // comes behind the file that was interrupted
+        drop("in/a.jsonl", edrs(1)); // comes after the interrupted file
         writeRegistry("{Directory: in}");
         HostProcess host(directoryM.path(), {"run", "r.yaml"});
         ASSERT_TRUE(waitForFile("in/done/a.jsonl"));

@@ -9,7 +9,7 @@
 namespace support {
 
 // Runs the statements on the database file, which is made when it isn't there. Returns what they
-// select: a row a line, with a bar behind each value.
+// select: a row a line, with a bar after each value.
 inline std::string runSql(std::string const& file, std::string const& statements) {
     auto const takeRow = [](void* rows, int count, char** values, char** /*names*/) {
         for (int i = 0; i < count; ++i) {

@@ -37,7 +37,7 @@ protected:
         std::vector<std::unique_ptr<EDR::Container>> containers;
         RWTPtrOrderedVector<EDR::Container> edrs;
     };
-    // Every text of the EDRs is that one, but for the customers' numbers behind it.
+    // Every text of the EDRs is that one, but for the customers' numbers after it.
     Batch makeBatch(char const* text, int customers) {
         Batch batch;
         for (int customer = 1; customer <= customers; ++customer) {

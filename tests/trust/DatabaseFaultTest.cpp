@@ -39,7 +39,7 @@ void expectProblem(DemoOutcome const& outcome, std::vector<std::string> const& t
     EXPECT_FALSE(outcome.tells("tiger"));
 }
 
-// What was broken while the host started either came too late or is told. Returns which.
+// What was broken while the host started either came too late or is reported. Returns which.
 bool startsOrTells(DemoOutcome const& outcome) {
     EXPECT_TRUE(!outcome.problems.empty() || outcome.reports == DemoHost::goldenReports());
     for (auto const& problem : outcome.problems) {

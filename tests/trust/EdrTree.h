@@ -1,4 +1,4 @@
-// An EDR as a plain tree of texts, for whoever makes one up or reads one without the framework.
+// An EDR as a plain tree of texts, to make or read one without the framework.
 #pragma once
 
 #include "EDR/Container.h"
@@ -10,7 +10,7 @@
 
 namespace trust {
 
-// Fields and blocks bear the last part of their path. What isn't there isn't in the map.
+// Fields and blocks are named by the last part of their path. What isn't there isn't in the map.
 struct EdrBlock {
     std::map<std::string, std::string> fields;
     std::map<std::string, std::vector<EdrBlock>> blocks;

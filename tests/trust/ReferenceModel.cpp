@@ -60,7 +60,7 @@ unsigned long idIn(std::string const& text) {
                      std::strtol(text.c_str() + underscore + 1, nullptr, 10));
 }
 
-// Seconds since 1970 of YYYYMMDDHHMMSS; 0 for earlier times and for what is no time.
+// Seconds since 1970 of YYYYMMDDHHMMSS; 0 for earlier times and for other texts.
 long timeOf(std::string const& text) {
     if (text.size() != 14 || text.find_first_not_of("0123456789") != std::string::npos) {
         return 0;

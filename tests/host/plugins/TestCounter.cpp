@@ -1,4 +1,4 @@
-// A function plug-in that counts what it is handed and tells it to its trace. With the registry key
+// A function plug-in that counts what it gets and writes it to its trace. With the registry key
 // "Gate", the path of a FIFO, each batch takes a byte from there before it goes on.
 #include "Trace.h"
 
