@@ -173,6 +173,12 @@ void addGenerate(CLI::App& app, GenerateOptions& options) {
     generate.add_option("--seed", options.seed, "Another number makes other files")
         ->type_name("NUMBER")
         ->capture_default_str();
+    generate
+        .add_option("--plant", options.planted,
+                    "Make so many events with an error of each kind besides, up to 10000")
+        ->type_name("NUMBER")
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint32_t{0}, GenerateOptions::mostPlanted).description(""));
     generate.add_flag("--force", options.isForced, "Replace files that are there");
 }
 
