@@ -1,0 +1,33 @@
+// Reads the facts of events. Objects of the catalogue (price models, discount models, rate plans)
+// stand in many events with the same bytes: their texts are taken apart once and kept, up to a
+// limit.
+#pragma once
+
+#include "facts/EventFacts.h"
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+namespace reader {
+
+class FactReader {
+public:
+    FactReader();
+    ~FactReader();
+    FactReader(FactReader const&) = delete;
+    FactReader& operator=(FactReader const&) = delete;
+
+    // What a list of events shows: key, rows, rate plan and price model codes. Valid until the next
+    // call, as is what read() returns.
+    EventFacts const& readOverview(EventText const& event);
+    EventFacts const& read(EventText const& event);
+
+private:
+    struct Kept;
+    class Reading;
+    std::unique_ptr<Kept> keptM;
+    EventFacts factsM;
+};
+
+} // namespace reader

@@ -1,0 +1,66 @@
+#include "program/Output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace reader {
+
+namespace {
+
+constexpr std::size_t pieceSize = std::size_t{1} << 16U;
+
+void writeAll(std::string_view text) {
+    while (!text.empty()) {
+        auto const count = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            throw OutputError(std::string("standard output can't be written: ") +
+                              std::strerror(errno));
+        }
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+bool isControl(std::string_view text, std::size_t at) {
+    auto const code = static_cast<unsigned char>(text[at]);
+    bool const isOfLatin =
+        code == 0xc2 && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xa0;
+    return code < 0x20 || code == 0x7f || isOfLatin;
+}
+
+} // namespace
+
+void Output::write(std::string_view text) {
+    if (bufferM.size() + text.size() > pieceSize) {
+        flush();
+    }
+    if (text.size() > pieceSize) {
+        writeAll(text);
+    } else {
+        bufferM += text;
+    }
+}
+
+void Output::flush() {
+    writeAll(bufferM);
+    bufferM.clear();
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    shown.reserve(text.size());
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (isControl(text, at)) {
+            shown += fmt::format("\\x{:02x}", static_cast<unsigned char>(text[at]));
+        } else {
+            shown += text[at];
+        }
+    }
+    return shown;
+}
+
+} // namespace reader

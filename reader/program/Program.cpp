@@ -1,0 +1,121 @@
+#include "program/Program.h"
+
+#include "facts/Times.h"
+#include "program/ListCommand.h"
+#include "program/Output.h"
+#include "text/InputFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <iostream>
+
+namespace reader {
+
+namespace {
+
+constexpr char const* fileHelp = "event reports, in-memory dumps, or - for standard input";
+
+// A time of the command line, in seconds since 1970.
+std::optional<std::int64_t> timeOption(std::string const& text, char const* option) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    auto const seconds = isoSeconds(text);
+    if (!seconds) {
+        throw CLI::ValidationError(option, "\"" + text +
+                                               "\" is no time such as 2026-11-20 or "
+                                               "2026-11-20T12:00:00Z");
+    }
+    return seconds;
+}
+
+// The options that choose events, the same for every command.
+struct FilterTexts {
+    std::string since;
+    std::string until;
+};
+
+void addFilters(CLI::App& command, Options& options, FilterTexts& texts) {
+    struct PatternOption {
+        char const* name;
+        std::vector<std::string> Filter::*patterns;
+        char const* help;
+    };
+    constexpr PatternOption patternOptions[] = {
+        {"--customer", &Filter::customers, "customer identifier"},
+        {"--service", &Filter::services, "service code"},
+        {"--account", &Filter::accounts, "account number of the event"},
+        {"--rate-plan", &Filter::ratePlans, "code of the used rate plan"},
+        {"--price-model", &Filter::priceModels, "code of a used price model"},
+        {"--discount", &Filter::discounts, "number or model of a used discount or sponsorship"},
+        {"--owner", &Filter::owners, "number or account of an owner who shares or sponsors"},
+    };
+    for (auto const& option : patternOptions) {
+        command.add_option(option.name, options.filter.*option.patterns, option.help)
+            ->type_name("PATTERN")
+            ->expected(1)
+            ->take_all()
+            ->group("Filters (PATTERN may hold * and ?)");
+    }
+    command.add_option("--since", texts.since, "charging start from this time on, ISO 8601, UTC")
+        ->type_name("TIME")
+        ->group("Filters (PATTERN may hold * and ?)");
+    command.add_option("--until", texts.until, "charging start before this time")
+        ->type_name("TIME")
+        ->group("Filters (PATTERN may hold * and ?)");
+}
+
+class CommandLine {
+public:
+    CommandLine() {
+        appM.require_subcommand(1);
+        appM.set_version_flag("--version", "datadump " DATADUMP_VERSION);
+        addCommand("list", "one line an event", listEvents);
+        addCommand("show", "events as they stand, byte for byte", showEvents);
+    }
+
+    int run(int argc, char const* const* argv) {
+        try {
+            appM.parse(argc, argv);
+            optionsM.filter.since = timeOption(textsM.since, "--since");
+            optionsM.filter.until = timeOption(textsM.until, "--until");
+        } catch (CLI::ParseError const& error) {
+            return appM.exit(error) == 0 ? done : wrongUsage;
+        }
+        return commandM(optionsM);
+    }
+
+private:
+    using Command = int (*)(Options const&);
+
+    CLI::App& addCommand(char const* name, char const* help, Command command) {
+        auto& sub = *appM.add_subcommand(name, help);
+        sub.add_option("FILE", optionsM.files, fileHelp)->required()->type_name("");
+        addFilters(sub, optionsM, textsM);
+        sub.callback([this, command] { commandM = command; });
+        return sub;
+    }
+
+    CLI::App appM{"Reads event reports and in-memory dumps, and finds what doesn't fit.",
+                  "datadump"};
+    Options optionsM;
+    FilterTexts textsM;
+    Command commandM = nullptr;
+};
+
+} // namespace
+
+int runProgram(int argc, char const* const* argv) {
+    try {
+        return CommandLine().run(argc, argv);
+    } catch (InputError const& error) {
+        fmt::print(stderr, "datadump: {}\n", printable(error.what()));
+        return noInput;
+    } catch (OutputError const& error) {
+        fmt::print(stderr, "datadump: {}\n", printable(error.what()));
+        return outputFailed;
+    }
+}
+
+} // namespace reader

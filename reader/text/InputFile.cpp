@@ -1,0 +1,54 @@
+#include "text/InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace reader {
+
+namespace {
+
+InputError errorOf(std::string const& name, int code) {
+    return InputError(name + ": can't be read: " + std::strerror(code));
+}
+
+} // namespace
+
+InputFile::InputFile(std::string name) : nameM(std::move(name)), descriptorM(STDIN_FILENO) {
+    if (nameM == "-") {
+        nameM = "standard input";
+        return;
+    }
+    descriptorM = ::open(nameM.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptorM < 0) {
+        throw errorOf(nameM, errno);
+    }
+    struct stat about {};
+    if (::fstat(descriptorM, &about) == 0 && S_ISDIR(about.st_mode)) {
+        ::close(descriptorM);
+        throw errorOf(nameM, EISDIR);
+    }
+}
+
+InputFile::~InputFile() {
+    if (descriptorM != STDIN_FILENO) {
+        ::close(descriptorM);
+    }
+}
+
+std::size_t InputFile::read(char* bytes, std::size_t size) {
+    for (;;) {
+        auto const count = ::read(descriptorM, bytes, size);
+        if (count >= 0) {
+            return static_cast<std::size_t>(count);
+        }
+        if (errno != EINTR) {
+            throw errorOf(nameM, errno);
+        }
+    }
+}
+
+} // namespace reader

@@ -1,0 +1,35 @@
+// A file of dumps or reports that is read front to back in large pieces; "-" is standard input.
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace reader {
+
+// No such file, not readable, or no event in it. The message names the file.
+class InputError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class InputFile {
+public:
+    // Throws an InputError when it can't be opened.
+    explicit InputFile(std::string name);
+    ~InputFile();
+    InputFile(InputFile const&) = delete;
+    InputFile& operator=(InputFile const&) = delete;
+
+    // Fills at most size bytes and returns how many; 0 at the end. Throws an InputError.
+    std::size_t read(char* bytes, std::size_t size);
+
+    // As the user named it; "standard input" for "-".
+    std::string const& name() const noexcept { return nameM; }
+
+private:
+    std::string nameM;
+    int descriptorM;
+};
+
+} // namespace reader
