@@ -9,6 +9,9 @@ struct Options {
     std::vector<std::string> files;
     Filter filter;
     bool onlyFindings = false;
+    // Of html:
+    std::string older; // file to compare with; empty: none
+    std::string page;  // file to write
 };
 
 } // namespace reader

@@ -1,6 +1,7 @@
 #include "program/Program.h"
 
 #include "facts/Times.h"
+#include "program/HtmlCommand.h"
 #include "program/ListCommand.h"
 #include "program/Output.h"
 #include "text/InputFile.h"
@@ -73,6 +74,13 @@ public:
         appM.set_version_flag("--version", "datadump " DATADUMP_VERSION);
         addCommand("list", "one line an event", listEvents);
         addCommand("show", "events as they stand, byte for byte", showEvents);
+        auto& html = addCommand("html", "a page to look at and to attach to a ticket", writePage);
+        html.add_option("--old", optionsM.older, "mark what differs from this file")
+            ->type_name("FILE")
+            ->check(CLI::ExistingFile.description(""));
+        html.add_option("-o,--output", optionsM.page, "the file of the page")
+            ->type_name("PAGE")
+            ->required();
     }
 
     int run(int argc, char const* const* argv) {
