@@ -8,10 +8,6 @@ namespace EDR {
 
 namespace {
 
-FieldType typeOf(Description const& description, Index const& field) {
-    return description.blockKinds()[field.blockKind()].fields[field.field()].type;
-}
-
 long numberFrom(BAS::String const& text) {
     long number = 0;
     text.toNum(number);
@@ -21,18 +17,32 @@ long numberFrom(BAS::String const& text) {
 } // namespace
 
 Container::Container(Description const& description) : descriptionM(description) {
-    storesM.resize(description.blockKinds().size());
-    for (std::size_t kind = 0; kind < storesM.size(); ++kind) {
-        storesM[kind].parent = description.blockKinds()[kind].parent;
-        storesM[kind].fieldCount =
-            static_cast<std::uint32_t>(description.blockKinds()[kind].fields.size());
+    auto const& kinds = description.blockKinds();
+    storesM.resize(kinds.size());
+    cursorsM.resize(kinds.size());
+    for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+        auto& store = storesM[kind];
+        store.parent = kinds[kind].parent;
+        store.fieldCount = static_cast<std::uint32_t>(kinds[kind].fields.size());
+        store.boundaries.push_back(0);
+        store.lineage = kinds[kind].lineage;
+        store.fields = kinds[kind].fields;
+        for (auto const descendant : kinds[kind].descendants) {
+            store.descendants.push_back(&cursorsM[descendant]);
+        }
+        auto& cursor = cursorsM[kind];
+        cursor.fieldCount = store.fieldCount;
+        cursor.parent = &cursorsM[store.parent];
+        cursor.descendantsBegin = store.descendants.data();
+        cursor.descendantsEnd = cursor.descendantsBegin + store.descendants.size();
+        followStore(static_cast<std::uint32_t>(kind));
     }
     clear(detailRecord);
 }
 
 BAS::String const& Container::getString(Index const& field) const {
     auto const* const cell = firstCell(field);
-    return cell == nullptr ? BAS::NULL_STRING : cell->text;
+    return cell != nullptr ? cell->text : BAS::NULL_STRING;
 }
 
 long Container::getLong(Index const& field) const {
@@ -44,7 +54,7 @@ BAS::DateTime Container::getDateTime(Index const& field) const {
     if (cell == nullptr) {
         return BAS::DateTime();
     }
-    return typeOf(descriptionM, field) == FieldType::dateTime
+    return typeOf(field) == FieldType::dateTime
                ? BAS::DateTime(static_cast<unsigned long>(cell->number))
                : BAS::DateTime::fromText(cell->text.view());
 }
@@ -56,16 +66,18 @@ BAS::String const& Container::getString(Index const& field,
     }
     std::uint32_t block = 0;
     std::size_t level = 0;
-    for (auto const kind : descriptionM.blockKinds()[field.blockKind()].lineage) {
+    for (auto const kind : storesM[field.blockKind()].lineage) {
         auto const range = childrenOf(block, kind);
         auto const position = level < positions.entries() ? positions[level] : 0;
-        if (position < 0 || position >= static_cast<long>(range.end - range.begin)) {
+        // A negative position is a large one here.
+        if (static_cast<unsigned long>(position) >= range.end - range.begin) {
             return BAS::NULL_STRING;
         }
         block = range.begin + static_cast<std::uint32_t>(position);
         ++level;
     }
-    return cellAt(field, block)->text;
+    auto const& cursor = cursorsM[field.blockKind()];
+    return cursor.firstCells[std::size_t{block} * cursor.fieldCount + field.field()].text;
 }
 
 void Container::clear(RecordKind kind) {
@@ -73,11 +85,15 @@ void Container::clear(RecordKind kind) {
     for (auto& store : storesM) {
         store.count = 0;
         store.reachedByFirsts = false;
-        store.firstOf.clear();
-        store.cursor = beforeFirst;
+        store.boundaries.resize(1);
+    }
+    for (auto& cursor : cursorsM) {
+        cursor.rewind();
+        cursor.firstInRoot = cursor.parent == cursorsM.data() ? pastLast : beforeFirst;
     }
     addBlock(Description::root());
-    storesM.front().cursor = 0;
+    cursorsM.front().block = 0;
+    followStore(0);
 }
 
 void Container::addBlock(BlockIndex const& block) {
@@ -90,17 +106,25 @@ void Container::addBlock(BlockIndex const& block) {
     }
     if (store.count == 0) {
         store.reachedByFirsts = isRoot || (parent.count == 1 && parent.reachedByFirsts);
+        if (store.parent == Description::root().blockKind()) {
+            cursorsM[block.blockKind()].firstInRoot = 0;
+        }
     }
     auto const firstCell = std::size_t{store.count} * store.fieldCount;
     if (store.cells.size() < firstCell + store.fieldCount) {
         store.cells.resize(firstCell + store.fieldCount);
+        followStore(block.blockKind());
     }
     for (std::size_t i = firstCell; i < firstCell + store.fieldCount; ++i) {
         store.cells[i].text.clear();
         store.cells[i].number = 0;
     }
     for (auto const child : kind.children) {
-        storesM[child].firstOf.push_back(storesM[child].count);
+        storesM[child].boundaries.push_back(storesM[child].count);
+        cursorsM[child].boundaries = storesM[child].boundaries.data();
+    }
+    if (!isRoot) {
+        ++store.boundaries.back();
     }
     ++store.count;
 }
@@ -112,7 +136,7 @@ void Container::setField(Index const& field, std::string_view text) {
     }
     auto& cell = store.cells[std::size_t{store.count - 1} * store.fieldCount + field.field()];
     cell.text.assign(text);
-    switch (typeOf(descriptionM, field)) {
+    switch (typeOf(field)) {
     case FieldType::text:
         break;
     case FieldType::number:
@@ -124,58 +148,45 @@ void Container::setField(Index const& field, std::string_view text) {
     }
 }
 
+// Points a kind's cursor to where the store has its blocks now.
+void Container::followStore(std::uint32_t kind) noexcept {
+    auto const& store = storesM[kind];
+    auto& cursor = cursorsM[kind];
+    cursor.boundaries = store.boundaries.data();
+    cursor.firstCells = store.cells.data();
+    if (cursor.block < pastLast) {
+        cursor.cells = cursor.firstCells + std::size_t{cursor.block} * store.fieldCount;
+    }
+}
+
 Container::Cell const* Container::firstCell(Index const& field) const noexcept {
-    return field.isValid() && storesM[field.blockKind()].reachedByFirsts ? cellAt(field, 0)
-                                                                         : nullptr;
+    if (!field.isValid()) {
+        return nullptr;
+    }
+    auto const& store = storesM[field.blockKind()];
+    return store.reachedByFirsts ? &store.cells[field.field()] : nullptr;
 }
 
 long Container::numberOf(Cell const* cell, Index const& field) const {
     if (cell == nullptr) {
         return 0;
     }
-    return typeOf(descriptionM, field) == FieldType::number ? cell->number : numberFrom(cell->text);
+    return typeOf(field) == FieldType::number ? cell->number : numberFrom(cell->text);
 }
 
-Container::BlockRange Container::childrenOf(std::uint32_t parentBlock,
-                                            std::uint32_t childKind) const noexcept {
-    auto const& children = storesM[childKind];
-    auto const next = std::size_t{parentBlock} + 1;
-    return {children.firstOf[parentBlock],
-            next < children.firstOf.size() ? children.firstOf[next] : children.count};
-}
-
-// The first block within the current block of its own parent.
-std::uint32_t Container::firstBlockOf(std::uint32_t neverSteppedKind) const noexcept {
-    auto const parent = currentBlock(storesM[neverSteppedKind].parent);
-    if (parent == pastLast) {
-        return pastLast;
+std::uint32_t Container::blockAtMark(std::uint32_t kind) const noexcept {
+    // What was never stepped counts as the first block within the current one of its parent kind.
+    std::uint32_t block = 0;
+    for (auto const level : storesM[kind].lineage) {
+        auto const cursor = cursorsM[level].block;
+        if (cursor != beforeFirst) {
+            block = cursor;
+        } else if (block != pastLast) {
+            auto const range = childrenOf(block, level);
+            block = range.begin != range.end ? range.begin : pastLast;
+        }
     }
-    auto const range = childrenOf(parent, neverSteppedKind);
-    return range.begin != range.end ? range.begin : pastLast;
-}
-
-void Container::rewindWithAncestors(BlockIndex const& block) noexcept {
-    for (auto const kind : descriptionM.blockKinds()[block.blockKind()].lineage) {
-        storesM[kind].cursor = beforeFirst;
-    }
-}
-
-bool Container::advance(BlockIndex const& block) noexcept {
-    for (auto const descendant : descriptionM.blockKinds()[block.blockKind()].descendants) {
-        storesM[descendant].cursor = beforeFirst;
-    }
-    auto& store = storesM[block.blockKind()];
-    if (block == Description::root() || store.cursor == pastLast) {
-        return false;
-    }
-    auto const parent = currentBlock(store.parent);
-    if (parent == pastLast) {
-        return false;
-    }
-    auto const range = childrenOf(parent, block.blockKind());
-    auto const next = store.cursor == beforeFirst ? range.begin : store.cursor + 1;
-    store.cursor = next < range.end ? next : pastLast;
-    return next < range.end;
+    return block;
 }
 
 } // namespace EDR

@@ -13,16 +13,16 @@
 #include "BAS/DateTime.h"
 #include "BAS/String.h"
 #include "EDR/BlockIndex.h"
+#include "EDR/Description.h"
 #include "EDR/Index.h"
 #include "RW/RWTValOrderedVector.h"
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
 namespace EDR {
-
-class Description;
 
 enum RecordKind : int { headerRecord = 1, trailerRecord = 2, detailRecord = 3 };
 
@@ -64,12 +64,17 @@ private:
         // BAS::DateTime).
         long number = 0;
     };
+    // Marks in place of a block; no block has such a number.
+    static constexpr std::uint32_t beforeFirst = UINT32_MAX;
+    static constexpr std::uint32_t pastLast = UINT32_MAX - 1;
+
+    struct Cursor;
     struct BlockRange {
         std::uint32_t begin;
         std::uint32_t end;
     };
-    // All blocks of one kind. The blocks below block p of the parent kind begin at firstOf[p] and
-    // end where those of the next parent begin.
+    // All blocks of one kind. Those below block p of the parent kind begin at boundaries[p] and end
+    // before boundaries[p + 1].
     struct BlockStore {
         std::uint32_t parent = 0;
         std::uint32_t fieldCount = 0;
@@ -77,48 +82,110 @@ private:
         // Whether the first block lies in the first block at every level above.
         bool reachedByFirsts = false;
         std::vector<Cell> cells;
-        std::vector<std::uint32_t> firstOf;
-        // The position of iterators: a block, or one of the two marks below.
-        std::uint32_t cursor = beforeFirst;
+        std::vector<std::uint32_t> boundaries;
+        // What the description says of the kind.
+        std::span<std::uint32_t const> lineage;
+        std::span<Description::Field const> fields;
+        std::vector<Cursor*> descendants;
+    };
+    // The position of iterators among the blocks of one kind, with all that a step needs; the store
+    // of the kind owns what it points to. Its size is a power of two, which makes indexing cheap.
+    struct alignas(64) Cursor {
+        // The cells of the block at the position; null at a mark.
+        Cell const* cells = nullptr;
+        // A block, or one of the two marks.
+        std::uint32_t block = beforeFirst;
+        std::uint32_t fieldCount = 0;
+        // The first block, or pastLast when there is none, of a kind directly below the root; a
+        // mark for any other kind.
+        std::uint32_t firstInRoot = beforeFirst;
+        Cell const* firstCells = nullptr;
+        std::uint32_t const* boundaries = nullptr;
+        // The root is its own parent.
+        Cursor* parent = nullptr;
+        Cursor* const* descendantsBegin = nullptr;
+        Cursor* const* descendantsEnd = nullptr;
+
+        void rewind() noexcept {
+            cells = nullptr;
+            block = beforeFirst;
+        }
     };
 
-    static constexpr std::uint32_t beforeFirst = UINT32_MAX;
-    static constexpr std::uint32_t pastLast = UINT32_MAX - 1;
-
-    // The cell at a block of the field's kind; the block may be a cursor mark. Null when there is
-    // no such cell.
-    Cell const* cellAt(Index const& field, std::uint32_t block) const noexcept;
     Cell const* firstCell(Index const& field) const noexcept;
+    // What a field is described as; the handle must be valid.
+    FieldType typeOf(Index const& field) const noexcept;
+    // The number that a cell's text makes; 0 when there is no cell.
     long numberOf(Cell const* cell, Index const& field) const;
     BlockRange childrenOf(std::uint32_t parentBlock, std::uint32_t childKind) const noexcept;
-    // The block of a kind whose child blocks are walked; pastLast when there is none.
-    std::uint32_t currentBlock(std::uint32_t kind) const noexcept;
-    std::uint32_t firstBlockOf(std::uint32_t neverSteppedKind) const noexcept;
+    // The block of a kind at which its child kinds are walked when its cursor is at a mark;
+    // pastLast when there is none.
+    std::uint32_t blockAtMark(std::uint32_t kind) const noexcept;
 
+    void followStore(std::uint32_t kind) noexcept;
     void rewindWithAncestors(BlockIndex const& block) noexcept;
+    // Of a kind other than the root.
     bool advance(BlockIndex const& block) noexcept;
     Cell const* cellAtCursor(Index const& field) const noexcept;
 
     Description const& descriptionM;
     int recordKindM = detailRecord;
     std::vector<BlockStore> storesM;
+    // By block kind, beside the stores. Walking and reading through iterators touch little else.
+    std::vector<Cursor> cursorsM;
 };
 
-// Inline, because every read of a field calls them.
-inline Container::Cell const* Container::cellAt(Index const& field,
-                                                std::uint32_t block) const noexcept {
-    auto const& store = storesM[field.blockKind()];
-    return block < store.count ? &store.cells[std::size_t{block} * store.fieldCount + field.field()]
-                               : nullptr;
+// Inline, for they are what every read and every step comes down to.
+inline Container::BlockRange Container::childrenOf(std::uint32_t parentBlock,
+                                                   std::uint32_t childKind) const noexcept {
+    auto const* const boundaries = cursorsM[childKind].boundaries + parentBlock;
+    return {boundaries[0], boundaries[1]};
 }
 
-inline std::uint32_t Container::currentBlock(std::uint32_t kind) const noexcept {
-    auto const cursor = storesM[kind].cursor;
-    return cursor != beforeFirst ? cursor : firstBlockOf(kind);
+inline FieldType Container::typeOf(Index const& field) const noexcept {
+    return storesM[field.blockKind()].fields[field.field()].type;
+}
+
+inline void Container::rewindWithAncestors(BlockIndex const& block) noexcept {
+    for (auto* each = &cursorsM[block.blockKind()]; each->parent != each; each = each->parent) {
+        each->rewind();
+    }
+}
+
+inline bool Container::advance(BlockIndex const& block) noexcept {
+    auto& cursor = cursorsM[block.blockKind()];
+    for (auto const* each = cursor.descendantsBegin; each != cursor.descendantsEnd; ++each) {
+        (*each)->rewind();
+    }
+    auto parent = cursor.parent->block;
+    if (parent == beforeFirst) {
+        parent = cursor.parent->firstInRoot;
+    }
+    if (parent >= pastLast) {
+        parent = blockAtMark(storesM[block.blockKind()].parent);
+        if (parent == pastLast) {
+            return false;
+        }
+    }
+    auto const* const range = cursor.boundaries + parent;
+    // What comes after the mark past the last block is beyond every range.
+    auto const next = cursor.block == beforeFirst ? range[0] : cursor.block + 1;
+    if (next >= range[1]) {
+        cursor.cells = nullptr;
+        cursor.block = pastLast;
+        return false;
+    }
+    cursor.cells = cursor.firstCells + std::size_t{next} * cursor.fieldCount;
+    cursor.block = next;
+    return true;
 }
 
 inline Container::Cell const* Container::cellAtCursor(Index const& field) const noexcept {
-    return field.isValid() ? cellAt(field, storesM[field.blockKind()].cursor) : nullptr;
+    if (!field.isValid()) {
+        return nullptr;
+    }
+    auto const* const cells = cursorsM[field.blockKind()].cells;
+    return cells == nullptr ? nullptr : cells + field.field();
 }
 
 } // namespace EDR

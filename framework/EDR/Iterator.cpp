@@ -23,7 +23,8 @@ bool Iterator::reset(Container* container) {
 }
 
 bool Iterator::operator()(BlockIndex const& block) {
-    return containerM != nullptr && block.isValid() && containerM->advance(block);
+    return containerM != nullptr && block.isValid() && block != Description::root() &&
+           containerM->advance(block);
 }
 
 BAS::String const& Iterator::getString(Index const& field) const {

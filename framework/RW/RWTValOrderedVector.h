@@ -34,8 +34,7 @@ public:
     }
     void clear() noexcept {
         constexpr std::size_t usualLength = 32;
-        countM = 0;
-        if (valuesM.size() > usualLength) {
+        if (std::exchange(countM, 0) > usualLength) {
             std::vector<T>().swap(valuesM);
         }
     }

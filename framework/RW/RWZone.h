@@ -9,7 +9,7 @@ public:
     long utcOffset() const noexcept { return utcOffsetM; }
 
 private:
-    explicit RWZone(long utcOffset) noexcept : utcOffsetM(utcOffset) {}
+    explicit constexpr RWZone(long utcOffset) noexcept : utcOffsetM(utcOffset) {}
 
     long utcOffsetM;
 };
