@@ -77,18 +77,20 @@ unsigned digitOf(char c) {
 // joined in pairs, first to four numbers of two digits, then to two of four, then to one of eight.
 std::optional<unsigned long> numberOfLastDigits(char const* end, std::size_t count) {
     static_assert(std::endian::native == std::endian::little);
+    constexpr std::uint64_t all = ~std::uint64_t{0};
+    // By count; the last characters are the highest bytes.
+    static constexpr std::uint64_t lastBytes[] = {
+        0, all << 56, all << 48, all << 40, all << 32, all << 24, all << 16, all << 8, all};
     std::uint64_t digits = 0;
     std::memcpy(&digits, end - 8, 8);
-    digits ^= 0x3030303030303030; // '0' to '9' become 0 to 9
-    auto const othersBits = 8 * (8 - count);
-    digits = digits >> othersBits << othersBits;
+    digits = (digits ^ 0x3030303030303030) & lastBytes[count]; // '0' to '9' become 0 to 9
     // Carries into the highest bit of a byte that is 10 or more.
     if ((((digits + 0x7676767676767676) | digits) & 0x8080808080808080) != 0) {
         return std::nullopt;
     }
-    digits = (digits * 10 + (digits >> 8)) & 0x00ff00ff00ff00ff;
-    digits = (digits * 100 + (digits >> 16)) & 0x0000ffff0000ffff;
-    return (digits * 10000 + (digits >> 32)) & 0xffffffff;
+    digits = (digits * (10 << 8 | 1) >> 8) & 0x00ff00ff00ff00ff;
+    digits = (digits * (100 << 16 | 1) >> 16) & 0x0000ffff0000ffff;
+    return digits * (10000UL << 32 | 1) >> 32;
 }
 
 // Calls visit with each value of one of the framework's vectors, in order.
@@ -137,30 +139,33 @@ unsigned long unixSeconds(unsigned long seconds) {
 } // namespace
 
 unsigned long objectNumber(BAS::String const& identifier) {
-    auto const* const begin = identifier.data();
-    auto const* const end = begin + identifier.length();
-    auto const* at = begin;
-    while (at != end && *at != '_') {
-        ++at;
-    }
-    if (at == end || ++at == end) {
-        return 0;
-    }
-    if (end - at <= 8 && end - begin >= 8) {
-        if (auto const number = numberOfLastDigits(end, static_cast<std::size_t>(end - at))) {
-            return *number;
+    auto const* const text = identifier.data();
+    auto const length = identifier.length();
+    for (std::size_t at = 0; at < length;) {
+        if (text[at++] != '_') {
+            continue;
         }
+        auto const count = length - at;
+        if (count - 1 < 8 && length >= 8) {
+            if (auto const number = numberOfLastDigits(text + length, count)) {
+                return *number;
+            }
+        }
+        return numberAt(text + at, text + length);
     }
-    return numberAt(at, end);
+    return 0;
 }
 
 // ---- What is kept of one event -----------------------------------------------------------------
 
 SharingMap::Place SharingMap::findOrInsert(unsigned long ownerId) {
-    auto const place = std::lower_bound(orderM.begin(), orderM.end(), ownerId,
-                                        [&](std::uint32_t position, unsigned long id) {
-                                            return entriesM[position].owner.ownerId < id;
-                                        });
+    auto const isBefore = [&](std::uint32_t position, unsigned long id) {
+        return entriesM[position].owner.ownerId < id;
+    };
+    // Owners often come in ascending order.
+    auto const place = orderM.empty() || isBefore(orderM.back(), ownerId)
+                           ? orderM.end()
+                           : std::lower_bound(orderM.begin(), orderM.end(), ownerId, isBefore);
     if (place != orderM.end() && entriesM[*place].owner.ownerId == ownerId) {
         return {entriesM[*place], false};
     }
@@ -183,15 +188,17 @@ void EventDetailRecord::prepareForRefill() {
     sharingMap.clear();
 }
 
+void ProductInfo::clearRatePlan() {
+    for (auto* const text :
+         {&name, &internalRatePlan, &impactCategory, &serviceCodeUsed, &serviceClassUsed}) {
+        *text = BAS::NULL_STRING;
+    }
+    ratePlanVersion = 0;
+}
+
 void EventDetailRecord::startAnew(BAS::String const& customer, BAS::String const& service) {
     identifier = customer;
     serviceCode = service;
-    auto& product = accountInfo.productInfo;
-    for (auto* const text : {&product.name, &product.internalRatePlan, &product.impactCategory,
-                             &product.serviceCodeUsed, &product.serviceClassUsed}) {
-        *text = BAS::NULL_STRING;
-    }
-    product.ratePlanVersion = 0;
     prepareForRefill();
 }
 
@@ -751,7 +758,7 @@ void PlugIn::capture(EDR::Container* container) {
     }
     // What an exception leaves filled half belongs to no EDR: until its next one, the key is
     // without a record.
-    key->hasRecord = false;
+    bool const isNew = !std::exchange(key->hasRecord, false);
     record->accountInfo.accountId = accountId;
     record->accountInfo.balanceGroupId = balanceGroupId;
     record->serviceType = container->getString(fields.idxProductServiceType, currentObjects);
@@ -760,6 +767,9 @@ void PlugIn::capture(EDR::Container* container) {
     record->eventType = container->getString(fields.idxEventType);
     populateDiscAndSpon(container, key, record);
     populateProductInfo(container, key, record);
+    if (isNew && record->accountInfo.productInfo.priceModelCodes.entries() == 0) {
+        record->accountInfo.productInfo.clearRatePlan();
+    }
     key->hasRecord = true;
 }
 

@@ -103,6 +103,9 @@ struct BasePriceInfo {
 
 // The rating product that the event's charge was computed with; name is the rate plan code.
 struct ProductInfo : BasePriceInfo<PricingInfoType::usedProduct> {
+    // Empties everything but the price models.
+    void clearRatePlan();
+
     BAS::String internalRatePlan;
     long ratePlanVersion = 0;
     BAS::String impactCategory;
@@ -130,15 +133,14 @@ public:
     // Appends an element, which still holds what it held before the list was emptied: the caller
     // sets every field.
     Element& append() {
-        if (countM == elementsM.size()) {
+        if (elementsM.begin() + static_cast<std::ptrdiff_t>(countM) == elementsM.end()) {
             elementsM.emplace_back();
         }
         return elementsM[countM++];
     }
     void clear() noexcept {
         constexpr std::size_t usualLength = 32;
-        countM = 0;
-        if (elementsM.size() > usualLength) {
+        if (std::exchange(countM, 0) > usualLength) {
             std::vector<Element>().swap(elementsM);
         }
     }
@@ -226,9 +228,10 @@ struct EventDetailRecord {
     EventDetailRecord& operator=(EventDetailRecord const&) = delete;
 
     // Empties the lists for a new EDR of the same key. Texts and numbers keep their values until
-    // the new EDR's overwrite them; an EDR need not have any for the product.
+    // the new EDR's overwrite them.
     void prepareForRefill();
-    // Takes another key's texts and empties what its EDR may leave as it is; storage is kept.
+    // Takes another key's texts and empties the lists. The rest keeps the values of the key before
+    // until this one's EDR overwrites them.
     void startAnew(BAS::String const& customer, BAS::String const& service);
 
     BAS::String identifier;
