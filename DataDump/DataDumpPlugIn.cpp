@@ -400,14 +400,15 @@ bool PlugIn::bindDataModule(BAS::RegistryEntry const* entry, Module*& module, Er
     if (entry == nullptr) {
         return true;
     }
-    module = dynamic_cast<Module*>(findRegisteredObject(entry->value()));
+    BAS::String const reference(entry->value());
+    module = dynamic_cast<Module*>(findRegisteredObject(reference));
     if (module != nullptr) {
         return true;
     }
     if (errorForm == ErrorForm::statusThenLog) {
-        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value());
+        recordAndLog("ERR_PLUGIN_TYPE_INVALID", severityCritical, reference);
     } else {
-        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, entry->value(), true);
+        setStatus("ERR_PLUGIN_TYPE_INVALID", severityCritical, reference, true);
     }
     return false;
 }
