@@ -2,6 +2,7 @@
 // EDRs and the reference data both come from these tables.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -238,5 +239,27 @@ inline constexpr std::array visitedNetworks = {
     VisitedNetwork{"AS-M2", "ROAM_Z3", "+0530", 330},
     VisitedNetwork{"AM-M7", "ROAM_Z3", "-0330", -210},
 };
+
+// What one table names is in another: the price of a rate plan's entry, and a tariff's rate plan
+// for its service.
+constexpr bool isPriceModel(std::string_view code) {
+    return std::any_of(priceModels.begin(), priceModels.end(),
+                       [&](PriceModel const& model) { return model.code == code; });
+}
+constexpr bool isRateplan(std::string_view code, std::string_view serviceCode) {
+    return std::any_of(rateplans.begin(), rateplans.end(), [&](Rateplan const& plan) {
+        return plan.code == code && plan.serviceCode == serviceCode;
+    });
+}
+static_assert(std::all_of(rateplanEntries.begin(), rateplanEntries.end(),
+                          [](RateplanEntry const& entry) {
+                              return isPriceModel(entry.priceModel);
+                          }));
+static_assert(std::all_of(segments.begin(), segments.end(), [](auto const& tariffs) {
+    return std::equal(tariffs.begin(), tariffs.end(), services.begin(),
+                      [](Tariff const& tariff, Service const& service) {
+                          return isRateplan(tariff.rateplan, service.code);
+                      });
+}));
 
 } // namespace host

@@ -1,16 +1,12 @@
 // Runs the real program on generated input, with the real plug-in and data modules.
 #include "generate/GeneratorCatalogue.h"
-#include "generate/GeneratorRandom.h"
 #include "support/TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
 
 #include <sys/wait.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdlib>
-#include <map>
 
 namespace {
 
@@ -87,53 +83,6 @@ TEST_F(Generate, ReplacesNothingUnasked) {
     EXPECT_THAT(read("g/reference-data.sql"), HasSubstr("COMMIT;"));
     EXPECT_EQ(shell("$HOST generate --output out"), 4) << "that is a file";
     EXPECT_EQ(shell("$HOST generate --customers 0"), 2);
-}
-
-// The shares of the first ranks are those of the law, within six standard deviations.
-TEST(ZipfDistribution, DrawsRanksInProportionToTheirReciprocals) {
-    constexpr std::size_t ranks = 50;
-    constexpr int draws = 100'000;
-    host::ZipfDistribution const zipf(ranks);
-    host::GeneratorRandom random(42);
-    std::vector<int> counts(ranks);
-    for (int i = 0; i < draws; ++i) {
-        ++counts.at(zipf(random));
-    }
-    double sum = 0;
-    for (std::size_t rank = 1; rank <= ranks; ++rank) {
-        sum += 1.0 / static_cast<double>(rank);
-    }
-    for (std::size_t rank = 0; rank < ranks; ++rank) {
-        auto const expected = draws / (static_cast<double>(rank + 1) * sum);
-        EXPECT_NEAR(counts[rank], expected, 6 * std::sqrt(expected)) << rank;
-    }
-}
-
-// Every event that can be drawn is charged.
-TEST(GeneratorCatalogue, HasAPriceForEveryTariffAndCategory) {
-    std::map<std::string_view, std::vector<std::string_view>> const categories = {
-        {"TEL", {"ONNET", "DOMESTIC", "INTERNATIONAL", "ROAM_Z2", "ROAM_Z3"}},
-        {"SMS", {"ONNET", "DOMESTIC", "INTERNATIONAL", "ROAM_Z2", "ROAM_Z3"}},
-        {"GPRS", {"DOMESTIC", "ROAM_Z2", "ROAM_Z3"}},
-        {"CNT", {"FILM", "MUSIC"}},
-    };
-    for (auto const& segment : host::segments) {
-        for (std::size_t service = 0; service < host::services.size(); ++service) {
-            auto const* const plan = host::findRateplan(segment[service].rateplan);
-            ASSERT_NE(plan, nullptr) << segment[service].rateplan;
-            EXPECT_EQ(plan->serviceCode, host::services[service].code);
-            for (auto const category : categories.at(plan->serviceCode)) {
-                EXPECT_TRUE(std::any_of(host::rateplanEntries.begin(), host::rateplanEntries.end(),
-                                        [&](host::RateplanEntry const& entry) {
-                                            return entry.rateplan == plan->code &&
-                                                   entry.impactCategory == category &&
-                                                   host::findPriceModel(entry.priceModel) !=
-                                                       nullptr;
-                                        }))
-                    << plan->code << " " << category;
-            }
-        }
-    }
 }
 
 } // namespace

@@ -2,12 +2,10 @@
 // the report is lost without a word, and nothing else is.
 #include "DataDump/PlugInFixture.h"
 
-#include <fcntl.h>
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,7 +14,6 @@
 #include <cstdlib>
 #include <functional>
 #include <random>
-#include <thread>
 
 namespace DataDumpTest {
 
@@ -120,39 +117,6 @@ TEST_F(OutputFault, LosesTheReportWithoutAWordAndNothingElse) {
     }
 }
 
-// The pipe takes less than the report at a time, and every write to it is interrupted.
-TEST_F(OutputFault, WritesOnAfterInterruptedAndShortWrites) {
-    auto const path = pathOf("pipe");
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    // Open before the report is, which would wait for it.
-    auto const readEnd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    ASSERT_GT(::fcntl(readEnd, F_SETPIPE_SZ, 4096), 0);
-    static std::atomic<unsigned> interrupts;
-    struct sigaction action {};
-    action.sa_handler = [](int) { ++interrupts; };
-    ASSERT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
-    auto const writer = ::pthread_self();
-    std::atomic<bool> isWritten = false;
-    std::string received;
-    std::thread reader([&] {
-        char part[1000];
-        for (bool isLast = false; !isLast;) {
-            isLast = isWritten;
-            ::pthread_kill(writer, SIGALRM);
-            for (ssize_t got = 0; (got = ::read(readEnd, part, sizeof part)) > 0;) {
-                received.append(part, static_cast<std::size_t>(got));
-                ::pthread_kill(writer, SIGALRM);
-            }
-        }
-    });
-    EXPECT_TRUE(dump("DumpEvents", path));
-    isWritten = true;
-    reader.join();
-    ::close(readEnd);
-    EXPECT_EQ(received, report());
-    EXPECT_GT(interrupts, received.size() / 1000);
-}
-
 // In a child, for the small file system is to be nobody else's.
 TEST_F(OutputFault, KeepsWhatFitsIntoASmallFileSystem) {
     enum Outcome { asExpected, different, notPermitted };
@@ -212,31 +176,6 @@ TEST_F(OutputFault, KeepsEveryFinishedLineWhenTheProcessIsKilled) {
         ASSERT_GE(torn.size(), end) << "killed at event " << moment;
     }
     ::munmap(shared, sizeof(std::atomic<unsigned>));
-}
-
-TEST_F(OutputFault, KeepsEveryByteOfAKilledReportThatWasInTheFile) {
-    auto const whole = report();
-    std::mt19937 random(2);
-    for (int kill = 0; kill < 250; ++kill) {
-        auto const moment = random() % whole.size();
-        std::filesystem::remove(pathOf("torn"));
-        auto const child = ::fork();
-        if (child == 0) {
-            dump("DumpEvents", pathOf("torn"));
-            ::_exit(0);
-        }
-        std::error_code notThereYet;
-        std::uintmax_t seen = 0;
-        do {
-            auto const size = std::filesystem::file_size(pathOf("torn"), notThereYet);
-            seen = notThereYet ? 0 : size;
-        } while (seen < moment && ::waitpid(child, nullptr, WNOHANG) == 0);
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        auto const torn = directory.read("torn");
-        ASSERT_TRUE(whole.starts_with(torn)) << "killed at byte " << moment;
-        ASSERT_GE(torn.size(), seen);
-    }
 }
 
 } // namespace

@@ -13,41 +13,26 @@ namespace DataDumpTest {
 
 namespace {
 
-std::vector<std::string> hostileNames() {
-    std::string const parts[] = {"'",
-                                 "''",
-                                 "\"",
-                                 "`",
-                                 ";",
-                                 "; DROP TABLE KWL_ALIAS_MAP; --",
-                                 "'; DROP TABLE KWL_PIPELINE; --",
-                                 "' OR '1'='1",
-                                 "') OR (1=1",
-                                 "' UNION SELECT * FROM KWL_EDRC_FIELD --",
-                                 "\\'; DELETE FROM ACCOUNT; --",
-                                 "$1$$",
-                                 ":v1 :v2 ?",
-                                 "%s%n_%",
-                                 "/*",
-                                 "\n2026-11-21T00:00:00Z critical - -",
-                                 "\r\t\x1b[31m",
-                                 "\x01\x7f\xc2\x9b",
-                                 "\xc3\xa4\xe2\x82\xac",
-                                 std::string(300, '\'')};
-    std::string const frames[] = {"#",     "Main#", "#Main", "'#",  "#'",
-                                  "\"#\"", "#;",    " # ",   "#--", "##"};
-    std::vector<std::string> names;
-    for (auto const& part : parts) {
-        for (auto name : frames) {
-            for (auto at = name.find('#'); at != std::string::npos;
-                 at = name.find('#', at + part.size())) {
-                name.replace(at, 1, part);
-            }
-            names.push_back(name);
-        }
-    }
-    return names;
-}
+std::string const hostileNames[] = {"'",
+                                    "''",
+                                    "\"",
+                                    "`",
+                                    ";",
+                                    "; DROP TABLE KWL_ALIAS_MAP; --",
+                                    "'; DROP TABLE KWL_PIPELINE; --",
+                                    "' OR '1'='1",
+                                    "') OR (1=1",
+                                    "' UNION SELECT * FROM KWL_EDRC_FIELD --",
+                                    "\\'; DELETE FROM ACCOUNT; --",
+                                    "$1$$",
+                                    ":v1 :v2 ?",
+                                    "%s%n_%",
+                                    "/*",
+                                    "\n2026-11-21T00:00:00Z critical - -",
+                                    "\r\t\x1b[31m",
+                                    "\x01\x7f\xc2\x9b",
+                                    "\xc3\xa4\xe2\x82\xac",
+                                    std::string(300, '\'')};
 
 std::string literal(std::string text) {
     for (auto at = text.find('\''); at != std::string::npos; at = text.find('\'', at + 2)) {
@@ -83,11 +68,9 @@ INSTANTIATE_TEST_SUITE_P(Kinds, PipelineName, testing::Values("sqlite", "postgre
                          [](auto const& tested) { return tested.param; });
 
 TEST_P(PipelineName, IsAValueAndNothingElse) {
-    auto const names = hostileNames();
-    ASSERT_EQ(names.size(), 200U);
     auto before = server->contents();
     std::string insert;
-    for (auto const& name : names) {
+    for (auto const& name : hostileNames) {
         auto const unknown = startIn(name);
         EXPECT_FALSE(unknown->isUsable());
         EXPECT_EQ(registry.log.entries().back(),
@@ -103,7 +86,7 @@ TEST_P(PipelineName, IsAValueAndNothingElse) {
     EXPECT_EQ(server->contents(), before);
     server->run(insert);
     before = server->contents();
-    for (auto const& name : names) {
+    for (auto const& name : hostileNames) {
         EXPECT_EQ(startIn(name)->isUsable(), name.size() <= 255) << name;
     }
     EXPECT_EQ(server->contents(), before);
