@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test fuzz soak coverage bench bench-host package golden format tidy clean packages
+.PHONY: help build demo test test-long fuzz soak coverage bench bench-host package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -23,19 +23,21 @@ demo: build ## run the demo and print both reports
 	@printf '\n==== Dump: what the data modules hold for it ====\n\n'
 	@cat build/demo/dump.txt
 
-test: packages ## build everything and run all tests, plainly and under the sanitizers
-	cmake --preset release -Wno-dev --log-level=WARNING
-	cmake --build --preset release
-	cmake --preset asan -Wno-dev --log-level=WARNING
-	cmake --build --preset asan
-	cmake --preset tsan -Wno-dev --log-level=WARNING
-	cmake --build --preset tsan --target races
-	cmake --preset fuzz -Wno-dev --log-level=WARNING
-	cmake --build --preset fuzz
-	ctest --preset tsan -L races
-	ctest --preset fuzz
-	ctest --preset release
-	ctest --preset asan
+# Configures and builds presets. Each builds the tests that need its kind of build, and no others.
+BUILD_PRESETS = for preset in $(1); do \
+    cmake --preset $$preset -Wno-dev --log-level=WARNING && cmake --build --preset $$preset || exit 1; done
+
+# Runs the tests of builds together, with one summary, which is the last that is printed.
+RUN_TESTS = printf 'subdirs($(1))\n' >build/CTestTestfile.cmake && \
+    ctest --test-dir build --parallel 2 --output-on-failure $(2)
+
+test: packages ## build everything and run the tests: as installed, and under the sanitizers
+	@$(call BUILD_PRESETS,release asan)
+	@$(call RUN_TESTS,release asan,--label-exclude long)
+
+test-long: packages ## run what takes long: a million EDRs, races under the thread sanitizer, fuzzing
+	@$(call BUILD_PRESETS,asan tsan fuzz)
+	@$(call RUN_TESTS,asan tsan fuzz,--label-regex long)
 
 SECONDS ?= 30
 fuzz: packages ## fuzz each target for SECONDS (30); what it finds stays in build/fuzz/fuzz
@@ -55,15 +57,15 @@ soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --build --preset tsan --target races
 	@cmake --preset fuzz -Wno-dev --log-level=WARNING
 	@cmake --build --preset fuzz
-	@cmake --preset release -Wno-dev --log-level=WARNING
-	@cmake --build --preset release
+	@cmake --preset release -DDATADUMP_TESTS=rooms -Wno-dev --log-level=WARNING
+	@cmake --build --preset release --target database_fault_test
 	DATABASE_ALIAS_ROWS=$(SOAK_ALIAS_ROWS) tests/support/with-postgresql \
 	    build/release/bin/database_fault_test --gtest_brief=1
 	build/asan/bin/allocation_failure_test --gtest_brief=1
 	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
 	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))
 	build/asan/bin/differential $(SOAK_EDRS)
-	printf '%s\n' registry description command edr_line rows | \
+	tests/fuzz/run-fuzzers --list | \
 	    xargs -n 1 -P $$(nproc) tests/fuzz/run-fuzzers build/fuzz -runs=$(SOAK_RUNS)
 
 # No tests are behind what CMake tries its compiler with.

@@ -11,7 +11,6 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
-#include <regex>
 #include <thread>
 
 using testing::ElementsAre;
@@ -75,10 +74,9 @@ TEST_F(Modules, giveEachThreadAConnectionThatOnlyReads) {
 
 TEST_F(Modules, readNewDataFromOneStateOfTheDatabaseAndKeepTheOldMeanwhile) {
     database.run("COMMIT; PRAGMA journal_mode = WAL; BEGIN;"); // so that others may write meanwhile
-    std::string const insertBoth = "INSERT INTO PRICEMODEL VALUES ('P%', NULL, 'EUR');"
-                                   "INSERT INTO BALANCE_GROUP VALUES (%, 1);";
     auto const insert = [&](std::string const& number) {
-        database.run(std::regex_replace(insertBoth, std::regex("%"), number));
+        database.run("INSERT INTO PRICEMODEL VALUES ('P" + number + "', NULL, 'EUR');" +
+                     "INSERT INTO BALANCE_GROUP VALUES (" + number + ", 1);");
     };
     auto const login = started("DBC_Database", "Login");
     registry.add("DataPool.Price.Module.Database", "Login");
