@@ -35,7 +35,8 @@ test: packages ## build everything and run the tests: as installed, and under th
 	@$(call BUILD_PRESETS,release asan)
 	@$(call RUN_TESTS,release asan,--label-exclude long)
 
-test-long: packages ## run what takes longer: a million EDRs, races under the thread sanitizer, fuzzing
+test-long: packages ## run what takes longer: a million EDRs, races under the thread sanitizer, fuzzing, the page in a browser
+	@tools/install-packages chromium chromium-driver python3
 	@$(call BUILD_PRESETS,asan tsan fuzz)
 	@$(call RUN_TESTS,asan tsan fuzz,--label-regex long)
 
