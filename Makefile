@@ -85,7 +85,7 @@ coverage: packages ## report what the tests reach; fails below 95 % of the plug-
 	    --filter 'framework/|modules/|host/' --fail-under-line 90
 
 bench: packages ## measure the capture against other ways to keep events, and the reports
-	@tools/install-packages libbenchmark-dev libspdlog-dev
+	@tools/install-packages libbenchmark-dev
 	@cmake --preset bench -Wno-dev --log-level=WARNING
 	@cmake --build --preset bench --target capture_bench capture_count report_bench
 	build/bench/bin/capture_bench --benchmark_min_time=0.05
@@ -93,7 +93,7 @@ bench: packages ## measure the capture against other ways to keep events, and th
 	bench/count-reads build/bench/bin/capture_count
 
 bench-host: packages ## measure pipeline-host against simdjson alone, and what loading data takes
-	@tools/install-packages libbenchmark-dev libspdlog-dev
+	@tools/install-packages libbenchmark-dev
 	@cmake --preset bench -Wno-dev --log-level=WARNING
 	@cmake --build --preset bench --target host_bench modules_load modules/all
 	build/bench/bin/host_bench build/bench/bin/pipeline-host build/bench/edrs 200000 7 50

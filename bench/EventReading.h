@@ -39,7 +39,7 @@ struct ChargePacket {
 };
 
 // A keeper has event(EventHead), then for each owner block owner(OwnerBlock, sponsors) and
-// item(id, model), then packet(ChargePacket) for each matching charge packet, then done().
+// item(id, model), then packet(ChargePacket) for each matching charge packet.
 template <class Keeper>
 class EventReading : public FCT::DataDump::PlugIn {
 public:
@@ -85,7 +85,6 @@ private:
                     fields.idxSdSponsorshipId, fields.idxSdDiscountModel},
                    true);
         readPackets(edr);
-        keeperM.done();
     }
 
     struct OwnerFields {

@@ -17,7 +17,6 @@ public:
         use(model);
     }
     void packet(ChargePacket const& packet) { use(packet); }
-    void done() {}
 
 private:
     // Makes the compiler believe that somebody looks at the value.

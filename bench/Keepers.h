@@ -8,12 +8,8 @@
 #include <boost/multi_index/member.hpp>
 #include <boost/multi_index/sequenced_index.hpp>
 #include <boost/multi_index_container.hpp>
-#include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/spdlog.h>
-#include <sqlite3.h>
 
 #include <algorithm>
-#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
@@ -91,7 +87,6 @@ public:
         recordM->serviceClassUsed = packet.serviceClassUsed;
         recordM->priceModels.push_back(packet.priceModel);
     }
-    void done() {}
 
 private:
     Store storeM;
@@ -184,85 +179,6 @@ private:
 
     std::size_t capacityM;
     Store storeM;
-};
-
-// The event as one line of text, for what writes it away at once.
-class LineKeeper {
-public:
-    void event(EventHead const& head) {
-        lineM.clear();
-        fmt::format_to(std::back_inserter(lineM), "{} {} {} {} {} {} {} {}", head.identifier.view(),
-                       head.serviceCode.view(), head.eventType.view(), head.serviceType.view(),
-                       head.serviceId, head.accountId, head.balanceGroupId, head.startTime);
-    }
-    void owner(OwnerBlock const& block, bool sponsors) {
-        fmt::format_to(std::back_inserter(lineM), " {} {} {} {} {}", sponsors ? 'S' : 'D',
-                       block.accountId, block.balanceGroupId, block.ownerId,
-                       block.ownerType.view());
-    }
-    void item(unsigned long id, BAS::String const& model) {
-        fmt::format_to(std::back_inserter(lineM), " {} {}", id, model.view());
-    }
-    void packet(ChargePacket const& packet) {
-        fmt::format_to(std::back_inserter(lineM), " {} {} {} {} {} {} {}", packet.ratePlan.view(),
-                       packet.internalRatePlan.view(), packet.ratePlanVersion,
-                       packet.impactCategory.view(), packet.serviceCodeUsed.view(),
-                       packet.serviceClassUsed.view(), packet.priceModel.view());
-    }
-
-protected:
-    std::string_view line() const { return {lineM.data(), lineM.size()}; }
-
-private:
-    fmt::memory_buffer lineM;
-};
-
-// A log line an event.
-class LogKeeper : public LineKeeper {
-public:
-    explicit LogKeeper(std::string const& file)
-        : logM("events", std::make_shared<spdlog::sinks::basic_file_sink_mt>(file, true)) {}
-    void done() { logM.info(line()); }
-
-private:
-    spdlog::logger logM;
-};
-
-// A database row an event, in transactions of 1,000.
-class RowKeeper : public LineKeeper {
-public:
-    explicit RowKeeper(std::string const& file) {
-        sqlite3_open(file.c_str(), &databaseM);
-        run("CREATE TABLE EVENT(HEAD TEXT)");
-        sqlite3_prepare_v2(databaseM, "INSERT INTO EVENT VALUES(?)", -1, &insertM, nullptr);
-        run("BEGIN");
-    }
-    RowKeeper(RowKeeper const&) = delete;
-    RowKeeper& operator=(RowKeeper const&) = delete;
-    ~RowKeeper() {
-        run("COMMIT");
-        sqlite3_finalize(insertM);
-        sqlite3_close(databaseM);
-    }
-    void done() {
-        sqlite3_bind_text(insertM, 1, line().data(), static_cast<int>(line().size()),
-                          SQLITE_STATIC);
-        sqlite3_step(insertM);
-        sqlite3_reset(insertM);
-        if (++rowsM % 1000 == 0) {
-            run("COMMIT");
-            run("BEGIN");
-        }
-    }
-
-private:
-    void run(char const* statement) {
-        sqlite3_exec(databaseM, statement, nullptr, nullptr, nullptr);
-    }
-
-    sqlite3* databaseM = nullptr;
-    sqlite3_stmt* insertM = nullptr;
-    std::size_t rowsM = 0;
 };
 
 } // namespace bench

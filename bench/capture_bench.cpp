@@ -29,13 +29,6 @@ MakePlugIn reading() {
         return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName, capacity);
     };
 }
-template <class Keeper>
-MakePlugIn writing(char const* file) {
-    return [file](Host& host, std::size_t) {
-        return std::make_unique<EventReading<Keeper>>(DataDumpTest::plugInName,
-                                                      (host.directory.path() / file).string());
-    };
-}
 
 struct Way {
     char const* name;
@@ -49,8 +42,6 @@ std::vector<Way> const ways = {
     {"plug-in", makePlugIn, 1'000'000},
     {"list and map", reading<RecordKeeper<ListAndMap>>(), 1'000},
     {"multi-index", reading<RecordKeeper<MultiIndexStore>>(), 1'000'000},
-    {"log line", writing<LogKeeper>("events.log"), 10},
-    {"database row", writing<RowKeeper>("events.db"), 10},
 };
 
 // Enough keys before anything is measured to fill the capacity.
