@@ -111,6 +111,11 @@ bool InputFile::fillBuffer() {
     return count > 0;
 }
 
+bool InputFile::hasBytes() const {
+    return !pendingM.empty() ||
+           waitForAny({descriptorM.number()}, std::chrono::steady_clock::now());
+}
+
 void InputFile::waitForBytes() const {
     auto const descriptorOf = [](Notification const* end) {
         return end == nullptr ? -1 : end->descriptor();

@@ -34,6 +34,9 @@ public:
     // returned all that comes before. Throws InputStopped when a notification ends the wait.
     std::size_t read(std::span<char> target);
 
+    // Whether read would return without waiting.
+    bool hasBytes() const;
+
     // How many bytes were read from the file, before decompression.
     std::uint64_t bytesRead() const noexcept { return bytesReadM; }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "BAS/Status.h"
+#include "input/InputPlace.h"
 #include "input/ParsedEdrs.h"
 
 #include <array>
@@ -14,13 +15,24 @@
 namespace host {
 
 struct InputPortion {
+    // Keeps the storage for EDRs.
+    void clear() {
+        edrs.clear();
+        rejected.clear();
+        messages.clear();
+        isPause = false;
+        isLast = false;
+        failure = nullptr;
+    }
+
     ParsedEdrs edrs;
     std::string rejected; // a line, or a piece of a long one, as it was read
     std::vector<BAS::Status> messages;
-    // The position in the input after all of that.
-    std::uint64_t end = 0;           // in bytes of the input
-    std::uint64_t bytesRead = 0;     // of the file, before decompression
+    // Where the input stands after all of that.
+    InputPlace end;
+    std::uint64_t bytesRead = 0;     // of the input, before decompression
     std::uint64_t rejectedLines = 0; // since the start
+    bool isPause = false;            // what follows isn't there yet
     bool isLast = false;
     std::exception_ptr failure; // that ended the input early
 };

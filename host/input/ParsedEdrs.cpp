@@ -9,7 +9,7 @@ void ParsedEdrs::clear() noexcept {
 }
 
 void ParsedEdrs::begin(std::string_view line) {
-    edrsM.push_back({EDR::detailRecord, stepsM.size(), textM.size(), 0});
+    edrsM.push_back({EDR::detailRecord, stepsM.size(), textM.size(), {}});
     textM.append(line);
     lineM = line;
 }

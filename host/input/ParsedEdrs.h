@@ -6,6 +6,7 @@
 #include "EDR/BlockIndex.h"
 #include "EDR/Container.h"
 #include "EDR/Index.h"
+#include "input/InputPlace.h"
 
 #include <cstdint>
 #include <functional>
@@ -26,13 +27,13 @@ public:
     // In the order in which a container is filled.
     void addBlock(EDR::BlockIndex const& block);
     void setField(EDR::Index const& field, std::string_view text);
-    // The end of the line, in bytes of the input.
-    void end(std::uint64_t offset) noexcept { edrsM.back().end = offset; }
+    // The line ends there.
+    void end(InputPlace const& place) noexcept { edrsM.back().end = place; }
     // Removes the last EDR.
     void drop();
 
     std::size_t count() const noexcept { return edrsM.size(); }
-    std::uint64_t endOf(std::size_t edr) const noexcept { return edrsM[edr].end; }
+    InputPlace const& endOf(std::size_t edr) const noexcept { return edrsM[edr].end; }
     void fill(EDR::Container& container, std::size_t edr) const;
 
 private:
@@ -47,7 +48,7 @@ private:
         EDR::RecordKind kind;
         std::size_t firstStep;
         std::size_t textBegin;
-        std::uint64_t end;
+        InputPlace end;
     };
 
     static constexpr std::uint32_t noField = UINT32_MAX;

@@ -21,20 +21,12 @@ bool isBlank(std::string_view text) {
     return text.find_first_not_of(" \t\r") == std::string_view::npos;
 }
 
-void empty(InputPortion& portion) {
-    portion.edrs.clear();
-    portion.rejected.clear();
-    portion.messages.clear();
-    portion.isLast = false;
-    portion.failure = nullptr;
-}
-
 } // namespace
 
 PortionReader::PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                             EDR::Description const& description, InputFile::Ends ends,
+                             EDR::Description const& description, Notification const* stop,
                              std::uint64_t start)
-    : inputM(input), pipelineM(pipeline), fileM(input.file, ends),
+    : inputM(input), pipelineM(pipeline), fileM(input.file, {stop, &abandonedM}),
       linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description) {
     while (linesM.offset() < start && linesM.nextLine()) {
         while (linesM.nextPiece()) {
@@ -43,7 +35,7 @@ PortionReader::PortionReader(InputConfiguration const& input, PipelineConfigurat
 }
 
 void PortionReader::read(InputPortion& portion) noexcept {
-    empty(portion);
+    portion.clear();
     try {
         do {
             readOn(portion);
@@ -52,7 +44,8 @@ void PortionReader::read(InputPortion& portion) noexcept {
         portion.isLast = true;
         portion.failure = std::current_exception();
     }
-    portion.end = linesM.offset();
+    portion.end.offset = linesM.offset();
+    portion.isPause = !portion.isLast && !linesM.hasLine() && !fileM.hasBytes();
     portion.bytesRead = fileM.bytesRead();
     portion.rejectedLines = rejectedLinesM;
 }
@@ -77,7 +70,7 @@ void PortionReader::takeLine(InputPortion& portion) {
     auto const text = jsonOf(linesM);
     try {
         parserM.parse(text, portion.edrs);
-        portion.edrs.end(linesM.offset());
+        portion.edrs.end({0, 0, linesM.offset()});
         reportUnknownFields(portion);
     } catch (EdrLineError const& error) {
         portion.edrs.drop();

@@ -4,9 +4,10 @@
 #pragma once
 
 #include "BAS/String.h"
+#include "base/Notification.h"
 #include "input/EdrLineParser.h"
+#include "input/EdrSource.h"
 #include "input/InputFile.h"
-#include "input/InputPortion.h"
 #include "input/LineReader.h"
 #include "registry/Registry.h"
 
@@ -14,16 +15,17 @@
 
 namespace host {
 
-class PortionReader {
+class PortionReader : public EdrSource {
 public:
-    // Opens the input and skips its first bytes up to the start. The pipeline, the description and
-    // the notifications of InputFile must outlive the reader. Throws a BAS::Status when the file
-    // fails.
+    // Opens the input and goes on after so many bytes of it. The pipeline, the description and
+    // stop, which may be null, must outlive the reader; stop ends the waiting when there are no
+    // bytes. Throws a BAS::Status when the file fails.
     PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                  EDR::Description const& description, InputFile::Ends ends, std::uint64_t start);
+                  EDR::Description const& description, Notification const* stop,
+                  std::uint64_t start);
 
-    // Fills the next portion. A failure is put into the portion, after what was read before.
-    void read(InputPortion& portion) noexcept;
+    void read(InputPortion& portion) noexcept override;
+    void abandon() noexcept override { abandonedM.set(); }
 
 private:
     bool isComplete(InputPortion const& portion) const;
@@ -35,6 +37,7 @@ private:
 
     InputConfiguration inputM;
     PipelineConfiguration const& pipelineM;
+    Notification abandonedM;
     InputFile fileM;
     LineReader linesM;
     EdrLineParser parserM;

@@ -2,18 +2,15 @@
 
 #include "BAS/LogSink.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace host {
 
-ReadAheadInput::ReadAheadInput(InputConfiguration const& input,
-                               PipelineConfiguration const& pipeline,
-                               EDR::Description const& description, BAS::LogSink& log,
-                               InputPortions& portions, Notification const* stop,
-                               InputPosition const& start)
-    : logM(log), readerM(input, pipeline, description, {stop, &abandonedM}, start.bytes),
-      rejectFileM(input.rejectFile, start.rejectedBytes), offsetM(start.bytes),
-      emptyM(portions.size()), filledM(portions.size()) {
+ReadAheadInput::ReadAheadInput(std::unique_ptr<EdrSource> source, InputProgress& progress,
+                               BAS::LogSink& log, InputPortions& portions)
+    : sourceM(std::move(source)), progressM(progress), logM(log), emptyM(portions.size()),
+      filledM(portions.size()) {
     for (auto& portion : portions) {
         emptyM.put(&portion);
     }
@@ -21,15 +18,15 @@ ReadAheadInput::ReadAheadInput(InputConfiguration const& input,
 }
 
 ReadAheadInput::~ReadAheadInput() {
-    abandonedM.set();
+    sourceM->abandon();
     emptyM.close();
 }
 
 // The reader's thread.
 void ReadAheadInput::readAhead() {
     while (auto const portion = emptyM.take()) {
-        readerM.read(**portion);
-        bool const isLast = (*portion)->isLast; // give makes it the pipeline's
+        sourceM->read(**portion);
+        bool const isLast = (*portion)->isLast; // put makes it the pipeline's
         filledM.put(*portion);
         if (isLast) {
             return;
@@ -37,21 +34,26 @@ void ReadAheadInput::readAhead() {
     }
 }
 
-bool ReadAheadInput::next(EDR::Container& container) {
+ReadAheadInput::Next ReadAheadInput::next(EDR::Container& container) {
     while (portionM == nullptr || takenM == portionM->edrs.count()) {
+        if (portionM != nullptr && !isFinishedM) {
+            finishPortion();
+            if (portionM->isPause) {
+                return Next::pause;
+            }
+        }
         if (!nextPortion()) {
-            return false;
+            return Next::end;
         }
     }
     portionM->edrs.fill(container, takenM);
-    offsetM = portionM->edrs.endOf(takenM);
+    reach(portionM->edrs.endOf(takenM));
     ++takenM;
-    return true;
+    return Next::edr;
 }
 
 bool ReadAheadInput::nextPortion() {
     if (portionM != nullptr) {
-        finishPortion();
         if (portionM->isLast) {
             return false;
         }
@@ -59,16 +61,31 @@ bool ReadAheadInput::nextPortion() {
     }
     portionM = *filledM.take();
     takenM = 0;
+    isFinishedM = false;
     bytesReadM = portionM->bytesRead;
     return true;
 }
 
-// Handles what comes after its EDRs.
+void ReadAheadInput::reach(InputPlace const& place) {
+    if (placeM == placesM.size() || placesM[placeM].partition != place.partition) {
+        placeM = static_cast<std::size_t>(
+            std::find_if(placesM.begin(), placesM.end(),
+                         [&](auto const& each) { return each.partition == place.partition; }) -
+            placesM.begin());
+        if (placeM == placesM.size()) {
+            placesM.push_back(place);
+        }
+    }
+    placesM[placeM] = place;
+}
+
+// What comes after its EDRs.
 void ReadAheadInput::finishPortion() {
-    offsetM = portionM->end;
+    isFinishedM = true;
+    reach(portionM->end);
     rejectedLinesM = portionM->rejectedLines;
     if (!portionM->rejected.empty()) {
-        rejectFileM.append(portionM->rejected);
+        progressM.reject(portionM->end, portionM->rejected);
         portionM->rejected = {}; // frees the memory: it may be huge
     }
     for (auto const& message : portionM->messages) {

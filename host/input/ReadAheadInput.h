@@ -1,19 +1,17 @@
 // One input of a pipeline as a sequence of EDRs, which a thread of its own reads and parses ahead
-// of the pipeline. A line that can't be parsed is logged, kept in the input's reject file and
-// counted when the pipeline reaches it, as if it was only read then; the EDRs continue after it.
-// Unknown fields are logged once for each name. Used by the pipeline's thread.
+// of the pipeline. A line that can't be parsed is logged, kept and counted when the pipeline
+// reaches it, as if it was only read then; the EDRs continue after it. Used by the pipeline's
+// thread.
 #pragma once
 
 #include "base/HandOverQueue.h"
-#include "base/Notification.h"
-#include "input/InputPortion.h"
-#include "input/InputStateFile.h"
-#include "input/PortionReader.h"
-#include "input/RejectFile.h"
-#include "registry/Registry.h"
+#include "input/EdrSource.h"
+#include "input/InputProgress.h"
 
 #include <cstdint>
+#include <memory>
 #include <thread>
+#include <vector>
 
 namespace BAS {
 class LogSink;
@@ -23,25 +21,26 @@ namespace host {
 
 class ReadAheadInput {
 public:
-    // Opens the input and resumes after the start. Statuses have the pipeline's registered name and
-    // go to the log. All arguments except the names of the files must outlive the object; one input
-    // uses the portions at a time. Throws a BAS::Status when a file fails.
-    ReadAheadInput(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                   EDR::Description const& description, BAS::LogSink& log, InputPortions& portions,
-                   Notification const* stop = nullptr, InputPosition const& start = {});
+    // Begins to read. What is given by reference stays the caller's and must outlive the object;
+    // one input uses the portions at a time.
+    ReadAheadInput(std::unique_ptr<EdrSource> source, InputProgress& progress, BAS::LogSink& log,
+                   InputPortions& portions);
     // Drops what was read ahead.
     ~ReadAheadInput();
     ReadAheadInput(ReadAheadInput const&) = delete;
     ReadAheadInput& operator=(ReadAheadInput const&) = delete;
 
-    // Fills the container with the next EDR; false at the end of the input. Throws a BAS::Status
-    // when reading or writing the reject file fails, and InputStopped when stop is set while the
-    // input has nothing to read.
-    bool next(EDR::Container& container);
+    enum class Next { edr, pause, end };
+    // Fills the container with the next EDR, or tells, once, that none is at hand, or that the
+    // input is at its end. Throws what reading throws: a BAS::Status when that, or keeping a
+    // rejected line, fails, and InputStopped when the wait for EDRs ends because the program is to
+    // end.
+    Next next(EDR::Container& container);
 
-    // After the last EDR and everything that was rejected before it.
-    InputPosition position() const noexcept { return {offsetM, rejectFileM.size()}; }
-    // Up to there or a little more; of the file, before decompression.
+    // After the last EDR and everything that was rejected before it; one place for each partition
+    // from which anything came.
+    std::vector<InputPlace> const& places() const noexcept { return placesM; }
+    // Up to there or a little more; of the input, before decompression.
     std::uint64_t bytesRead() const noexcept { return bytesReadM; }
     std::uint64_t rejectedLines() const noexcept { return rejectedLinesM; }
 
@@ -49,14 +48,16 @@ private:
     void readAhead();
     bool nextPortion();
     void finishPortion();
+    void reach(InputPlace const& place);
 
+    std::unique_ptr<EdrSource> sourceM;
+    InputProgress& progressM;
     BAS::LogSink& logM;
-    Notification abandonedM; // ends the reader's waiting for bytes
-    PortionReader readerM;
-    RejectFile rejectFileM;
-    InputPortion* portionM = nullptr; // the present one
+    InputPortion* portionM = nullptr; // at hand
     std::size_t takenM = 0;           // EDRs of it
-    std::uint64_t offsetM;
+    bool isFinishedM = false;         // what comes after its EDRs is done, too
+    std::vector<InputPlace> placesM;
+    std::size_t placeM = 0; // of those, the one reached last
     std::uint64_t bytesReadM = 0;
     std::uint64_t rejectedLinesM = 0;
     HandOverQueue<InputPortion*> emptyM;

@@ -3,6 +3,8 @@
 #include "PLG/FunctionPlugIn.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
+#include "input/FileProgress.h"
+#include "input/PortionReader.h"
 #include "input/ReadAheadInput.h"
 #include "registry/EdrDescriptionFile.h"
 
@@ -100,18 +102,21 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
     report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_STARTED", {input.input.file.string()}));
     auto const begin = std::chrono::steady_clock::now();
     InputOutcome outcome{Ending::notOpened, {}};
+    std::optional<FileProgress> progress;
     std::optional<ReadAheadInput> edrs;
     try {
-        edrs.emplace(input.input, configurationM, descriptionM, logM, portionsM, &stop,
-                     input.start);
-        outcome.ending = readToEnd(*edrs, stop);
+        auto reader = std::make_unique<PortionReader>(input.input, configurationM, descriptionM,
+                                                      &stop, input.start.bytes);
+        progress.emplace(input, directoryM ? &*directoryM : nullptr);
+        edrs.emplace(std::move(reader), *progress, logM, portionsM);
+        outcome.ending = readToEnd(*edrs, *progress, stop);
     } catch (InputStopped const&) {
         outcome.ending = Ending::stopped;
     } catch (BAS::Status const& status) {
         outcome = {edrs ? Ending::failed : Ending::notOpened, status};
     }
     if (edrs) {
-        processBatch(*edrs);
+        processBatch(*edrs, *progress);
         rejectedBeforeM += edrs->rejectedLines();
         bytesBeforeM += edrs->bytesRead();
     }
@@ -121,17 +126,25 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
     return outcome;
 }
 
-PipelineRunner::Ending PipelineRunner::readToEnd(ReadAheadInput& edrs, Notification const& stop) {
-    for (auto* next = &nextContainer(); edrs.next(*next); next = &nextContainer()) {
-        batchM.append(next);
-        if (batchM.entries() == configurationM.batchSize) {
-            processBatch(edrs);
+PipelineRunner::Ending PipelineRunner::readToEnd(ReadAheadInput& edrs, InputProgress& progress,
+                                                 Notification const& stop) {
+    for (;;) {
+        auto* const container = &nextContainer();
+        auto const next = edrs.next(*container);
+        if (next == ReadAheadInput::Next::end) {
+            return Ending::atEnd;
+        }
+        if (next == ReadAheadInput::Next::edr) {
+            batchM.append(container);
+        }
+        // What waits for more EDRs isn't held back.
+        if (next == ReadAheadInput::Next::pause || batchM.entries() == configurationM.batchSize) {
+            processBatch(edrs, progress);
             if (stop.isSet()) {
                 return Ending::stopped;
             }
         }
     }
-    return Ending::atEnd;
 }
 
 EDR::Container& PipelineRunner::nextContainer() {
@@ -142,13 +155,11 @@ EDR::Container& PipelineRunner::nextContainer() {
     return *poolM[place];
 }
 
-void PipelineRunner::processBatch(ReadAheadInput const& edrs) {
+void PipelineRunner::processBatch(ReadAheadInput const& edrs, InputProgress& progress) {
     auto const faults = batchM.entries() == 0 ? 0 : callFunctions();
     countBatch(edrs, faults);
     batchM.clear();
-    if (directoryM) {
-        directoryM->keepPosition(edrs.position());
-    }
+    progress.keep(edrs.places());
 }
 
 // Returns how many of them threw.

@@ -30,6 +30,7 @@ class FunctionPlugIn;
 
 namespace host {
 
+class InputProgress;
 class ReadAheadInput;
 
 struct PipelineCounters {
@@ -83,9 +84,9 @@ private:
     void runFiles(Notification const& stop);
     void runDirectory(Notification const& stop);
     InputOutcome runInput(DirectoryInput const& input, Notification const& stop);
-    Ending readToEnd(ReadAheadInput& edrs, Notification const& stop);
+    Ending readToEnd(ReadAheadInput& edrs, InputProgress& progress, Notification const& stop);
     EDR::Container& nextContainer();
-    void processBatch(ReadAheadInput const& edrs);
+    void processBatch(ReadAheadInput const& edrs, InputProgress& progress);
     std::uint64_t callFunctions();
     bool call(PLG::FunctionPlugIn& function);
     void countBatch(ReadAheadInput const& edrs, std::uint64_t faults);

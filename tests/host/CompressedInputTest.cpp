@@ -1,9 +1,8 @@
 // Compressed inputs as the ordinary tools make them.
-#include "input/ReadAheadInput.h"
-
 #include "BAS/Status.h"
 #include "EDR/Container.h"
 #include "support/EdrText.h"
+#include "support/FileInput.h"
 #include "support/LogRecorder.h"
 #include "support/TemporaryDirectory.h"
 
@@ -50,8 +49,8 @@ protected:
     // Reads a file until its end or until it fails.
     Outcome readAll(std::string const& name, std::string const& content) {
         Outcome outcome;
-        host::ReadAheadInput input({directoryM.write(name, content), path("reject")}, pipelineM,
-                                   descriptionM, logM, portionsM);
+        support::FileInput input({directoryM.write(name, content), path("reject")}, pipelineM,
+                                 descriptionM, logM, portionsM);
         EDR::Container container(descriptionM);
         try {
             while (input.next(container)) {

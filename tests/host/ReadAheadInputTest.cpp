@@ -4,6 +4,7 @@
 #include "EDR/Iterator.h"
 #include "support/AllocationCounter.h"
 #include "support/EdrText.h"
+#include "support/FileInput.h"
 #include "support/LogRecorder.h"
 #include "support/TemporaryDirectory.h"
 
@@ -39,13 +40,13 @@ protected:
         return edrs;
     }
 
-    std::unique_ptr<host::ReadAheadInput> open(host::InputPosition const& start = {}) {
-        return std::make_unique<host::ReadAheadInput>(
+    std::unique_ptr<support::FileInput> open(host::InputPosition const& start = {}) {
+        return std::make_unique<support::FileInput>(
             host::InputConfiguration{inputFile(), rejectFile()}, pipelineM, descriptionM, logM,
-            portionsM, nullptr, start);
+            portionsM, start);
     }
 
-    std::vector<std::string> take(host::ReadAheadInput& input, std::size_t most) {
+    std::vector<std::string> take(support::FileInput& input, std::size_t most) {
         std::vector<std::string> edrs;
         EDR::Container container(descriptionM);
         while (edrs.size() < most && input.next(container)) {
