@@ -22,6 +22,8 @@ demo: build ## run the demo and print both reports
 	@cat build/demo/events.txt
 	@printf '\n==== Dump: what the data modules hold for it ====\n\n'
 	@cat build/demo/dump.txt
+	@printf '\n==== datadump findings: what does not fit in it ====\n\n'
+	@build/release/bin/datadump findings build/demo/dump.txt || [ $$? -eq 1 ]
 
 # Configures and builds presets. Each builds the tests that need its kind of build, and no others.
 BUILD_PRESETS = for preset in $(1); do \
@@ -104,7 +106,8 @@ package: build ## make the Debian package, in build/package
 
 golden: build ## run the demo, show what differs from the expected reports, and take it over
 	@tools/run-demo build/release build/golden
-	@for report in events.txt dump.txt; do \
+	@cd build/golden && { ../release/bin/datadump findings dump.txt >findings.txt || [ $$? -eq 1 ]; }
+	@for report in events.txt dump.txt findings.txt; do \
 	    diff -uN tests/golden/$$report build/golden/$$report; \
 	    cp build/golden/$$report tests/golden/$$report; \
 	done

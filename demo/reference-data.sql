@@ -7,10 +7,13 @@
 -- their thousands: 1 accounts, 2 balance groups, 3 services, 4 owner groups, 5 discounts,
 -- 6 sponsorships, 7 products.
 --
--- On purpose, two things of the EDRs are not here, so that the dump shows what the modules say then:
+-- On purpose, three things don't fit the EDRs, so that the dump shows what the modules say then and
+-- "datadump findings" has something to find:
 --   account 1040, a meter that was activated on the day of the EDRs, after this was filled: neither
 --       its subscriber number 001010000000040 nor its balance group 2040 is known;
---   price model PM_CNT_ADVENT, of a campaign that rating knew before the reference data did.
+--   price model PM_CNT_ADVENT, of a campaign that rating knew before the reference data did, isn't
+--       here;
+--   discount 5011, CORP_DATA20 of the company, ended with October, and rating still granted it.
 
 ---------------------------------------------------------------------------------------------------
 -- The framework
@@ -136,7 +139,7 @@ VALUES
     (1001, 5001, 'FAMILY10', NULL, '*', 'ACTIVE', '2021-04-01T00:00:00Z', NULL),
     (1001, 5002, 'LOYALTY5', NULL, '*', 'ACTIVE', '2024-04-01T00:00:00Z', NULL),
     (1010, 5010, 'CORP_VOICE15', NULL, '/event/session/telco', 'ACTIVE', '2023-03-01T00:00:00Z', NULL),
-    (1010, 5011, 'CORP_DATA20', NULL, '/event/session/data', 'ACTIVE', '2023-03-01T00:00:00Z', NULL),
+    (1010, 5011, 'CORP_DATA20', NULL, '/event/session/data', 'ACTIVE', '2023-03-01T00:00:00Z', '2026-11-01T00:00:00Z'),
     (1011, 5040, 'DATA_PACK_2GB', 3211, '/event/session/data', 'ACTIVE', '2026-11-01T00:00:00Z', '2026-12-01T00:00:00Z'),
     (1020, 5020, 'PREPAID_NIGHT', 3020, '/event/session/telco', 'ACTIVE', '2026-01-05T00:00:00Z', NULL),
     (1020, 5021, 'WEEKEND_FREE', NULL, '*', 'ACTIVE', '2026-07-01T00:00:00Z', '2027-01-01T00:00:00Z'),
@@ -398,7 +401,7 @@ VALUES
     (5001, '/group/sharing', 4001, 1001, 'FAMILY10', 'ACTIVE', '2021-04-01T00:00:00Z', NULL, '2021-03-27T10:14:31Z'),
     (5002, '/account', 1001, 1001, 'LOYALTY5', 'ACTIVE', '2024-04-01T00:00:00Z', NULL, '2024-04-01T00:00:00Z'),
     (5010, '/group/sharing', 4010, 1010, 'CORP_VOICE15', 'ACTIVE', '2023-03-01T00:00:00Z', NULL, '2023-02-20T08:45:00Z'),
-    (5011, '/group/sharing', 4010, 1010, 'CORP_DATA20', 'ACTIVE', '2023-03-01T00:00:00Z', NULL, '2023-02-20T08:45:00Z'),
+    (5011, '/group/sharing', 4010, 1010, 'CORP_DATA20', 'ACTIVE', '2023-03-01T00:00:00Z', '2026-11-01T00:00:00Z', '2023-02-20T08:45:00Z'),
     (5020, '/account', 1020, 1020, 'PREPAID_NIGHT', 'ACTIVE', '2026-01-05T00:00:00Z', NULL, '2026-01-05T15:22:08Z'),
     (5021, '/account', 1020, 1020, 'WEEKEND_FREE', 'ACTIVE', '2026-07-01T00:00:00Z', '2027-01-01T00:00:00Z', '2026-06-29T19:03:44Z'),
     (5030, '/account', 1030, 1030, 'STUDENT25', 'ACTIVE', '2026-10-01T00:00:00Z', '2028-10-01T00:00:00Z', '2026-09-28T12:40:19Z'),

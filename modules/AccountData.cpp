@@ -81,17 +81,10 @@ bool covers(std::string_view eventType, std::string_view asked) {
                                                                  asked[eventType.size()] == '/'));
 }
 
-std::vector<OwnedItem> itemsThatApply(std::span<OwnedItem const> items,
-                                      AccountData::Asked const& asked, TextPool const& texts) {
-    std::vector<OwnedItem> found;
-    for (auto const& item : items) {
-        bool const ofService =
-            !item.serviceId || *item.serviceId == static_cast<std::uint64_t>(asked.serviceId);
-        if (ofService && covers(texts[item.eventType], asked.eventType)) {
-            found.push_back(item);
-        }
-    }
-    return found;
+bool applies(OwnedItem const& item, AccountData::Asked const& asked, TextPool const& texts) {
+    bool const ofService =
+        !item.serviceId || *item.serviceId == static_cast<std::uint64_t>(asked.serviceId);
+    return ofService && covers(texts[item.eventType], asked.eventType);
 }
 
 void listServices(DumpText& dump, std::span<AccountService const> services,
@@ -111,11 +104,23 @@ void listServices(DumpText& dump, std::span<AccountService const> services,
 void listItems(DumpText& dump, char const* heading, std::span<ListColumn<OwnedItem> const> columns,
                std::span<OwnedItem const> items, AccountData::Asked const& asked,
                TextPool const& texts) {
-    auto const found = itemsThatApply(items, asked, texts);
+    std::vector<OwnedItem> found;
+    std::string others;
+    for (auto const& item : items) {
+        if (applies(item, asked, texts)) {
+            found.push_back(item);
+        } else {
+            others += fmt::format("{}{} {}", others.empty() ? "" : ", ", item.id,
+                                  shownValue(item.model, texts));
+        }
+    }
     dump.line("");
     dump.line("  {} for service {} and event type {}: {} of {}", heading, asked.serviceId,
               shownText(asked.eventType), found.size(), items.size());
     dump.list(4, columns, std::span<OwnedItem const>(found));
+    if (!others.empty()) {
+        dump.line("  Others: {}", others);
+    }
 }
 
 } // namespace

@@ -85,9 +85,11 @@ void RateplanData::dumpVersion(DumpText& text, Rateplan const& rateplan, Asked c
         }
     }
     text.line("");
-    text.line("  Entries for service code {}, service class {} and impact category {}: {} of {}",
-              shownText(asked.serviceCode), shownText(asked.serviceClass),
-              shownText(asked.impactCategory), found.size(), entries.size());
+    text.line(
+        "  Entries, all charged, for service code {}, service class {} and impact category {}: "
+        "{} of {}",
+        shownText(asked.serviceCode), shownText(asked.serviceClass),
+        shownText(asked.impactCategory), found.size(), entries.size());
     text.list<RateplanEntry>(4, entryList, found);
 }
 

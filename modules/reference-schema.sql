@@ -103,11 +103,11 @@ CREATE TABLE RATEPLAN (
 );
 
 -- What a version charges by which price model, keyed by RATEPLAN_CODE, VERSION and ENTRY_NO. In the
--- three columns that an event is matched with, * matches all.
+-- three columns that an event is matched with, * matches all. Every entry that matches is charged.
 CREATE TABLE RATEPLAN_ENTRY (
     RATEPLAN_CODE   VARCHAR(255), -- with VERSION: RATEPLAN
     VERSION         BIGINT,
-    ENTRY_NO        BIGINT,       -- entries are tried in this order
+    ENTRY_NO        BIGINT,       -- entries are charged in this order
     SERVICE_CODE    VARCHAR(255),
     SERVICE_CLASS   VARCHAR(255),
     IMPACT_CATEGORY VARCHAR(255),

@@ -47,6 +47,11 @@ constexpr SentenceMeaning planSentences[] = {
     {.pattern = "Rate plan {} version {}", .plan = {&PlanMemory::code, &PlanMemory::version}},
     {.pattern = "  Rate plan id {}, model {}, valid from {} to {}",
      .plan = {&PlanMemory::id, &PlanMemory::model, &PlanMemory::validFrom, &PlanMemory::validTo}},
+    {.pattern =
+         "  Entries, all charged, for service code {}, service class {} and impact category {}: "
+         "{} of {}",
+     .plan = {&PlanMemory::serviceCode, &PlanMemory::serviceClass, &PlanMemory::impactCategory}},
+    // As older hosts write it.
     {.pattern = "  Entries for service code {}, service class {} and impact category {}: {} of {}",
      .plan = {&PlanMemory::serviceCode, &PlanMemory::serviceClass, &PlanMemory::impactCategory}},
 };

@@ -1,8 +1,9 @@
 #include "program/ListCommand.h"
 
-#include "facts/FactReader.h"
 #include "facts/Times.h"
+#include "program/EventJudge.h"
 #include "program/Output.h"
+#include "program/Program.h"
 #include "program/Terminal.h"
 #include "program/Walk.h"
 
@@ -75,10 +76,19 @@ private:
 } // namespace
 
 int listEvents(Options const& options) {
+    EventList list(options.files.size() > 1);
+    if (options.onlyFindings) {
+        forEachJudged(options, [&](JudgedEvent const& judged) {
+            if (judged.event.line != 0) {
+                list.add(judged.event, judged.file);
+            }
+        });
+        list.end();
+        return done;
+    }
     Walk walk(options.files);
     FactReader reader;
     KeyRegister keys;
-    EventList list(options.files.size() > 1);
     walk.forEach([&](EventText const& text, std::size_t file) {
         if (text.isOutside) {
             return;
@@ -93,13 +103,18 @@ int listEvents(Options const& options) {
         }
     });
     list.end();
-    return 0;
+    return done;
 }
 
 int showEvents(Options const& options) {
+    Output out;
+    if (options.onlyFindings) {
+        forEachJudged(options, [&](JudgedEvent const& judged) { out.write(judged.event.bytes); });
+        out.flush();
+        return done;
+    }
     Walk walk(options.files);
     FactReader reader;
-    Output out;
     bool const showsAll = options.filter.letsAllThrough();
     walk.forEach([&](EventText const& text, std::size_t) {
         bool const isShown =
@@ -109,7 +124,7 @@ int showEvents(Options const& options) {
         }
     });
     out.flush();
-    return 0;
+    return done;
 }
 
 } // namespace reader

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "facts/Filter.h"
+#include "findings/FindingKinds.h"
 
 namespace reader {
 
@@ -12,6 +13,11 @@ struct Options {
     // Of html:
     std::string older; // file to compare with; empty: none
     std::string page;  // file to write
+    Severity leastSeverity = Severity::note;
+    std::array<bool, findingKinds.size()> isIgnored{};
+    std::string explained; // a kind's name, or "all"
+    bool hasRawText = false;
+    bool isByEvent = false;
 };
 
 } // namespace reader

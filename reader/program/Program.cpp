@@ -1,6 +1,7 @@
 #include "program/Program.h"
 
 #include "facts/Times.h"
+#include "program/FindingsCommand.h"
 #include "program/HtmlCommand.h"
 #include "program/ListCommand.h"
 #include "program/Output.h"
@@ -67,6 +68,12 @@ void addFilters(CLI::App& command, Options& options, FilterTexts& texts) {
         ->group("Filters (PATTERN may hold * and ?)");
 }
 
+struct OptionTexts {
+    FilterTexts filters;
+    std::string severity;
+    std::vector<std::string> ignored;
+};
+
 class CommandLine {
 public:
     CommandLine() {
@@ -81,17 +88,20 @@ public:
         html.add_option("-o,--output", optionsM.page, "the file of the page")
             ->type_name("PAGE")
             ->required();
+        auto& findings = addCommand("findings", "what doesn't fit, one line each", listFindings);
+        findings
+            .add_option("--explain", optionsM.explained, "what a kind of finding means, or all")
+            ->type_name("KIND");
     }
 
     int run(int argc, char const* const* argv) {
         try {
             appM.parse(argc, argv);
-            optionsM.filter.since = timeOption(textsM.since, "--since");
-            optionsM.filter.until = timeOption(textsM.until, "--until");
+            takeTexts();
         } catch (CLI::ParseError const& error) {
             return appM.exit(error) == 0 ? done : wrongUsage;
         }
-        return commandM(optionsM);
+        return optionsM.explained.empty() ? commandM(optionsM) : explainKind(optionsM.explained);
     }
 
 private:
@@ -99,16 +109,65 @@ private:
 
     CLI::App& addCommand(char const* name, char const* help, Command command) {
         auto& sub = *appM.add_subcommand(name, help);
-        sub.add_option("FILE", optionsM.files, fileHelp)->required()->type_name("");
-        addFilters(sub, optionsM, textsM);
+        sub.add_option("FILE", optionsM.files, fileHelp)->type_name("");
+        addFilters(sub, optionsM, textsM.filters);
+        addFindingOptions(sub);
         sub.callback([this, command] { commandM = command; });
         return sub;
+    }
+
+    // Which findings count, the same for every command.
+    void addFindingOptions(CLI::App& sub) {
+        constexpr auto group = "Findings";
+        sub.add_flag("--only-findings", optionsM.onlyFindings, "only events that have findings")
+            ->group(group);
+        sub.add_option("--severity", textsM.severity,
+                       "the least severity: note, suspicion or mismatch")
+            ->type_name("SEVERITY")
+            ->group(group);
+        sub.add_option("--ignore", textsM.ignored, "leave out a kind of finding")
+            ->type_name("KIND")
+            ->expected(1)
+            ->take_all()
+            ->group(group);
+    }
+
+    void takeTexts() {
+        optionsM.filter.since = timeOption(textsM.filters.since, "--since");
+        optionsM.filter.until = timeOption(textsM.filters.until, "--until");
+        if (!textsM.severity.empty()) {
+            auto const severity = severityOf(textsM.severity);
+            if (!severity) {
+                throw CLI::ValidationError("--severity", "\"" + textsM.severity +
+                                                             "\" is not one of note, suspicion "
+                                                             "and mismatch");
+            }
+            optionsM.leastSeverity = *severity;
+        }
+        for (auto const& name : textsM.ignored) {
+            optionsM.isIgnored[static_cast<std::size_t>(requireKind("--ignore", name))] = true;
+        }
+        if (!optionsM.explained.empty() && optionsM.explained != "all") {
+            requireKind("--explain", optionsM.explained);
+        }
+        if (optionsM.files.empty() && optionsM.explained.empty()) {
+            throw CLI::RequiredError("FILE");
+        }
+    }
+
+    static Kind requireKind(char const* option, std::string const& name) {
+        auto const* const kind = findKind(name);
+        if (kind == nullptr) {
+            throw CLI::ValidationError(option, "there is no kind \"" + name +
+                                                   "\"; --explain all names them");
+        }
+        return kind->kind;
     }
 
     CLI::App appM{"Reads event reports and in-memory dumps, and finds what doesn't fit.",
                   "datadump"};
     Options optionsM;
-    FilterTexts textsM;
+    OptionTexts textsM;
     Command commandM = nullptr;
 };
 

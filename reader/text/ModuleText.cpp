@@ -34,8 +34,7 @@ std::size_t Table::column(std::string_view sought) const {
 }
 
 std::string_view Table::cell(std::size_t row, std::string_view sought) const {
-    auto const found = column(sought);
-    return found == none ? std::string_view() : cell(row, found);
+    return cell(row, column(sought));
 }
 
 Table const* ModuleText::tableOf(std::string_view title) const {

@@ -26,10 +26,11 @@ public:
     bool isComplete = true;
 
     std::string_view heading(std::size_t column) const { return (*cellsM)[firstM + column]; }
+    // Empty when there is no such column.
     std::string_view cell(std::size_t row, std::size_t column) const {
-        return (*cellsM)[firstM + (row + 1) * columnCount + column];
+        return column < columnCount ? (*cellsM)[firstM + (row + 1) * columnCount + column]
+                                    : std::string_view();
     }
-    // By heading; empty when there is no such column.
     std::string_view cell(std::size_t row, std::string_view heading) const;
     std::size_t column(std::string_view heading) const;
     LineNumber lineOf(std::size_t row) const { return line + 2 + row; }

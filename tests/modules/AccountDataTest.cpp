@@ -51,6 +51,7 @@ TEST(AccountData, showsTheAccountAsOneEventSeesIt) {
     -------  ---------  -------  --------------  ---------  --------------------  --------------------
        6001  VOICE_STD     3001  /event/session  ACTIVE     2026-01-01T00:00:00Z  open
        6003  BASE           all  *               CANCELLED  1969-12-31T23:59:59Z  2026-02-01T00:00:00Z
+  Others: 6002 MAIL_STD, 6004 ROAMING
 
   Discounts for service 3001 and event type /event/session/telco: 1 of 1
     Discount  Discount model  Service  Event type            Status  Valid from            Valid to

@@ -33,7 +33,7 @@ TEST(RateplanData, listsTheEntriesThatMatch) {
               R"(Rate plan VOICE_STD version 3
   Rate plan id 12, model PEAK, valid from 2026-01-01T00:00:00Z to open
 
-  Entries for service code TEL, service class SILVER and impact category DOMESTIC: 2 of 4
+  Entries, all charged, for service code TEL, service class SILVER and impact category DOMESTIC: 2 of 4
     Entry  Service code  Service class  Impact category  Price model
     -----  ------------  -------------  ---------------  -----------
         2  TEL           *              DOMESTIC         PM_VOICE

@@ -1,0 +1,34 @@
+// Finds objects that one file shows with other facts than another. Keeps a hash of each object.
+#pragma once
+
+#include "facts/EventFacts.h"
+#include "findings/Finding.h"
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace reader {
+
+class FileComparison {
+public:
+    // The names of the files stay the caller's.
+    explicit FileComparison(std::vector<std::string> const& files) : filesM(files) {}
+
+    // Appends a finding for each object of the event that differs from what an earlier file shows;
+    // each object once a file.
+    void compare(EventFacts const& event, std::size_t file, std::vector<Finding>& findings);
+
+private:
+    struct Shown {
+        std::uint64_t hash;
+        std::size_t file;
+        LineNumber line;
+        std::size_t lastFile; // that was compared
+    };
+
+    std::vector<std::string> const& filesM;
+    std::unordered_map<std::uint64_t, Shown> shownM; // by a hash of the object's name
+};
+
+} // namespace reader

@@ -1,0 +1,56 @@
+// What the judges of the sections share: the event, its charging start, and where findings go.
+#pragma once
+
+#include "facts/EventFacts.h"
+#include "findings/Finding.h"
+
+#include <string>
+#include <vector>
+
+namespace reader {
+
+class Judgement {
+public:
+    Judgement(EventFacts const& judged, std::vector<Finding>& findings);
+
+    EventFacts const& event;
+
+    // As ISO 8601; empty when it can't be judged.
+    std::string const& start() const noexcept { return startM; }
+    // "2026-11-20T19:31:50Z (1795203110)"
+    std::string startText() const;
+
+    void add(Kind kind, LineNumber line, std::string subject, std::string says, std::string holds,
+             std::string relation = {});
+
+    // What the charging start's relation to a validity is: "ended 20 days before the charging
+    // start". Empty when it is within, or when one of the times is none.
+    std::string outside(std::string_view from, std::string_view to) const;
+    bool isOutside(std::string_view from, std::string_view to) const;
+    // Adds a finding when the charging start is outside the validity.
+    void requireValid(Kind kind, LineNumber line, std::string_view subject, std::string_view from,
+                      std::string_view to);
+    void requireActive(Kind kind, LineNumber line, std::string_view subject,
+                       std::string_view status);
+
+    // Earlier price models are of other rate plans than the one that is shown.
+    bool hasSeveralPlans() const;
+
+private:
+    std::vector<Finding>& findingsM;
+    std::string startM;
+};
+
+// "from 2026-10-01T00:00:00Z to open"
+std::string validityText(std::string_view from, std::string_view to);
+bool isAmongEntries(Table const& entries, std::string_view priceModel);
+
+// The judges, one a section.
+void judgeHead(Judgement& judgement);
+void judgeAccount(Judgement& judgement);
+void judgeRatePlan(Judgement& judgement);
+void judgePriceModels(Judgement& judgement);
+void judgeBalances(Judgement& judgement);
+void judgeDiscounts(Judgement& judgement);
+
+} // namespace reader
