@@ -2,7 +2,7 @@
 
 #include "facts/Times.h"
 #include "page/PageAssets.h"
-#include "program/Output.h"
+#include "text/Output.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,9 +1,9 @@
 #include "program/FindingsCommand.h"
 
 #include "program/EventJudge.h"
-#include "program/Output.h"
 #include "program/Program.h"
 #include "program/Terminal.h"
+#include "text/Output.h"
 
 namespace reader {
 

@@ -2,10 +2,10 @@
 
 #include "facts/Times.h"
 #include "program/EventJudge.h"
-#include "program/Output.h"
 #include "program/Program.h"
 #include "program/Terminal.h"
 #include "program/Walk.h"
+#include "text/Output.h"
 
 namespace reader {
 

@@ -4,8 +4,8 @@
 #include "program/FindingsCommand.h"
 #include "program/HtmlCommand.h"
 #include "program/ListCommand.h"
-#include "program/Output.h"
 #include "text/InputFile.h"
+#include "text/Output.h"
 
 #include <CLI/CLI.hpp>
 

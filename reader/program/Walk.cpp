@@ -1,7 +1,7 @@
 #include "program/Walk.h"
 
-#include "program/Output.h"
 #include "text/Hash.h"
+#include "text/Output.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "program/Output.h"
+#include "text/Output.h"
 
 #include <unistd.h>
 
