@@ -1,8 +1,10 @@
 #include "program/Program.h"
 
 #include "facts/Times.h"
+#include "program/DiffCommand.h"
 #include "program/FindingsCommand.h"
 #include "program/HtmlCommand.h"
+#include "program/JsonCommand.h"
 #include "program/ListCommand.h"
 #include "text/InputFile.h"
 #include "text/Output.h"
@@ -92,6 +94,13 @@ public:
         findings
             .add_option("--explain", optionsM.explained, "what a kind of finding means, or all")
             ->type_name("KIND");
+        auto& diff =
+            addCommand("diff", "what changed from the first FILE to the second", compareDumps);
+        diff.get_option("FILE")->expected(2);
+        diff.add_flag("--by-event", optionsM.isByEvent,
+                      "list the changes of memory event by event");
+        auto& json = addCommand("json", "JSON Lines, one object an event", writeJson);
+        json.add_flag("--raw", optionsM.hasRawText, "with the texts as they stand");
     }
 
     int run(int argc, char const* const* argv) {
