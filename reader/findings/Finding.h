@@ -17,4 +17,7 @@ struct Finding {
     std::string relation; // "ended 20 days before the charging start"; may be empty
 };
 
+// Subject, both sides and relation in one sentence, with their texts as they stand.
+std::string sentenceOf(Finding const& finding);
+
 } // namespace reader

@@ -16,20 +16,10 @@ std::string lineOf(Finding const& finding, EventFacts const& event, std::string 
                    Terminal const& terminal) {
     auto const& kind = about(finding.kind);
     auto const severity = static_cast<std::size_t>(kind.severity);
-    auto line = fmt::format("{}:{}: {} {}: {} {}: {}", printable(file), finding.line,
-                            terminal.coloured(severityNames[severity], colours[severity]),
-                            terminal.coloured(kind.name, "1"), printable(event.customer.text),
-                            printable(event.service.text), printable(finding.subject));
-    if (!finding.says.empty()) {
-        line += "; the event says: " + printable(finding.says);
-    }
-    if (!finding.holds.empty()) {
-        line += "; memory holds: " + printable(finding.holds);
-    }
-    if (!finding.relation.empty()) {
-        line += "; " + printable(finding.relation);
-    }
-    return line += '\n';
+    return fmt::format("{}:{}: {} {}: {} {}: {}\n", printable(file), finding.line,
+                       terminal.coloured(severityNames[severity], colours[severity]),
+                       terminal.coloured(kind.name, "1"), printable(event.customer.text),
+                       printable(event.service.text), printable(sentenceOf(finding)));
 }
 
 } // namespace

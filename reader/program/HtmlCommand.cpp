@@ -1,8 +1,7 @@
 #include "program/HtmlCommand.h"
 
-#include "facts/FactReader.h"
 #include "page/Page.h"
-#include "program/Walk.h"
+#include "program/EventJudge.h"
 #include "text/Hash.h"
 
 #include <unordered_map>
@@ -16,20 +15,30 @@ std::uint64_t keyOf(EventFacts const& event) {
     return hashOf(event.service.text, hashOf(event.customer.text));
 }
 
-// Visits the events that the filter lets through.
-template <class Visitor>
-void forEachEvent(std::vector<std::string> const& files, Filter const& filter,
-                  Visitor const& visit) {
-    Walk walk(files);
-    FactReader reader;
-    walk.forEach([&](EventText const& text, std::size_t file) {
-        if (!text.isOutside) {
-            auto const& event = reader.read(text);
-            if (filter.lets(event)) {
-                visit(event, file);
-            }
-        }
-    });
+// The same choice of events in the older file.
+Options ofOlder(Options options) {
+    options.files = {options.older};
+    options.onlyFindings = false;
+    return options;
+}
+
+std::vector<PageKind> pageKinds() {
+    std::vector<PageKind> kinds;
+    for (auto const& kind : findingKinds) {
+        // The page counts from the worst.
+        auto const severity = severityNames.size() - 1 - static_cast<std::size_t>(kind.severity);
+        kinds.push_back({kind.name, static_cast<int>(severity), kind.sentence});
+    }
+    return kinds;
+}
+
+std::vector<PageFinding> pageFindings(std::vector<Finding> const& findings) {
+    std::vector<PageFinding> shown;
+    for (auto const& finding : findings) {
+        shown.push_back(
+            {static_cast<std::size_t>(finding.kind), sentenceOf(finding), finding.line});
+    }
+    return shown;
 }
 
 // The rows that the older file shows for each event.
@@ -37,8 +46,8 @@ class OlderRows {
 public:
     explicit OlderRows(Options const& options) {
         if (!options.older.empty()) {
-            forEachEvent({options.older}, options.filter, [this](EventFacts const& event, auto) {
-                rowsM[keyOf(event)] = pageRows(event);
+            forEachJudged(ofOlder(options), [this](JudgedEvent const& judged) {
+                rowsM[keyOf(judged.event)] = pageRows(judged.event);
             });
         }
     }
@@ -91,9 +100,15 @@ private:
 
 // Events of the older file that are not among the keys.
 void addGone(Options const& options, std::unordered_set<std::uint64_t> const& keys, Page& page) {
-    forEachEvent({options.older}, options.filter, [&](EventFacts const& event, std::size_t) {
+    forEachJudged(ofOlder(options), [&](JudgedEvent const& judged) {
+        auto const& event = judged.event;
         if (keys.find(keyOf(event)) == keys.end()) {
-            page.add({event, options.files.size(), pageRows(event), {}, PageChange::gone, {}});
+            page.add({event,
+                      options.files.size(),
+                      pageRows(event),
+                      pageFindings(judged.findings),
+                      PageChange::gone,
+                      {}});
         }
     });
 }
@@ -107,10 +122,16 @@ int writePage(Options const& options) {
     if (isCompared) {
         files.push_back(options.older);
     }
-    Page page(files, {}, isCompared);
+    Page page(files, pageKinds(), isCompared);
     std::unordered_set<std::uint64_t> keys;
-    forEachEvent(options.files, options.filter, [&](EventFacts const& event, std::size_t file) {
-        PageEvent shown{event, file, pageRows(event), {}, PageChange::none, {}};
+    forEachJudged(options, [&](JudgedEvent const& judged) {
+        auto const& event = judged.event;
+        PageEvent shown{event,
+                        judged.fileNumber,
+                        pageRows(event),
+                        pageFindings(judged.findings),
+                        PageChange::none,
+                        {}};
         if (isCompared) {
             older.compare(shown);
             keys.insert(keyOf(event));
