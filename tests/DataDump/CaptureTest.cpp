@@ -2,6 +2,7 @@
 // its block, and the offset on request.
 #include "PlugInFixture.h"
 
+#include <cstdlib>
 #include <utility>
 
 namespace DataDumpTest {
@@ -31,6 +32,33 @@ TEST_F(PlugInFixture, IteratorThatCannotBePlacedEndsItsWalk) {
         EXPECT_EQ(record.accountInfo.ownDiscounts.entries(), each.ownDiscounts);
         EXPECT_EQ(record.sharingMap.entries(), each.owners);
         EXPECT_EQ(record.accountInfo.productInfo.priceModelCodes.entries(), each.priceModels);
+    }
+}
+
+// What strtol makes of the text after the first underscore, whatever the number of digits and
+// whatever surrounds them.
+TEST(ObjectNumber, IsWhatFollowsTheFirstUnderscore) {
+    using namespace std::string_literals;
+    std::vector<std::string> tails = {"",     " ",  "-",    "+",      "+-1",
+                                      "0x12", "_1", "12_3", "\0001"s, "12\0003"s};
+    for (std::size_t digits = 1; digits <= 30; ++digits) {
+        auto const number = std::string("9223372036854775807922337203685").substr(0, digits);
+        for (auto const* before : {"", "-", "+", " \t\n\v\f\r", " -", "0"}) {
+            for (auto const* after : {"", "x", " ", "/", ":", "\x80", "\xff"}) {
+                tails.push_back(before + number + after);
+            }
+        }
+    }
+    for (auto const* head : {"", "1", "1234567", "12345678"}) {
+        for (auto const& tail : tails) {
+            auto const expected = std::strtol(tail.c_str(), nullptr, 10);
+            EXPECT_EQ(FCT::DataDump::objectNumber(head + "_"s + tail),
+                      static_cast<unsigned long>(expected))
+                << head << "_" << tail;
+        }
+    }
+    for (auto const* none : {"", "1", "12345678", "123456789", "_"}) {
+        EXPECT_EQ(FCT::DataDump::objectNumber(none), 0U) << none;
     }
 }
 

@@ -171,6 +171,24 @@ TEST_F(Edr, FieldIsReadAtTheCursorOfItsOwnKind) {
     EXPECT_EQ(a.getString(field("A.T")), "");
 }
 
+// Blocks that are added while an iterator stands on one don't move it.
+TEST_F(Edr, IteratorStaysOnItsBlockWhileTheContainerGrows) {
+    fill({{"A"}, {"A.T", "a0"}, {"A.X"}, {"A.X.T", "x0"}});
+    EDR::Iterator iterator;
+    ASSERT_TRUE(iterator.setIndex(block("A.X")) && iterator.reset(container.get()));
+    ASSERT_TRUE(iterator(block("A")) && iterator(block("A.X")));
+    for (int i = 1; i <= 100; ++i) {
+        container->addBlock(block("A.X"));
+        container->setField(field("A.X.T"), "x" + std::to_string(i));
+    }
+    EXPECT_EQ(iterator.getString(field("A.X.T")), "x0");
+    for (int i = 1; i <= 100; ++i) {
+        ASSERT_TRUE(iterator(block("A.X")));
+        EXPECT_EQ(iterator.getString(field("A.X.T")), BAS::String("x" + std::to_string(i)));
+    }
+    EXPECT_FALSE(iterator(block("A.X")));
+}
+
 TEST_F(Edr, IteratorWithoutContainerOrBlockWalksNothing) {
     EDR::Iterator iterator;
     EXPECT_FALSE(iterator.reset(container.get()));

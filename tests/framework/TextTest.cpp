@@ -6,6 +6,23 @@
 #include <iomanip>
 #include <sstream>
 
+TEST(String, TakesATextOfItsOwnLengthWhole) {
+    for (std::size_t length = 0; length <= 40; ++length) {
+        BAS::String text(std::string(length, 'x'));
+        std::string other;
+        for (std::size_t i = 0; i < length; ++i) {
+            other += static_cast<char>('0' + i);
+        }
+        text = BAS::String(other);
+        BAS::String copy(std::string(length, 'y'));
+        copy = text;
+        EXPECT_EQ(copy.str(), other);
+        auto const& same = copy;
+        copy = same;
+        EXPECT_EQ(copy.str(), other);
+    }
+}
+
 TEST(String, IsWrittenByteForByteAndUsesTheWidthUp) {
     std::ostringstream out;
     std::string const bytes("a\0\xff", 3);
