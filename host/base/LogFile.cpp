@@ -4,9 +4,9 @@
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 #include "base/Terminal.h"
+#include "base/TimeText.h"
 
 #include <fcntl.h>
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -31,7 +31,7 @@ LogFile::LogFile(BAS::Status::Severity least) : leastM(least), isTerminalM(canEr
 }
 
 LogFile::LogFile(std::filesystem::path const& file, BAS::Status::Severity least)
-    : fileM(::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644)), leastM(least) {
+    : fileM(::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0640)), leastM(least) {
     if (!fileM.isOpen()) {
         throw fileStatus("ERR_FILE_NOT_WRITABLE", file, errno);
     }
@@ -67,12 +67,9 @@ std::string levelName(BAS::Status::Severity level) {
 }
 
 std::string logRecord(BAS::Status const& status, std::chrono::system_clock::time_point time) {
-    auto const milliseconds =
-        std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count() % 1000;
     auto const& object = status.objectName();
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z {} {} {} {} {}\n",
-                       fmt::gmtime(std::chrono::system_clock::to_time_t(time)), milliseconds,
-                       levelName(status.severity()), printable(pipelineOf(object)),
+    return fmt::format("{} {} {} {} {} {}\n", timeText(time), levelName(status.severity()),
+                       printable(pipelineOf(object)),
                        object.isNull() ? "-" : printable(object.view()),
                        printable(status.messageName().view()), printable(messageText(status)));
 }

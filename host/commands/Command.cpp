@@ -63,4 +63,10 @@ Command parseCommand(std::span<std::string const> words) {
     return command;
 }
 
+bool hasSenderReport(Command const& command) {
+    auto const& keys = command.update.children();
+    return std::any_of(keys.begin(), keys.end(),
+                       [](auto const& key) { return key->value().view() == senderValue; });
+}
+
 } // namespace host

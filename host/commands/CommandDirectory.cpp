@@ -17,7 +17,7 @@ namespace {
 
 constexpr char const* takenSuffix = ".taken";
 // The longest name that is made from a command file's is its stem and these characters.
-constexpr std::string_view longestAddition = "..result.tmp";
+constexpr std::string_view longestAddition = ".9999.report";
 constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
 
 std::filesystem::path withSuffix(std::filesystem::path const& directory, std::string const& name,
@@ -109,7 +109,8 @@ void CommandDirectory::take(std::string const& name) {
 void CommandDirectory::carryOut(std::filesystem::path const& file, std::string const& name) {
     std::vector<std::string> problems;
     try {
-        filesM.push_back({name, readCommandFile(file, name), {}});
+        filesM.push_back({name, readCommandFile(file, name), {}, 0});
+        placeReports(filesM.back());
         goOn(filesM.back());
         return;
     } catch (StartFailure const& failure) {
@@ -120,6 +121,15 @@ void CommandDirectory::carryOut(std::filesystem::path const& file, std::string c
     logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
                           {name, fmt::format("{}", fmt::join(problems, "; "))}));
     answer(name, problemFileText(name, problems));
+}
+
+void CommandDirectory::placeReports(File& file) {
+    for (auto& command : file.commands) {
+        command.places.forSender = [this, &file] {
+            return directoryM.path() / (std::filesystem::path(file.name).stem().string() +
+                                        reportSuffix(++file.reports));
+        };
+    }
 }
 
 // Executes commands up to one whose result comes later, or to the end of the file.

@@ -52,12 +52,14 @@ private:
         std::string name;
         std::vector<Command> commands;
         std::vector<CommandResult> results; // of the first commands
+        std::size_t reports = 0;            // for the sender, up to now
     };
 
     void answerInterrupted();
     std::vector<std::string> waiting();
     void take(std::string const& name);
     void carryOut(std::filesystem::path const& file, std::string const& name);
+    void placeReports(File& file);
     void goOn(File& file);
     void answer(std::string const& name, std::string const& text);
 

@@ -4,8 +4,9 @@
 #include "BAS/RegisteredObject.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
+#include "commands/PreparedCommand.h"
 
-#include <chrono>
+#include <algorithm>
 #include <mutex>
 
 namespace host {
@@ -33,7 +34,63 @@ void update(BAS::RegisteredObject& object, BAS::RegistryEntry const& entry, Comm
     }
 }
 
+// Why none of the reports may take its place.
+std::string objectionTo(CommandResult const& result) {
+    return result.fault.value_or(result.isHandled ? "" : "the object rejected the command");
+}
+
+// A value that the object didn't ask for, it couldn't open.
+void forgiveUnasked(BAS::RegistryEntry const& update, std::vector<NamedFile>& files) {
+    auto const ignored = keysNotAsked(update);
+    for (auto& file : files) {
+        if (!file.isOpened &&
+            std::find(ignored.begin(), ignored.end(), file.key) != ignored.end()) {
+            file.reason = "the object didn't ask for the key";
+        }
+    }
+}
+
+void execute(PreparedCommand& prepared, BAS::RegisteredObject& object, CommandRoom const& room,
+             CommandResult& result) {
+    auto guard = room.pipelineLock == nullptr ? std::unique_lock<FairLock>()
+                                              : std::unique_lock(*room.pipelineLock);
+    auto const turn =
+        room.timer.begin(result.object, keysText(result), [&] { prepared.removeTraces(); });
+    NamedFiles const files(prepared.plainValues(), room.watch);
+    result.time = std::chrono::system_clock::now();
+    auto const begin = std::chrono::steady_clock::now();
+    update(object, prepared.update(), result);
+    result.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    result.ignoredKeys = keysNotAsked(prepared.update());
+    result.files = files.report();
+    prepared.share(result.files);
+    if (guard.owns_lock()) {
+        guard.unlock(); // the disk is no business of the pipeline's
+    }
+    auto const collected = prepared.finish(objectionTo(result));
+    result.files.insert(result.files.end(), collected.begin(), collected.end());
+    forgiveUnasked(prepared.update(), result.files);
+}
+
 } // namespace
+
+std::string keysText(CommandResult const& result) {
+    std::string text;
+    for (auto const& key : result.keys) {
+        text += (text.empty() ? "" : " ") + key.name;
+        if (!key.value.empty()) {
+            text += "=" + key.value;
+        }
+    }
+    return text;
+}
+
+bool CommandResult::isFaultless() const {
+    return isHandled && ignoredKeys.empty() &&
+           std::none_of(files.begin(), files.end(),
+                        [](NamedFile const& file) { return file.hasFailed; });
+}
 
 CommandResult begunResult(Command const& command) {
     CommandResult result;
@@ -44,9 +101,9 @@ CommandResult begunResult(Command const& command) {
     return result;
 }
 
-std::vector<std::string> keysNotAsked(Command const& command) {
+std::vector<std::string> keysNotAsked(BAS::RegistryEntry const& update) {
     std::vector<std::string> names;
-    for (auto const& key : command.update.children()) {
+    for (auto const& key : update.children()) {
         if (!key->wasFound()) {
             names.push_back(key->name().str());
         }
@@ -55,17 +112,15 @@ std::vector<std::string> keysNotAsked(Command const& command) {
 }
 
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
-                             FairLock* pipelineLock, WriteWatch& watch) {
+                             CommandRoom const& room) {
     auto result = begunResult(command);
-    auto const guard =
-        pipelineLock == nullptr ? std::unique_lock<FairLock>() : std::unique_lock(*pipelineLock);
-    NamedFiles const files(command.update, watch);
-    auto const begin = std::chrono::steady_clock::now();
-    update(object, command.update, result);
-    result.ignoredKeys = keysNotAsked(command);
-    result.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    result.files = files.report();
+    try {
+        PreparedCommand prepared(command);
+        execute(prepared, object, room, result);
+    } catch (CommandRefused const& refused) {
+        result.fault = refused.what();
+        result.files = {refused.file()};
+    }
     return result;
 }
 

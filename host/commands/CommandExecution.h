@@ -4,8 +4,10 @@
 #include "BAS/Status.h"
 #include "base/FairLock.h"
 #include "commands/Command.h"
+#include "commands/CommandTimer.h"
 #include "commands/NamedFiles.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,19 +34,33 @@ struct CommandResult {
     // The object's status, if the command changed it or the object rejected the command.
     std::optional<BAS::Status> status;
     std::vector<NamedFile> files;
+    std::chrono::system_clock::time_point time = std::chrono::system_clock::now();
     double seconds = 0; // of the object's work
+
+    // The sender got what was asked for, as far as that is known.
+    bool isFaultless() const;
 };
 
 // The result of a command before it is executed.
 CommandResult begunResult(Command const& command);
 // The keys that weren't read yet.
-std::vector<std::string> keysNotAsked(Command const& command);
+std::vector<std::string> keysNotAsked(BAS::RegistryEntry const& update);
 
-// Passes the command to its object. The lock of the object's pipeline, if it has one, is held, so
-// that no batch runs; the watch notices which files are written. Throws nothing: what the object
-// throws is the result's fault.
+// Keys and values as they were given on a command line.
+std::string keysText(CommandResult const& result);
+
+// What stands around a command.
+struct CommandRoom {
+    FairLock* pipelineLock; // of the object's pipeline, if it has one: keeps batches away
+    WriteWatch& watch;      // notices what the object writes
+    CommandTimer& timer;
+};
+
+// Passes the command to its object, and waits until the reports that are collected are at their
+// places; the pipeline waits for the object only. Throws nothing: what the object throws is the
+// result's fault.
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
-                             FairLock* pipelineLock, WriteWatch& watch);
+                             CommandRoom const& room);
 
 // The result of a command that couldn't be executed, with the reason.
 CommandResult unexecutedCommand(Command const& command, std::string reason);

@@ -27,6 +27,10 @@ void readKeys(YamlMember const& object, Problems& problems, Command& command) {
 
 } // namespace
 
+std::string reportSuffix(std::size_t number) {
+    return number == 1 ? ".report" : "." + std::to_string(number) + ".report";
+}
+
 std::vector<Command> readCommandFile(std::filesystem::path const& file, std::string const& name) {
     Problems problems(name);
     auto const document = readYamlFile(file, problems);

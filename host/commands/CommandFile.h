@@ -12,6 +12,8 @@ namespace host {
 // The result of a command file has its name with the other suffix.
 inline constexpr char const* commandSuffix = ".yaml";
 inline constexpr char const* resultSuffix = ".result";
+// Of the file's reports for its sender, which count from 1.
+std::string reportSuffix(std::size_t number);
 
 // The commands in the order of the file, at least one. Throws a StartFailure with all problems of
 // the file and their places, or a BAS::Status when it can't be read. Messages use the given name

@@ -3,6 +3,7 @@
 #include "base/EscapedText.h"
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
+#include "base/TimeText.h"
 
 #include <fmt/format.h>
 
@@ -20,21 +21,27 @@ std::string verdictOf(CommandResult const& result) {
     return result.fault ? "not handled" : result.isHandled ? "handled" : "rejected";
 }
 
-std::string keysText(CommandResult const& result) {
-    std::string text;
-    for (auto const& key : result.keys) {
-        text += (text.empty() ? "" : " ") + key.name;
-        if (!key.value.empty()) {
-            text += "=" + key.value;
-        }
+std::string fileText(NamedFile const& file) {
+    auto const place = fmt::format("'{}'", file.path.string());
+    if (!file.isOpened) {
+        return fmt::format("{} didn't write {}: {}", file.key, place, file.reason);
     }
-    return text;
+    auto const written = fmt::format("{} wrote {}, {} bytes", file.key, place, file.size);
+    switch (file.completeness) {
+    case Completeness::whole:
+        return written + ", complete";
+    case Completeness::cut:
+        return fmt::format("{}, not complete: {}", written, file.reason);
+    case Completeness::unknown:
+        break;
+    }
+    return written;
 }
 
-std::string fileText(NamedFile const& file) {
-    return file.isOpened
-               ? fmt::format("{} wrote '{}', {} bytes", file.key, file.path.string(), file.size)
-               : fmt::format("{} didn't write '{}': {}", file.key, file.path.string(), file.reason);
+std::string completenessText(Completeness completeness) {
+    return completeness == Completeness::whole ? "true"
+           : completeness == Completeness::cut ? "false"
+                                               : quotedText("unknown");
 }
 
 std::string joined(std::vector<std::string> const& parts) {
@@ -75,7 +82,9 @@ std::string filesArray(std::vector<NamedFile> const& files) {
                            {"Opened", truth(file.isOpened)}};
         if (file.isOpened) {
             members.emplace_back("Size", std::to_string(file.size));
-        } else {
+        }
+        members.emplace_back("Complete", completenessText(file.completeness));
+        if (!file.reason.empty()) {
             members.emplace_back("Reason", quotedText(file.reason));
         }
         parts.push_back(object(members));
@@ -107,15 +116,34 @@ Members membersOf(CommandResult const& result) {
         members.emplace_back("Status", statusObject(*result.status));
     }
     members.emplace_back("Files", filesArray(result.files));
+    members.emplace_back("Time", quotedText(timeText(result.time)));
     members.emplace_back("Seconds", fmt::format("{:.6f}", result.seconds));
     return members;
 }
 
-std::string fileHead(std::string_view commandFile, bool isHandled) {
-    return fmt::format("Command: {}\nHandled: {}\n", quotedText(commandFile), isHandled);
+std::string fileHead(std::string_view commandFile, bool isHandled, bool isFaultless) {
+    return fmt::format("Command: {}\nHandled: {}\nFaultless: {}\n", quotedText(commandFile),
+                       isHandled, isFaultless);
+}
+
+std::vector<std::string_view> linesOf(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        auto const end = std::min(text.find('\n'), text.size() - 1);
+        lines.push_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
+    }
+    return lines;
 }
 
 } // namespace
+
+std::string statusJson(BAS::Status const& status) {
+    return object({{"Object", quotedText(status.objectName().view())},
+                   {"Message", quotedText(status.messageName().view())},
+                   {"Level", quotedText(levelName(status.severity()))},
+                   {"Text", quotedText(messageText(status))}});
+}
 
 std::string resultText(CommandResult const& result) {
     auto text = fmt::format("{} {}: {}, {}", result.object, keysText(result),
@@ -127,8 +155,10 @@ std::string resultText(CommandResult const& result) {
     if (result.status) {
         text += ", status " + statusText(*result.status);
     }
-    for (auto const& file : result.files) {
-        text += ", " + fileText(file);
+    if (!result.fault) { // which names the file
+        for (auto const& file : result.files) {
+            text += ", " + fileText(file);
+        }
     }
     return fmt::format("{}, {:.3f} s", text, result.seconds);
 }
@@ -141,7 +171,9 @@ std::string resultFileText(std::string_view commandFile,
                            std::vector<CommandResult> const& results) {
     bool const areHandled = std::all_of(results.begin(), results.end(),
                                         [](auto const& result) { return result.isHandled; });
-    auto text = fileHead(commandFile, areHandled) + "Results:\n";
+    bool const areFaultless = std::all_of(results.begin(), results.end(),
+                                          [](auto const& result) { return result.isFaultless(); });
+    auto text = fileHead(commandFile, areHandled, areFaultless) + "Results:\n";
     for (auto const& result : results) {
         char const* lead = "  - ";
         for (auto const& [key, value] : membersOf(result)) {
@@ -154,11 +186,44 @@ std::string resultFileText(std::string_view commandFile,
 
 std::string problemFileText(std::string_view commandFile,
                             std::vector<std::string> const& problems) {
-    auto text = fileHead(commandFile, false) + "Problems:\n";
+    auto text = fileHead(commandFile, false, false) + "Problems:\n";
     for (auto const& problem : problems) {
         text += "  - " + quotedText(problem) + "\n";
     }
     return text;
+}
+
+// Each line has a key, if any, and a value that JSON reads as well.
+std::string resultFileJson(std::string_view resultFile) {
+    constexpr std::string_view item = "  - ";
+    constexpr std::string_view member = "    ";
+    Members head;
+    std::vector<Members> results;
+    std::vector<std::string> problems;
+    for (auto const line : linesOf(resultFile)) {
+        auto const text = line.substr(line.find_first_not_of(" -"));
+        auto const colon = text.find(':');
+        auto const key = text.substr(0, colon);
+        if (line.starts_with(item) && text.starts_with('"')) {
+            problems.emplace_back(text);
+            continue;
+        }
+        if (text.ends_with(':')) {
+            continue; // of the list that follows
+        }
+        if (line.starts_with(item)) {
+            results.emplace_back();
+        }
+        auto& target = line.starts_with(item) || line.starts_with(member) ? results.back() : head;
+        target.emplace_back(key, text.substr(colon + 2));
+    }
+    std::vector<std::string> objects;
+    for (auto const& result : results) {
+        objects.push_back(object(result));
+    }
+    auto const& list = problems.empty() ? objects : problems;
+    head.emplace_back(problems.empty() ? "Results" : "Problems", "[" + joined(list) + "]");
+    return object(head) + "\n";
 }
 
 } // namespace host

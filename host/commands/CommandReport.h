@@ -12,6 +12,9 @@ namespace host {
 // For people; texts from outside aren't escaped.
 std::string resultText(CommandResult const& result);
 
+// A message as one JSON object.
+std::string statusJson(BAS::Status const& status);
+
 // As one JSON object.
 std::string resultJson(CommandResult const& result);
 
@@ -19,5 +22,8 @@ std::string resultJson(CommandResult const& result);
 std::string resultFileText(std::string_view commandFile, std::vector<CommandResult> const& results);
 // The same for a command file that is rejected.
 std::string problemFileText(std::string_view commandFile, std::vector<std::string> const& problems);
+
+// The text of a result file as one line of JSON with the same members.
+std::string resultFileJson(std::string_view resultFile);
 
 } // namespace host

@@ -7,10 +7,12 @@
 #include "base/WholeFile.h"
 #include "base/YamlTree.h"
 #include "commands/CommandFile.h"
+#include "commands/CommandReport.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
+#include <array>
 #include <iostream>
 
 namespace host {
@@ -27,27 +29,59 @@ std::string uniqueName() {
                        ::getpid());
 }
 
-// Whether all of the command was handled.
-bool isHandled(std::filesystem::path const& result) {
-    Problems problems(result);
-    auto const document = readYamlFile(result, problems);
-    auto const* const handled = document.find("Handled");
-    return handled != nullptr && handled->value.text == "true";
-}
-
-ExitCode printResult(std::filesystem::path const& result) {
-    bool const handled = isHandled(result);
-    std::cout << readWholeFile(result) << std::flush;
-    if (!std::cout) {
-        return inputOrOutputFailed; // the file stays: the result isn't lost
-    }
-    ::unlink(result.c_str());
-    return handled ? done : doneWithFaults;
-}
-
 bool isThere(std::filesystem::path const& file) {
     std::error_code error;
     return std::filesystem::exists(file, error);
+}
+
+bool isFaultless(std::filesystem::path const& result) {
+    Problems problems(result);
+    auto const document = readYamlFile(result, problems);
+    auto const* const faultless = document.find("Faultless");
+    return faultless != nullptr && faultless->value.text == "true";
+}
+
+// Copies the file to standard output; false when that isn't possible.
+bool print(FileDescriptor const& file) {
+    std::array<char, std::size_t{64} * 1024> piece;
+    for (;;) {
+        auto const count = ::read(file.number(), piece.data(), piece.size());
+        if (count <= 0) {
+            return count == 0;
+        }
+        if (!writeAll(STDOUT_FILENO, {piece.data(), static_cast<std::size_t>(count)})) {
+            return false;
+        }
+    }
+}
+
+// Removes each report that is printed; one that isn't whole doesn't exist.
+bool printReports(std::string const& base) {
+    for (std::size_t number = 1; isThere(base + reportSuffix(number)); ++number) {
+        auto const report = base + reportSuffix(number);
+        if (!print(openForeignFile(report))) {
+            return false;
+        }
+        ::unlink(report.c_str());
+    }
+    return true;
+}
+
+// What can't be printed stays, so that it isn't lost.
+ExitCode printResult(std::string const& base, bool hasReports, ResultForm form) {
+    auto const result = base + resultSuffix;
+    bool const faultless = isFaultless(result);
+    if (hasReports && !printReports(base)) {
+        return inputOrOutputFailed;
+    }
+    auto& output = hasReports ? std::cerr : std::cout;
+    auto const text = readWholeFile(result);
+    output << (form == ResultForm::json ? resultFileJson(text) : text) << std::flush;
+    if (!output) {
+        return inputOrOutputFailed;
+    }
+    ::unlink(result.c_str());
+    return faultless ? done : doneWithFaults;
 }
 
 // Returns false on timeout or when stop is set.
@@ -74,7 +108,7 @@ void withdraw(std::filesystem::path const& file, std::filesystem::path const& re
 } // namespace
 
 ExitCode sendCommand(std::filesystem::path const& directory, Command const& command,
-                     std::chrono::duration<double> timeout) {
+                     std::chrono::duration<double> timeout, ResultForm form) {
     auto const deadline = std::chrono::steady_clock::now() +
                           std::chrono::duration_cast<std::chrono::steady_clock::duration>(timeout);
     auto const base = (directory / uniqueName()).string();
@@ -85,7 +119,7 @@ ExitCode sendCommand(std::filesystem::path const& directory, Command const& comm
     DirectoryWatch watch(directory);
     writeWholeFile(file, commandFileText(command));
     if (waitForResult(result, watch, stop, deadline)) {
-        return printResult(result);
+        return printResult(base, hasSenderReport(command), form);
     }
     withdraw(file, result);
     return stop.isSet() ? interrupted : noAnswer;

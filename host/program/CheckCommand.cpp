@@ -1,9 +1,11 @@
 #include "program/CheckCommand.h"
 
 #include "BAS/LogSink.h"
+#include "base/EscapedText.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 #include "base/WriteObstacle.h"
+#include "commands/CommandReport.h"
 #include "run/Host.h"
 
 #include <fmt/format.h>
@@ -11,30 +13,35 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <iostream>
+#include <mutex>
 
 namespace host {
 
 namespace {
 
-// Counts what doesn't keep the host from running.
-class WarningCounter : public BAS::LogSink {
+using Statuses = std::vector<BAS::Status>;
+
+// Keeps what doesn't keep the host from running.
+class WarningSink : public BAS::LogSink {
 public:
-    explicit WarningCounter(BAS::LogSink& log) : logM(log) {}
+    explicit WarningSink(BAS::LogSink& log) : logM(log) {}
 
     void write(BAS::Status const& status) override {
-        warningsM += status.severity() == BAS::Status::warning ? 1 : 0;
+        if (status.severity() == BAS::Status::warning) {
+            std::lock_guard const guard(guardM);
+            warningsM.push_back(status);
+        }
         logM.write(status);
     }
-    std::size_t warnings() const noexcept { return warningsM; }
+    // Once nobody writes any more.
+    Statuses const& warnings() const noexcept { return warningsM; }
 
 private:
     BAS::LogSink& logM;
-    std::atomic<std::size_t> warningsM{0};
+    std::mutex guardM;
+    Statuses warningsM;
 };
-
-using Statuses = std::vector<BAS::Status>;
 
 void checkLog(std::optional<std::filesystem::path>& file, BAS::String const& object,
               Statuses& problems) {
@@ -70,33 +77,50 @@ void warnOfInputs(HostConfiguration const& configuration, BAS::LogSink& log) {
     }
 }
 
-std::size_t logAll(Statuses const& problems, BAS::LogSink& log) {
+void logAll(Statuses const& problems, BAS::LogSink& log) {
     for (auto const& problem : problems) {
         log.write(problem);
     }
-    return problems.size();
 }
 
-// Returns how many there are.
-std::size_t logProblems(std::filesystem::path const& file, BAS::LogSink& log) {
+void append(Statuses& problems, Statuses const& more) {
+    problems.insert(problems.end(), more.begin(), more.end());
+}
+
+// Logs them and returns them.
+Statuses findProblems(std::filesystem::path const& file, BAS::LogSink& log) {
     Statuses problems;
     auto registry = readRegistry(file, problems);
     checkLogs(registry.configuration, problems);
-    auto const count = logAll(problems, log);
+    logAll(problems, log);
     warnOfInputs(registry.configuration, log);
     Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), log,
               BAS::Status::info);
-    return count + logAll(host.check(), log);
+    auto const problemsOfStart = host.check();
+    logAll(problemsOfStart, log);
+    append(problems, problemsOfStart);
+    return problems;
 }
 
-std::size_t logProblemsOfAll(std::filesystem::path const& file, BAS::LogSink& log) {
+Statuses findAllProblems(std::filesystem::path const& file, BAS::LogSink& log) {
+    Statuses problems;
     try {
-        return logProblems(file, log);
+        return findProblems(file, log);
     } catch (StartFailure const& failure) {
-        return logAll(failure.problems, log);
+        problems = failure.problems;
     } catch (BAS::Status const& status) {
-        return logAll({status}, log);
+        problems = {status};
     }
+    logAll(problems, log);
+    return problems;
+}
+
+std::string jsonArray(Statuses const& statuses) {
+    std::vector<std::string> parts;
+    for (auto const& status : statuses) {
+        parts.push_back(statusJson(status));
+    }
+    return fmt::format("[{}]", fmt::join(parts, ", "));
 }
 
 std::string counted(std::size_t count, char const* what) {
@@ -106,14 +130,21 @@ std::string counted(std::size_t count, char const* what) {
 
 } // namespace
 
-ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log) {
-    WarningCounter counter(log);
-    auto const problems = logProblemsOfAll(registry, counter);
-    auto const warnings =
-        counter.warnings() == 0 ? std::string() : ", " + counted(counter.warnings(), "warning");
-    std::cout << registry.string() << ": " << counted(problems, "problem") << " found" << warnings
-              << std::endl;
-    return !std::cout ? inputOrOutputFailed : problems == 0 ? done : startFailed;
+ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log, bool isJson) {
+    WarningSink sink(log);
+    auto const problems = findAllProblems(registry, sink);
+    auto const& warnings = sink.warnings();
+    if (isJson) {
+        std::cout << fmt::format("{{\"Registry\": {}, \"Problems\": {}, \"Warnings\": {}}}\n",
+                                 quotedText(registry.string()), jsonArray(problems),
+                                 jsonArray(warnings))
+                  << std::flush;
+    } else {
+        std::cout << registry.string() << ": " << counted(problems.size(), "problem") << " found"
+                  << (warnings.empty() ? "" : ", " + counted(warnings.size(), "warning"))
+                  << std::endl;
+    }
+    return !std::cout ? inputOrOutputFailed : problems.empty() ? done : startFailed;
 }
 
 } // namespace host

@@ -12,9 +12,9 @@ class LogSink;
 
 namespace host {
 
-// Logs all problems and warnings and prints the verdict to standard output. The log files of the
-// registry are left alone: the caller may be another user than the one that runs the host, and a
-// host may be writing them.
-ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log);
+// Logs all problems and warnings and prints the verdict, or all of it as JSON, to standard output.
+// The log files of the registry are left alone: the caller may be another user than the one that
+// runs the host, and a host may be writing them.
+ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log, bool isJson);
 
 } // namespace host

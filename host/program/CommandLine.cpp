@@ -128,11 +128,12 @@ void addRun(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         ->default_str(levelName(commandLine.leastSeverity));
 }
 
-void addCheck(CLI::App& app, Texts& texts) {
+void addCheck(CLI::App& app, Texts& texts, CommandLine& commandLine) {
     auto& check =
         *app.add_subcommand("check", "Start everything, report every problem, run nothing");
     check.footer(checkExamples);
     check.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
+    check.add_flag("--json", commandLine.isJson, "Problems and warnings as one line of JSON");
 }
 
 void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
@@ -150,6 +151,7 @@ void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         ->type_name("SECONDS")
         ->default_val(commandLine.timeout.count())
         ->check(CLI::Range(0.0, 1e9).description(""));
+    send.add_flag("--json", commandLine.isJson, "The result as one line of JSON");
 }
 
 void addGenerate(CLI::App& app, GenerateOptions& options) {
@@ -182,6 +184,16 @@ void addGenerate(CLI::App& app, GenerateOptions& options) {
     generate.add_flag("--force", options.isForced, "Replace files that are there");
 }
 
+// Standard output can't hold both.
+void requireOneOutput(CommandLine const& commandLine) {
+    auto const& atEnd = commandLine.atEnd;
+    if (commandLine.isJson && (std::any_of(atEnd.begin(), atEnd.end(), &hasSenderReport) ||
+                               (commandLine.sent && hasSenderReport(*commandLine.sent)))) {
+        throw CLI::ValidationError("--json", "the value '@-' has standard output for its report, "
+                                             "so that there can be no JSON; expected '@PATH'");
+    }
+}
+
 void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
     for (auto const& each : verbNames) {
         if (app.got_subcommand(each.name)) {
@@ -202,6 +214,7 @@ void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
         requireText(words);
         commandLine.sent = parsed("the command", std::span<std::string const>(words));
     }
+    requireOneOutput(commandLine);
 }
 
 std::string unknownVerbText(CLI::App const& app, std::string const& word) {
@@ -244,7 +257,7 @@ std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const
     app.require_subcommand(1);
     app.set_version_flag("--version", "pipeline-host " PIPELINE_HOST_VERSION);
     addRun(app, texts, commandLine);
-    addCheck(app, texts);
+    addCheck(app, texts, commandLine);
     addSend(app, texts, commandLine);
     addGenerate(app, commandLine.generate);
     std::vector<std::string> const words(argv + std::min(argc, 1), argv + argc);

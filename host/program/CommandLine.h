@@ -20,10 +20,10 @@ struct CommandLine {
     Verb verb = Verb::run;
     std::filesystem::path registry;
     BAS::Status::Severity leastSeverity = BAS::Status::info; // of what is logged
+    bool isJson = false;                                     // results and problems for programs
     // Of a run:
     std::vector<Command> atEnd; // in order
     bool isQuiet = false;
-    bool isJson = false;
     // Of send:
     std::optional<Command> sent;
     std::chrono::duration<double> timeout{30};

@@ -4,6 +4,7 @@
 #include "base/Failures.h"
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
+#include "base/PrivateDirectory.h"
 #include "base/StopSignals.h"
 #include "base/Terminal.h"
 #include "commands/CommandReport.h"
@@ -19,6 +20,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -50,13 +52,45 @@ private:
     std::unique_ptr<LogFile> processLogM;
 };
 
+// Standard output, unless a report goes there.
+std::ostream& resultStream(CommandLine const& commandLine) {
+    auto const& atEnd = commandLine.atEnd;
+    return std::any_of(atEnd.begin(), atEnd.end(), &hasSenderReport) ? std::cerr : std::cout;
+}
+
+void print(std::filesystem::path const& report) {
+    std::ifstream file(report);
+    if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) {
+        std::cout << file.rdbuf();
+    }
+    std::cout << std::flush;
+}
+
+// With the reports for the sender printed that are whole.
+CommandResult executeAtEnd(CommandExecutor& executor, Command& command) {
+    if (!hasSenderReport(command)) {
+        return executor.executeAndWait(command);
+    }
+    PrivateDirectory const directory;
+    std::size_t reports = 0;
+    auto const pathOf = [&](std::size_t number) {
+        return directory.path() / std::to_string(number);
+    };
+    command.places.forSender = [&] { return pathOf(++reports); };
+    auto result = executor.executeAndWait(command);
+    for (std::size_t number = 1; number <= reports; ++number) {
+        print(pathOf(number));
+    }
+    return result;
+}
+
 // Prints the results as they come, unless they are to be JSON.
-std::vector<CommandResult> executeAtEnd(CommandExecutor& executor, CommandLine const& commandLine) {
+std::vector<CommandResult> executeAtEnd(CommandExecutor& executor, CommandLine& commandLine) {
     std::vector<CommandResult> results;
-    for (auto const& command : commandLine.atEnd) {
-        results.push_back(executor.executeAndWait(command));
+    for (auto& command : commandLine.atEnd) {
+        results.push_back(executeAtEnd(executor, command));
         if (!commandLine.isJson) {
-            std::cout << printable(resultText(results.back())) << std::endl;
+            resultStream(commandLine) << printable(resultText(results.back())) << std::endl;
         }
     }
     return results;
@@ -67,7 +101,7 @@ void printSummary(Host const& host, CommandLine const& commandLine,
     if (commandLine.isJson) {
         std::cout << summaryJson(host.pipelines(), results) << std::flush;
     } else if (!commandLine.isQuiet) {
-        std::cout << summaryTable(host.pipelines()) << std::flush;
+        resultStream(commandLine) << summaryTable(host.pipelines()) << std::flush;
     }
 }
 
@@ -78,7 +112,7 @@ void letWritesFail() {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-ExitCode run(CommandLine const& commandLine, Logs& logs) {
+ExitCode run(CommandLine& commandLine, Logs& logs) {
     letWritesFail();
     Notification stop;
     StopSignals const signals(stop);
@@ -93,7 +127,7 @@ ExitCode run(CommandLine const& commandLine, Logs& logs) {
     if (!commandLine.isQuiet && canEraseTerminalLine()) {
         progress.emplace(host.pipelines());
     }
-    CommandExecutor executor(host);
+    CommandExecutor executor(host, stop);
     Service service(host, executor, stop, progress ? &*progress : nullptr);
     service.run();
     auto const results = executeAtEnd(executor, commandLine);
@@ -102,10 +136,10 @@ ExitCode run(CommandLine const& commandLine, Logs& logs) {
     if (host.hasFailed() || service.hasFailed() || !std::cout) {
         return inputOrOutputFailed;
     }
-    bool const areHandled = std::all_of(results.begin(), results.end(),
-                                        [](auto const& result) { return result.isHandled; });
+    bool const areFaultless = std::all_of(results.begin(), results.end(),
+                                          [](auto const& result) { return result.isFaultless(); });
     // A service that is ended by a signal succeeds whatever its input was.
-    return (host.hasFaults() && !stop.isSet()) || !areHandled ? doneWithFaults : done;
+    return (host.hasFaults() && !stop.isSet()) || !areFaultless ? doneWithFaults : done;
 }
 
 ExitCode send(CommandLine const& commandLine, Logs& logs) {
@@ -115,7 +149,8 @@ ExitCode send(CommandLine const& commandLine, Logs& logs) {
                          {commandLine.registry.string()});
     }
     try {
-        return sendCommand(*configuration.commandDirectory, *commandLine.sent, commandLine.timeout);
+        return sendCommand(*configuration.commandDirectory, *commandLine.sent, commandLine.timeout,
+                           commandLine.isJson ? ResultForm::json : ResultForm::yaml);
     } catch (BAS::Status const& status) {
         logs.writeToCaller(status);
         return inputOrOutputFailed;
@@ -132,12 +167,12 @@ ExitCode generate(CommandLine const& commandLine, Logs& logs) {
     }
 }
 
-ExitCode perform(CommandLine const& commandLine, Logs& logs) {
+ExitCode perform(CommandLine& commandLine, Logs& logs) {
     switch (commandLine.verb) {
     case CommandLine::Verb::run:
         return run(commandLine, logs);
     case CommandLine::Verb::check:
-        return checkRegistry(commandLine.registry, logs.process());
+        return checkRegistry(commandLine.registry, logs.process(), commandLine.isJson);
     case CommandLine::Verb::send:
         return send(commandLine, logs);
     case CommandLine::Verb::generate:
@@ -149,11 +184,11 @@ ExitCode perform(CommandLine const& commandLine, Logs& logs) {
 } // namespace
 
 int runProgram(int argc, char const* const* argv) {
-    auto const parsed = parseCommandLine(argc, argv);
+    auto parsed = parseCommandLine(argc, argv);
     if (auto const* const exitCode = std::get_if<ExitCode>(&parsed)) {
         return *exitCode;
     }
-    auto const& commandLine = std::get<CommandLine>(parsed);
+    auto& commandLine = std::get<CommandLine>(parsed);
     Logs logs(commandLine.leastSeverity);
     try {
         auto const exitCode = perform(commandLine, logs);

@@ -42,6 +42,7 @@ struct HostConfiguration {
     std::filesystem::path directory;                 // of the registry file
     std::optional<std::filesystem::path> processLog; // standard error without it
     std::optional<std::filesystem::path> commandDirectory;
+    std::size_t stopTimeout = 5; // seconds that a command has once the host is to end
     std::vector<ModuleConfiguration> dataPool;
     std::vector<PipelineConfiguration> pipelines;
 };

@@ -139,6 +139,7 @@ inline constexpr Key<PipelineConfiguration> pipelineKeys[] = {
 
 inline constexpr Key<HostConfiguration> commandsKeys[] = {
     {"Directory", Presence::mandatory, DropDirectoryKey{&HostConfiguration::commandDirectory}},
+    {"StopTimeout", Presence::optional, NumberKey{&HostConfiguration::stopTimeout, 1, 86'400}},
 };
 
 inline constexpr Key<HostConfiguration> logKeys[] = {

@@ -56,6 +56,11 @@ BAS::Status poolOutcome(Reload const& reload, BAS::String const& pool) {
 
 } // namespace
 
+CommandExecutor::CommandExecutor(Host& host, Notification const& stop)
+    : hostM(host),
+      timerM(host.log(), stop, std::chrono::seconds(host.configuration().stopTimeout)) {
+}
+
 std::optional<CommandResult> CommandExecutor::execute(Command const& command, Done done) {
     auto* const object = BAS::RegisteredObject::find(command.update.name());
     auto reload = object == nullptr ? std::nullopt : reloadOf(command, *object);
@@ -65,8 +70,9 @@ std::optional<CommandResult> CommandExecutor::execute(Command const& command, Do
         return result;
     }
     auto begun = begunResult(command);
-    begun.ignoredKeys = keysNotAsked(command);
-    reload->done = [this, object, begun, done = std::move(done),
+    begun.ignoredKeys = keysNotAsked(command.update);
+    auto const turn = timerM.begin(begun.object, keysText(begun));
+    reload->done = [this, object, begun, turn, done = std::move(done),
                     begin = std::chrono::steady_clock::now()](Reload& read) {
         takeOver(read);
         auto result = begun;
@@ -118,7 +124,7 @@ CommandResult CommandExecutor::carryOut(Command const& command, BAS::RegisteredO
     auto* const pipeline = pipelineOf(name);
     auto* const lock = pipeline == nullptr ? nullptr : &pipeline->lock();
     auto result = object == nullptr ? unexecutedCommand(command, unknownObjectText(name))
-                                    : executeCommand(command, *object, lock, writeWatchM);
+                                    : executeCommand(command, *object, {lock, writeWatchM, timerM});
     if (pipeline != nullptr) {
         pipeline->countCommand();
     }
@@ -159,8 +165,10 @@ void CommandExecutor::log(CommandResult const& result) const {
                                : makeStatus(BAS::Status::error, result.object,
                                             "ERR_COMMAND_REJECTED", {resultText(result)}));
     for (auto const& file : result.files) {
-        if (!file.isOpened) {
-            log.write(makeStatus(BAS::Status::warning, result.object, "ERR_COMMAND_FILE_NOT_OPENED",
+        if (!file.reason.empty() && !result.fault) {
+            log.write(makeStatus(BAS::Status::warning, result.object,
+                                 file.isOpened ? MessageName("ERR_COMMAND_FILE_NOT_WHOLE")
+                                               : MessageName("ERR_COMMAND_FILE_NOT_OPENED"),
                                  {file.key, file.path.string(), file.reason}));
         }
     }

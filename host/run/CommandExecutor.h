@@ -15,8 +15,10 @@ class CommandExecutor {
 public:
     using Done = std::function<void(CommandResult)>;
 
-    explicit CommandExecutor(Host& host) : hostM(host) {}
-    // A reload in progress is abandoned; its done isn't called.
+    // Stop must outlive the executor: a command that goes on for too long once it is set ends the
+    // process.
+    CommandExecutor(Host& host, Notification const& stop);
+    // A reload that goes on is given up; its done isn't called.
     ~CommandExecutor() = default;
 
     // Passes a command to its object, counts it and logs the result. A reload returns nothing, runs
@@ -44,6 +46,7 @@ private:
 
     Host& hostM;
     WriteWatch writeWatchM;
+    CommandTimer timerM;
     Reloader reloaderM;
 };
 

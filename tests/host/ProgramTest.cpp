@@ -175,7 +175,7 @@ TEST_F(Program, RunsPipelinesByThemselvesAndCommandsAtTheEnd) {
         program("run r.yaml --quiet"
                 " --at-end 'host.Pipelines.One.Functions.F.Module Count'"
                 " --at-end 'host.Pipelines.Two.Functions.F.Module Other=\"a b\" C'");
-    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.exitCode, 1); // keys were ignored
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(directoryM.read("one"), HasSubstr("F update after 7\n"));
     EXPECT_THAT(directoryM.read("two"), HasSubstr("F update after 2\n"));

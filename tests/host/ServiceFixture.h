@@ -29,15 +29,18 @@ protected:
     }
     ~ServiceFixture() override { ::close(gateM); }
 
-    void writeRegistry(std::string const& input, std::string const& keys = {}) const {
-        directoryM.write("r.yaml",
-                         "host:\n  Commands: {Directory: cmd}\n  DataPool:\n  Pipelines:\n"
-                         "    P:\n      EdrDescription: edr.yaml\n      BatchSize: 2\n"
-                         "      Input: " +
-                             input +
-                             "\n      Functions:\n        F: {ModuleName: TestCounter, "
-                             "Module: {Trace: " +
-                             pathOf("trace").string() + keys + "}}\n");
+    void writeRegistry(std::string const& input, std::string const& keys = {},
+                       std::string const& commandsKeys = {}) const {
+        std::string text = "host:\n  Commands: {Directory: cmd";
+        text += commandsKeys;
+        text += "}\n  DataPool:\n  Pipelines:\n    P:\n      EdrDescription: edr.yaml\n"
+                "      BatchSize: 2\n      Input: ";
+        text += input;
+        text += "\n      Functions:\n        F: {ModuleName: TestCounter, Module: {Trace: ";
+        text += pathOf("trace").string();
+        text += keys;
+        text += "}}\n";
+        directoryM.write("r.yaml", text);
     }
     // Batches, and commands with the key "Wait", pass one by one when openGate lets them.
     std::string gate() const { return ", Gate: " + pathOf("gate").string(); }

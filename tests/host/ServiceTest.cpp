@@ -153,25 +153,31 @@ TEST_F(Service, AnswersEveryCommandFile) {
     } const cases[] = {
         {std::string(object) + ": {Count: x, Write: " + pathOf("written").string() + "}\n" +
              object + "x: {Count: }\n",
-         {"Command: \"10.yaml\"\nHandled: false\nResults:\n  - Object: \"" + std::string(object) +
-              "\"\n    Keys: {\"Count\": \"x\", \"Write\": \"" + pathOf("written").string() +
+         {"Command: \"10.yaml\"\nHandled: false\nFaultless: false\nResults:\n  - Object: \"" +
+              std::string(object) + "\"\n    Keys: {\"Count\": \"x\", \"Write\": \"" +
+              pathOf("written").string() +
               "\"}\n    Verdict: \"handled\"\n    WorkDone: true\n    Files: [{\"Key\": \"Write\", "
               "\"Path\": \"" +
-              pathOf("written").string() + "\", \"Opened\": true, \"Size\": 8}]\n    Seconds: 0",
+              pathOf("written").string() +
+              "\", \"Opened\": true, \"Size\": 8, \"Complete\": \"unknown\"}]\n    Time: \"20",
           "  - Object: \"" + std::string(object) + "x\"\n    Keys: {\"Count\": \"\"}\n" +
               "    Verdict: \"not handled\"\n    Reason: \"unknown object (did you mean "
               "'" +
               object + "'?)\"\n"}},
         {std::string(object) + ": {Write: relative, Wirte: x}\n",
          {"Handled: true\n", "    WorkDone: false\n    Ignored: [\"Wirte\"]\n",
-          "\"Path\": \"" + pathOf("relative").string() + "\", \"Opened\": true, \"Size\": 8}"}},
+          "\"Path\": \"" + pathOf("relative").string() +
+              "\", \"Opened\": true, \"Size\": 8, \"Complete\": \"unknown\"}"}},
         {std::string(object) + ": {Write: " + pathOf("written").string() + "}\n",
-         {"\"Opened\": true, \"Size\": 8}"}}, // although it is written a second time
+         {"\"Opened\": true, \"Size\": 8, \"Complete\": \"unknown\"}"}}, // although it is written a
+                                                                         // second time
         {std::string(object) + ": {Write: /missing/x}\n",
-         {"Handled: true\n", "\"Path\": \"/missing/x\", \"Opened\": false, \"Reason\": \"the "
+         {"Handled: true\n", "\"Path\": \"/missing/x\", \"Opened\": false, \"Complete\": "
+                             "\"unknown\", \"Reason\": \"the "
                              "directory '/missing' doesn't exist\"}"}},
         {std::string(object) + ": {Count: " + pathOf("written").string() + "}\n",
-         {"\"Opened\": false, \"Reason\": \"nothing opened it for writing\"}"}},
+         {"\"Opened\": false, \"Complete\": \"unknown\", \"Reason\": \"nothing opened it for "
+          "writing\"}"}},
         {std::string(object) + ": {Refuse: \"a\\tb\"}\n",
          {"Handled: false\n", "Keys: {\"Refuse\": \"a\\u0009b\"}\n    Verdict: \"rejected\"",
           "Status: {\"Message\": \"ERR_REG_VALUE_INVALID\", \"Level\": \"error\", \"Text\": "
@@ -179,7 +185,8 @@ TEST_F(Service, AnswersEveryCommandFile) {
         {std::string(object) + ": {Refuse: again}\n",
          {"Status: {\"Message\": \"ERR_REG_VALUE_INVALID\""}},
         {"host.Pipelines.P: {A: b}\n", {"Verdict: \"rejected\""}},
-        {"a: {b: c\n", {"Handled: false\nProblems:\n  - \"18.yaml:", "not valid YAML: "}},
+        {"a: {b: c\n",
+         {"Handled: false\nFaultless: false\nProblems:\n  - \"18.yaml:", "not valid YAML: "}},
         {"", {"Problems:\n  - \"19.yaml:1:1: the file is empty\""}},
         {"a: {}\nb: {c: [d], e: f, e: g}\n",
          {"  - \"20.yaml:1:1: 'a' must be a mapping with the keys of the command\"\n"

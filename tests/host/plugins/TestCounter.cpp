@@ -6,6 +6,8 @@
 #include "EDR/Container.h"
 #include "PLG/FunctionPlugIn.h"
 
+#include <memory>
+
 namespace {
 
 class Counter : public PLG::FunctionPlugIn {
@@ -44,17 +46,21 @@ public:
     }
 
     // Works on the key "Count"; an update with the key "Refuse" is rejected with a status. "Write"
-    // names a file to write, "Wait" passes the gate, "Number" comes into the trace.
+    // names a file to write, of so many "Lines", which "Hold" leaves open. "Throw" throws, "Wait"
+    // passes the gate, "Number" comes into the trace.
     bool registryUpdate(BAS::RegistryEntry const* update, BAS::ProtectedBool& workDone) override {
-        if (update->find("Refuse") != nullptr) {
-            setStatus("ERR_REG_VALUE_INVALID", BAS::Status::error, "Refuse", true);
-            return false;
-        }
         if (update->find("Count") != nullptr) {
             workDone.set(true);
         }
         if (auto const* const file = update->find("Write")) {
-            std::ofstream(file->value().str()) << "written\n";
+            write(*update, file->value().str());
+        }
+        if (update->find("Throw") != nullptr) {
+            throw std::runtime_error("thrown by a command");
+        }
+        if (update->find("Refuse") != nullptr) {
+            setStatus("ERR_REG_VALUE_INVALID", BAS::Status::error, "Refuse", true);
+            return false;
         }
         if (update->find("Wait") != nullptr) {
             traceM.passGate();
@@ -67,7 +73,23 @@ public:
     }
 
 private:
+    void write(BAS::RegistryEntry const& update, std::string const& file) {
+        long lines = 1;
+        if (auto const* const given = update.find("Lines")) {
+            given->value().toNum(lines);
+        }
+        auto stream = std::make_unique<std::ofstream>(file);
+        for (long i = 0; i < lines; ++i) {
+            *stream << "written\n";
+        }
+        if (update.find("Hold") != nullptr) {
+            *stream << std::flush;
+            heldM = std::move(stream);
+        }
+    }
+
     Trace traceM{*this};
+    std::unique_ptr<std::ofstream> heldM;
     std::size_t countM = 0;
     std::size_t batchesM = 0;
 };

@@ -1,0 +1,86 @@
+#include "base/TemporaryFile.h"
+
+#include "base/Failures.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <random>
+
+namespace host {
+
+namespace {
+
+constexpr mode_t mode = 0640;
+
+std::string randomName() {
+    std::random_device random;
+    return fmt::format(".{:08x}{:08x}.tmp", random(), random());
+}
+
+FileDescriptor openDirectory(std::filesystem::path const& target) {
+    auto const parent = target.parent_path();
+    return FileDescriptor(
+        ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+} // namespace
+
+TemporaryFile::TemporaryFile(std::filesystem::path target)
+    : TemporaryFile(openDirectory(target), target) {
+}
+
+TemporaryFile::TemporaryFile(FileDescriptor directory, std::filesystem::path target)
+    : targetM(std::move(target)), directoryM(std::move(directory)), nameM(randomName()) {
+    if (directoryM.isOpen()) {
+        fileM =
+            FileDescriptor(::openat(directoryM.number(), nameM.c_str(),
+                                    O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    }
+    // Whatever the mask of who calls it: the group has to read it.
+    if (!fileM.isOpen() || ::fchmod(fileM.number(), mode) != 0) {
+        auto const error = errno;
+        remove();
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", targetM, error);
+    }
+}
+
+void TemporaryFile::setOwner(std::optional<uid_t> owner, gid_t group) {
+    if (::fchown(fileM.number(), owner.value_or(static_cast<uid_t>(-1)), group) != 0) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", targetM, errno);
+    }
+}
+
+void TemporaryFile::write(std::string_view bytes) {
+    if (!writeAll(fileM.number(), bytes)) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", targetM, errno);
+    }
+}
+
+void TemporaryFile::flush() {
+    if (::fsync(fileM.number()) != 0) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", targetM, errno);
+    }
+    isFlushedM = true;
+}
+
+void TemporaryFile::takePlace() {
+    if (::renameat(directoryM.number(), nameM.c_str(), directoryM.number(),
+                   targetM.filename().c_str()) != 0) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", targetM, errno);
+    }
+    isInPlaceM = true;
+    if (isFlushedM) {
+        ::fsync(directoryM.number()); // so that a power failure doesn't bring the old file back
+    }
+}
+
+void TemporaryFile::remove() noexcept {
+    if (fileM.isOpen() && !isInPlaceM) {
+        ::unlinkat(directoryM.number(), nameM.c_str(), 0);
+    }
+}
+
+} // namespace host

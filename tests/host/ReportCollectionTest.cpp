@@ -1,0 +1,164 @@
+// Reports that the host collects are whole, or the result says that they aren't.
+#include "ServiceFixture.h"
+
+#include <sys/resource.h>
+
+#include <cstdlib>
+
+namespace {
+
+using testing::HasSubstr;
+
+class ReportCollection : public ServiceFixture {
+protected:
+    ReportCollection() {
+        directoryM.write("x.jsonl", edrs(1));
+        std::filesystem::create_directory(pathOf("directory"));
+        std::filesystem::create_symlink(pathOf("old"), pathOf("link"));
+        if (::mkfifo(pathOf("fifo").c_str(), 0600) != 0) {
+            throw std::runtime_error("no FIFO");
+        }
+    }
+
+    static std::string command(std::string const& keys) { return std::string(object) + " " + keys; }
+
+    // Hands the command over at the end of a run whose files can't be larger; the exit code.
+    int runWith(std::string const& keys, rlim_t mostBytes = RLIM_INFINITY) const {
+        writeRegistry("{Files: [x.jsonl]}");
+        rlimit before = {};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        rlimit const limit = {mostBytes, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        HostProcess host(directoryM.path(),
+                         {"run", "r.yaml", "--quiet", "--at-end", command(keys)});
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        return host.wait();
+    }
+
+    // Nothing of the host's is left in the directory.
+    bool hasTemporaries() const {
+        auto const all = names(".");
+        return std::any_of(all.begin(), all.end(),
+                           [](auto const& name) { return name.ends_with(".tmp"); });
+    }
+};
+
+TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
+    constexpr rlim_t unlimited = RLIM_INFINITY;
+    std::string const eight = "written\n";
+    struct {
+        std::string keys;
+        rlim_t mostBytes;
+        int exitCode;
+        std::string content; // of "old" afterwards
+        std::string told;
+    } const cases[] = {
+        {"Write=@old", unlimited, 0, eight, "8 bytes, complete"},
+        {"Write=@old Lines=0", unlimited, 0, "", "0 bytes, complete"},
+        {"Write=@old Lines=3", unlimited, 0, eight + eight + eight, "24 bytes, complete"},
+        {"Write=@old Lines=1000", 4096, 1, "old", "8000 bytes, not complete: "},
+        {"Write=old Lines=1000", 4096, 1, "", "4096 bytes, not complete: it has reached"},
+        {"Write=@old Throw", unlimited, 1, "old", "not handled, the object threw"},
+        {"Write=@old Refuse", unlimited, 1, "old", "not complete: the object rejected"},
+        {"Write=@old Hold", unlimited, 1, "old", "still open 3 seconds after"},
+        {"Count=@old", unlimited, 1, "old", "nothing opened it for writing"},
+        {"Wirte=@old", unlimited, 1, "old", "the object didn't ask for the key"},
+        {"Count Wirte=old", unlimited, 1, "old", "ignored Wirte"},
+        {"Write=@link", unlimited, 1, "old", "link': it is a link, expected a regular file"},
+        {"Write=@directory", unlimited, 1, "old", "it is a directory"},
+        {"Write=@missing/x", unlimited, 1, "old", "' doesn't exist"},
+        {"Write=@", unlimited, 1, "old", "expected a path after '@'"},
+        {"Write=@@old", unlimited, 0, "old", "/@old', 8 bytes"},
+        {"Write=missing/x", unlimited, 1, "old", "didn't write '"},
+        {"Count=/missing/x", unlimited, 1, "old", "didn't write '"},
+        {"Write=fifo", unlimited, 1, "old", "it is a FIFO, expected a regular file"},
+        {"Write=directory", unlimited, 1, "old", "it is a directory, expected a regular file"},
+        {"Write=/dev/null", unlimited, 0, "old", "wrote '/dev/null', 0 bytes"},
+    };
+    for (auto const& each : cases) {
+        SCOPED_TRACE(each.keys);
+        directoryM.write("old", "old");
+        EXPECT_EQ(runWith(each.keys, each.mostBytes), each.exitCode);
+        EXPECT_THAT(directoryM.read("out"), HasSubstr(each.told));
+        if (each.content.empty() && each.exitCode != 0) {
+            EXPECT_EQ(std::filesystem::file_size(pathOf("old")), 4096U); // the object's own doing
+        } else {
+            EXPECT_EQ(directoryM.read("old"), each.content);
+        }
+        EXPECT_FALSE(hasTemporaries());
+    }
+}
+
+TEST_F(ReportCollection, CollectsWhatIsLargerThanItsMemoryPrivately) {
+    EXPECT_EQ(runWith("Write=@large Lines=12000000"), 0);
+    EXPECT_EQ(std::filesystem::file_size(pathOf("large")), 96'000'000U);
+    struct stat found = {};
+    ASSERT_EQ(::stat(pathOf("large").c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode & 07777U, 0640U);
+}
+
+TEST_F(ReportCollection, HandsReportsToTheSender) {
+    writeRegistry("{Files: [x.jsonl]}");
+    EXPECT_EQ(HostProcess(directoryM.path(), {"run", "r.yaml", "--at-end", command("Write=@-"),
+                                              "--at-end", command("Write=@- Lines=2")})
+                  .wait(),
+              0);
+    EXPECT_EQ(directoryM.read("out"), "written\nwritten\nwritten\n");
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("Write=@-: handled, no work done"));
+    auto const piped = "cd '" + directoryM.path().string() +
+                       "' && PIPELINE_HOST_MODULE_PATH='" HOST_TEST_MODULES "' '" HOST_PROGRAM
+                       "' run r.yaml --quiet --at-end '" +
+                       command("Write=/dev/stdout") + "' 2>/dev/null | cat >piped";
+    EXPECT_EQ(std::system(piped.c_str()), 0);
+    EXPECT_THAT(directoryM.read("piped"), testing::StartsWith("written\n"));
+    EXPECT_EQ(
+        HostProcess(directoryM.path(), {"run", "r.yaml", "--json", "--at-end", command("Write=@-")})
+            .wait(),
+        2);
+
+    writeRegistry("{Directory: in}");
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForText("err", "MSG_STARTED"));
+    auto const send = [&](std::vector<std::string> const& words) {
+        std::vector<std::string> arguments = {"send", "r.yaml", object};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        return HostProcess(directoryM.path(), arguments).wait();
+    };
+    EXPECT_EQ(send({"Write=@-", "Lines=2"}), 0);
+    EXPECT_EQ(directoryM.read("out"), "written\nwritten\n");
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("\"Complete\": true}"));
+    EXPECT_EQ(send({"Count=@-"}), 1);
+    EXPECT_EQ(directoryM.read("out"), "");
+    EXPECT_EQ(send({"Write=@-", "--json"}), 2);
+    EXPECT_EQ(send({"Write=@new", "Wirte=x", "--json"}), 1);
+    EXPECT_THAT(directoryM.read("out"),
+                testing::MatchesRegex("\\{\"Command\": \"[^\"]+\", \"Handled\": true, "
+                                      "\"Faultless\": false, \"Results\": \\[\\{\"Object\": "
+                                      "\"[^\"]+\", \"Keys\": .*\"Complete\": true\\}\\], .*\\}\n"));
+    EXPECT_TRUE(names("cmd").empty());
+    drop("cmd/by-hand.yaml", std::string(object) + ": {Write: \"@-\"}\n");
+    ASSERT_TRUE(waitForFile("cmd/by-hand.result"));
+    EXPECT_EQ(directoryM.read("cmd/by-hand.report"), "written\n");
+}
+
+// The plug-in waits for the gate, which never opens.
+TEST_F(ReportCollection, EndsInTheMiddleOfACommandThatDoesnt) {
+    directoryM.write("old", "old");
+    writeRegistry("{Directory: in}", gate(), ", StopTimeout: 1");
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForText("err", "MSG_STARTED"));
+    drop("cmd/a.yaml", std::string(object) + ": {Write: \"@old\", Wait: \"\"}\n");
+    ASSERT_TRUE(waitForText("err", "MSG_COMMAND_STARTED"));
+    ASSERT_TRUE(waitForText("trace", "at gate"));
+    host.signal(SIGTERM);
+    EXPECT_EQ(host.wait(), 4);
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("ERR_COMMAND_GIVEN_UP 'Write=@old Wait' was"));
+    EXPECT_EQ(directoryM.read("old"), "old");
+    EXPECT_FALSE(hasTemporaries());
+
+    HostProcess next(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForFile("cmd/a.result"));
+    EXPECT_THAT(directoryM.read("cmd/a.result"), HasSubstr("its outcome is unknown"));
+}
+
+} // namespace
