@@ -65,7 +65,8 @@ TEST_F(Reload, takesAModulesDataOverOrRefusesThemAndTellsWhy) {
             directoryM.write("one", lines);
         }
         bool const isTaken = std::string(told).starts_with("Loaded");
-        EXPECT_THAT(answer("c" + std::to_string(++number), one, std::string("Reload: ") + value),
+        EXPECT_THAT(answer(std::string("c").append(std::to_string(++number)), one,
+                           std::string("Reload: ") + value),
                     AllOf(HasSubstr(told),
                           HasSubstr(isTaken ? "Verdict: \"handled\"" : "Verdict: \"rejected\"")));
     }
