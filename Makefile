@@ -101,7 +101,7 @@ bench-host: packages ## measure pipeline-host against simdjson alone, and what l
 	build/bench/bin/host_bench build/bench/bin/pipeline-host build/bench/edrs 200000 7 50
 	build/bench/bin/modules_load modules/reference-schema.sql build/bench/accounts.db
 
-package: build ## make the Debian package, in build/package
+package: build ## make the Debian packages, in build/package
 	@cd build/release && cpack -B $(CURDIR)/build/package
 
 golden: build ## run the demo, show what differs from the expected reports, and take it over

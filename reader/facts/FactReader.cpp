@@ -253,6 +253,12 @@ void FactReader::Reading::moveTo(std::size_t at) {
 
 void FactReader::Reading::reportUnplaced(LineNumber line, std::string_view text,
                                          char const* reason) {
+    // The last line of what was cut may be a heading whose ruler is missing.
+    auto const end = static_cast<std::size_t>(text.data() + text.size() - textM.data());
+    bool const isLast = textM.find_first_not_of('\n', end) == std::string_view::npos;
+    if (factsM.cutLine != 0 && isLast) {
+        return;
+    }
     factsM.unplaced.push_back({line, text, reason});
 }
 
@@ -325,7 +331,7 @@ void FactReader::Reading::readEventRows(std::size_t end) {
             *rows[expected] = {line.substr(eventRowLabels[expected].size()), lines.number()};
             factsM.hasRecord = true;
             ++expected;
-        } else if (!line.empty() && !(factsM.cutLine != 0 && isSectionLine(line))) {
+        } else if (!line.empty()) {
             reportUnplaced(lines.number(), line, "the event's rows stand here");
         }
     }

@@ -145,7 +145,8 @@ void judgeOwnDiscounts(Judgement& judgement) {
         }
         auto const line = table.lineOf(row);
         auto const subject = fmt::format("own discount {}", item.object.text);
-        if (auto const model = table.cell(row, "Discount model"); model != item.model.text) {
+        auto const model = table.cell(row, "Discount model");
+        if (item.model.isTold() && model != item.model.text) {
             judgement.add(Kind::ownDiscountModelDiffers, line, subject,
                           fmt::format("model {}", item.model.text), fmt::format("model {}", model));
         }

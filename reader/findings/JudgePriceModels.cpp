@@ -60,6 +60,9 @@ void judgeThresholds(Judgement& judgement, ShownObject const& model, ValidSteps 
 
 void judgeSteps(Judgement& judgement, ShownObject const& model, Table const& steps) {
     auto const subject = [&] { return fmt::format("price model {}", model.object->name); };
+    if (steps.rowCount == 0 && !steps.isComplete) {
+        return;
+    }
     if (steps.rowCount == 0) {
         judgement.add(Kind::priceModelWithoutSteps, model.line + steps.line, subject(), "used",
                       "no steps");

@@ -7,11 +7,13 @@ namespace reader {
 
 namespace {
 
-bool isInMemory(EventFacts const& event, std::string_view code) {
-    return std::none_of(event.priceModelMemory.begin(), event.priceModelMemory.end(),
-                        [&](ShownObject const& shown) {
-                            return shown.object->isAbsent && shown.object->name == code;
-                        });
+// Where the price module's text was cut, a model that isn't shown may be absent.
+bool mayBeAbsent(EventFacts const& event, std::string_view code) {
+    auto const& shown = event.priceModelMemory;
+    auto const found = std::find_if(shown.begin(), shown.end(), [&](ShownObject const& model) {
+        return model.object->name == code;
+    });
+    return found == shown.end() ? event.cutLine != 0 : found->object->isAbsent;
 }
 
 std::string entryModels(Table const& entries) {
@@ -56,7 +58,7 @@ void judgeEntries(Judgement& judgement, Table const& entries) {
                 std::string(event.codes.text.substr(0, event.codes.text.find_last_not_of(' ') + 1)),
                 entryModels(entries));
         }
-    } else if (entries.isComplete && isInMemory(event, used.text)) {
+    } else if (entries.isComplete && !mayBeAbsent(event, used.text)) {
         judgement.add(Kind::priceModelNotOfEntry, event.planMemory.serviceCode.line,
                       fmt::format("price model {}", used.text),
                       fmt::format("used last, with rate plan {}", event.ratePlan.text),

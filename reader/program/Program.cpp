@@ -59,6 +59,7 @@ void addFilters(CLI::App& command, Options& options, FilterTexts& texts) {
         command.add_option(option.name, options.filter.*option.patterns, option.help)
             ->type_name("PATTERN")
             ->expected(1)
+            ->allow_extra_args(false)
             ->take_all()
             ->group("Filters (PATTERN may hold * and ?)");
     }
@@ -137,6 +138,7 @@ private:
         sub.add_option("--ignore", textsM.ignored, "leave out a kind of finding")
             ->type_name("KIND")
             ->expected(1)
+            ->allow_extra_args(false)
             ->take_all()
             ->group(group);
     }

@@ -161,12 +161,18 @@ std::optional<EventReader::Start> EventReader::startAround(std::size_t keyLine) 
 // At the end of the file: a dump that was cut in the first lines of an event.
 std::optional<EventReader::Start> EventReader::startThatIsCut() const {
     std::string_view const text(bufferM.data(), endM);
+    constexpr int linesOfStart = 4;
     auto begin = lineBefore(text, endM);
-    for (int lines = 0; lines < 4 && begin > beginM; ++lines) {
-        if (beginsLikeEvent(text.substr(begin)) && (!presentM || begin > presentM->begin) &&
-            text.substr(beginM, begin - beginM).ends_with("\n\n")) {
-            auto const line = text.substr(begin, text.find('\n', begin) - begin);
+    for (int lines = 0; lines < linesOfStart; ++lines) {
+        auto const line = text.substr(begin, text.find('\n', begin) - begin);
+        bool const isFirst = begin == beginM && !presentM && line.starts_with(beginLabel);
+        bool const isAfterAnother = begin > beginM && (!presentM || begin > presentM->begin) &&
+                                    text.substr(beginM, begin - beginM).ends_with("\n\n");
+        if ((isFirst || isAfterAnother) && beginsLikeEvent(text.substr(begin))) {
             return Start{begin, TextKind::dump, numberOf(line).value_or(lastNumberM + 1)};
+        }
+        if (begin <= beginM) {
+            break;
         }
         begin = lineBefore(text, begin - 1);
     }

@@ -1,0 +1,107 @@
+#include "DumpFile.h"
+#include "facts/Amount.h"
+#include "facts/Times.h"
+
+#include <gmock/gmock.h>
+
+namespace reader {
+
+namespace {
+
+struct EditedDump {
+    char const* from;
+    char const* to;
+    char const* found;
+};
+
+// Facts of the demo's dump, each made wrong in one place.
+constexpr EditedDump editedDumps[] = {
+    {"  Account 1003: status ACTIVE", "  Account 1004: status ACTIVE",
+     "account-differs 491713920003 customer 491713920003"},
+    {"  Account 1003: status ACTIVE", "  Account 1003: status CLOSED",
+     "account-inactive 491713920003 account 1003"},
+    {"    >    3103  /service/message  ", "    >    3103  /service/telco    ",
+     "service-type-differs 491713920003 service 3103"},
+    {"    >    3103  /service/message  ", "         3103  /service/message  ",
+     "service-absent 491713920003 service 3103"},
+    {"       7103  SMS_STD  ", "       7103  SMS_BIZ  ",
+     "plan-not-of-product 491713920003 rate plan SMS_STD"},
+    {"  Rate plan id 21, model", "  Rate plan id 22, model",
+     "rate-plan-id-differs 491713920003 rate plan SMS_STD version 2"},
+    {"valid from 2024-01-01T00:00:00Z to open", "valid from 2027-01-01T00:00:00Z to open",
+     "rate-plan-not-valid 491713920003 rate plan SMS_STD version 2"},
+    {"Used Price model codes: PM_SMS_NAT   \n----------------------- \n 1 price model",
+     "Used Price model codes: PM_SMS_NAT   \n----------------------- \n 2 price model",
+     "unplaced 491713920003 a line"},
+    {"  balance group 2003 of account 1003", "  balance group 2003 of account 1009",
+     "balance-group-of-other-account 491713920003 balance group 2003"},
+    {"EUR       1.3500         10.00", "EUR       1.3500          1.34",
+     "over-credit-limit 491713920003 balance EUR of group 2003"},
+    {"Event Account id         = 1003", "a stray line\nEvent Account id         = 1003",
+     "unplaced 491713920003 a line"},
+    {"Charging Start Time Stamp= 1795203110", "Charging Start Time Stamp= 18446744073709551615",
+     "no-charging-start 491713920003 charging start"},
+    {"Event Service Id         = 3103", "Event Service Id         = 0",
+     "no-service 491713920003 service"},
+};
+
+TEST(Findings, areFoundOneForEachWrongFact) {
+    auto const dump = demoDump();
+    auto const before = findingsOf(dump);
+    for (auto const& edit : editedDumps) {
+        auto after = findingsOf(edited(dump, edit.from, edit.to));
+        for (auto const& finding : before) {
+            after.erase(finding);
+        }
+        EXPECT_THAT(after, testing::ElementsAre(edit.found)) << edit.from;
+    }
+}
+
+// A limit that is reached is no excess, an end that is not yet reached is valid.
+TEST(Findings, areNotFoundAtTheVeryLimit) {
+    auto const dump = demoDump();
+    auto const before = findingsOf(dump);
+    for (auto const& [from, to] :
+         {std::pair{"EUR       1.3500         10.00", "EUR       1.3500          1.35"},
+          std::pair{"valid from 2024-01-01T00:00:00Z to open",
+                    "valid from 2026-11-20T19:31:50Z to 2026-11-20T19:31:51Z"}}) {
+        EXPECT_EQ(findingsOf(edited(dump, from, to)), before) << to;
+    }
+}
+
+TEST(Findings, compareAmountsDigitByDigit) {
+    for (auto const& [one, other, order] :
+         {std::tuple{"0.1", "0.10", 0}, std::tuple{"-0", "0", 0}, std::tuple{"9", "10", -1},
+          std::tuple{"-9", "-10", 1}, std::tuple{"0.00000000000000000001", "0", 1},
+          std::tuple{"99999999999999999999.1", "99999999999999999999.09", 1}}) {
+        auto const compared = compareAmounts(one, other);
+        ASSERT_TRUE(compared);
+        EXPECT_EQ(*compared <=> 0 == 0 ? 0 : std::is_lt(*compared) ? -1 : 1, order) << one;
+    }
+    EXPECT_FALSE(compareAmounts("none", "1"));
+}
+
+TEST(Findings, tellHowFarTimesAreApart) {
+    EXPECT_EQ(distance("2026-11-01T00:00:00Z", "2026-11-20T20:02:44Z"), "19 days");
+    EXPECT_EQ(distance("2026-11-20T19:02:44Z", "2026-11-20T20:02:44Z"), "1 hour");
+    EXPECT_FALSE(chargingSeconds("0"));
+    EXPECT_FALSE(chargingSeconds("253402300800"));
+    EXPECT_TRUE(chargingSeconds("253402300799"));
+}
+
+// The guide and the program explain each kind with the same words.
+TEST(Findings, areExplainedInTheGuide) {
+    auto const guide = textOf(GUIDE);
+    for (std::size_t i = 0; i < findingKinds.size(); ++i) {
+        auto const& kind = findingKinds[i];
+        EXPECT_EQ(static_cast<std::size_t>(kind.kind), i);
+        auto const row = "| `" + std::string(kind.name) + "` | " +
+                         std::string(nameOf(kind.severity)) + " | " + std::string(kind.sentence) +
+                         " |\n";
+        EXPECT_NE(guide.find(row), std::string::npos) << row;
+    }
+}
+
+} // namespace
+
+} // namespace reader

@@ -1,0 +1,110 @@
+#include "DumpFile.h"
+#include "text/ModuleText.h"
+
+#include <gmock/gmock.h>
+
+namespace reader {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::string joinedPieces(std::string const& text) {
+    std::string joined;
+    forEachEventOf(text, [&](EventText const& event) { joined += event.bytes; });
+    return joined;
+}
+
+std::string reportOf(std::string const& file) {
+    return textOf(std::filesystem::path(DEMO_DUMP).parent_path() / file);
+}
+
+TEST(Reading, givesBackEveryByteOfAFile) {
+    auto const dump = demoDump();
+    for (auto const& text : {std::string(), dump, reportOf("events.txt"), "before\n" + dump,
+                             dump + dump, reportOf("events.txt") + dump + "behind\n"}) {
+        EXPECT_EQ(joinedPieces(text), text);
+    }
+    // Larger than the pieces in which files are read.
+    std::string large;
+    for (int i = 0; i < 50; ++i) {
+        large += dump;
+    }
+    EXPECT_EQ(joinedPieces(large), large);
+    EXPECT_THROW(joinedPieces("no dump\n"), InputError);
+}
+
+TEST(Reading, tellsOfAnotherNumberThanTheNext) {
+    std::vector<std::string> notices;
+    auto const ignore = [](EventText const&) {};
+    auto const dump = demoDump();
+    forEachEventOf(dump, ignore, &notices);
+    EXPECT_THAT(notices, IsEmpty());
+    forEachEventOf(edited(dump, "Begin: 2\n", "Begin: 7\n"), ignore, &notices);
+    EXPECT_THAT(notices, ElementsAre(testing::EndsWith("event 7 where event 2 was expected"),
+                                     testing::EndsWith("event 3 where event 8 was expected")));
+    notices.clear();
+    forEachEventOf(dump + dump, ignore, &notices);
+    EXPECT_THAT(notices, ElementsAre(testing::EndsWith("a dump begins anew within the file")));
+}
+
+TEST(Reading, splitsTheKeyLineAtTheLastLabel) {
+    FactReader reader;
+    forEachEventOf(
+        edited(demoDump(), "Identifier= 491713920003", "Identifier= A   Service Code = B"),
+        [&](EventText const& event) {
+            if (event.number == 1) {
+                auto const& facts = reader.read(event);
+                EXPECT_EQ(facts.customer.text, "A   Service Code = B");
+                EXPECT_EQ(facts.service.text, "SMS");
+            }
+        });
+}
+
+// Wherever a dump is cut, that is told, and nothing is found besides that the whole dump doesn't
+// have; but between two events nobody can know.
+TEST(Reading, findsWhereADumpWasCut) {
+    auto const dump = demoDump();
+    auto const whole = findingsOf(dump);
+    for (std::size_t size = 8; size < dump.size(); size += 97) {
+        auto const text = dump.substr(0, size);
+        auto const next = dump.substr(size);
+        std::size_t cuts = 0;
+        FactReader reader;
+        auto const visit = [&](EventText const& event) {
+            cuts += !event.isOutside && reader.read(event).cutLine != 0 ? 1 : 0;
+        };
+        forEachEventOf(text, visit);
+        EXPECT_EQ(cuts, next.starts_with("Begin: ") ? 0U : 1U) << "cut at " << size;
+        for (auto const& finding : findingsOf(text)) {
+            EXPECT_TRUE(whole.contains(finding) || finding.starts_with("cut-short "))
+                << finding << " in a dump cut at " << size;
+        }
+    }
+}
+
+TEST(Reading, takesListsApartByTheirRulers) {
+    ModuleText text;
+    text.read("  Names of the \xc3\xbc"
+              "bliche\n"
+              "    Nam\xc3\xa9   Number\n"
+              "    -----  ------\n"
+              "    J\xc3\xbcrgn       7\n"
+              "  > \xff x         8\n"
+              "  Others: 9 z\n",
+              10);
+    ASSERT_EQ(text.tables().size(), 1U);
+    auto const& table = text.tables()[0];
+    EXPECT_EQ(table.heading(0), "Nam\xc3\xa9");
+    ASSERT_EQ(table.rowCount, 2U);
+    EXPECT_EQ(table.cell(0, "Number"), "7");
+    EXPECT_EQ(table.cell(1, "Number"), "8");
+    EXPECT_EQ(table.markedRow, 1U);
+    EXPECT_EQ(table.lineOf(1), 14U);
+    EXPECT_EQ(text.items().back().text, "  Others: 9 z");
+}
+
+} // namespace
+
+} // namespace reader
