@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test test-long fuzz soak coverage bench bench-host package golden format tidy clean packages
+.PHONY: help build demo test test-long fuzz soak coverage bench bench-host bench-reader package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -100,6 +100,11 @@ bench-host: packages ## measure pipeline-host against simdjson alone, and what l
 	@cmake --build --preset bench --target host_bench modules_load modules/all
 	build/bench/bin/host_bench build/bench/bin/pipeline-host build/bench/edrs 200000 7 50
 	build/bench/bin/modules_load modules/reference-schema.sql build/bench/accounts.db
+
+bench-reader: build ## measure datadump against grep on a dump of a gigabyte
+	@tools/install-packages python3
+	@mkdir -p build/bench/reader
+	bench/compare-reader build/release/bin/datadump build/release/bin/pipeline-host build/bench/reader
 
 package: build ## make the Debian packages, in build/package
 	@cd build/release && cpack -B $(CURDIR)/build/package

@@ -131,10 +131,13 @@ std::string_view withoutLastLine(std::string_view text, LineNumber firstLine,
 struct FactReader::Kept {
     struct CatalogueObject {
         std::string text;
+        LineNumber lines = 0;
         MemoryObject object;
     };
 
+    // By a hash of its text, and the last one by a hash of its first line.
     std::unordered_map<std::uint64_t, std::unique_ptr<CatalogueObject>> catalogue;
+    std::unordered_map<std::uint64_t, CatalogueObject const*> byFirstLine;
     std::size_t catalogueBytes = 0;
     std::deque<MemoryObject> objects;
     std::size_t usedObjects = 0;
@@ -146,6 +149,7 @@ struct FactReader::Kept {
         usedTexts = 0;
         if (catalogueBytes > mostKeptBytes) {
             catalogue.clear();
+            byFirstLine.clear();
             catalogueBytes = 0;
         }
     }
@@ -205,8 +209,14 @@ private:
     void readOwnDiscounts(std::string_view text);
     void readSharing(std::string_view text);
     void readObjects(std::string_view text, LineNumber line, HeldMemory& memory);
-    std::size_t readObject(std::string_view text, LineNumber line, AskedKind kind,
-                           HeldMemory& memory);
+    struct ObjectSize {
+        std::size_t bytes;
+        LineNumber lines;
+    };
+    ObjectSize readObject(std::string_view text, LineNumber line, AskedKind kind,
+                          HeldMemory& memory);
+    Kept::CatalogueObject const* knownObject(std::string_view text, std::string_view firstLine,
+                                             AskedKind kind) const;
     void readObjectList(std::string_view text, LineNumber line, AskedKind kind, HeldMemory& memory);
     MemoryObject const& takeApart(std::string_view text, AskedKind kind);
     void compareCodesWithAsked();
@@ -648,7 +658,6 @@ void FactReader::Reading::readObjects(std::string_view text, LineNumber firstLin
     auto asked = nothing;
     Lines lines(text, firstLine);
     std::string_view line;
-    std::size_t readTo = 0; // what is before it has been read
     std::size_t listBegin = text.size();
     LineNumber listLine = 0;
     auto const endList = [&](std::size_t end) {
@@ -658,7 +667,7 @@ void FactReader::Reading::readObjects(std::string_view text, LineNumber firstLin
         listBegin = text.size();
     };
     while (lines.next(line)) {
-        if (lines.begin() < readTo || line.empty()) {
+        if (line.empty()) {
             continue;
         }
         std::string_view count;
@@ -677,8 +686,8 @@ void FactReader::Reading::readObjects(std::string_view text, LineNumber firstLin
             }
         } else if (asked != nothing && asked != discounts && asked != sponsorships &&
                    line.starts_with(askedObjects[asked].begin)) {
-            readTo = lines.begin() +
-                     readObject(text.substr(lines.begin()), lines.number(), asked, memory);
+            auto const size = readObject(text.substr(lines.begin()), lines.number(), asked, memory);
+            lines.skipTo(lines.begin() + size.bytes, size.lines);
         } else if (isSectionLine(line)) {
             reportUnplaced(lines.number(), line, "a module's text stands here");
         }
@@ -686,23 +695,41 @@ void FactReader::Reading::readObjects(std::string_view text, LineNumber firstLin
     endList(text.size());
 }
 
-// Returns the size of the object's text.
-std::size_t FactReader::Reading::readObject(std::string_view text, LineNumber line, AskedKind kind,
-                                            HeldMemory& memory) {
-    auto const indent = indentOf(text);
-    Lines lines(text, line);
-    std::string_view next;
-    lines.next(next);
-    auto end = lines.end();
-    while (lines.next(next) && indentOf(next) > indent) {
-        end = lines.end();
+// The kept object whose text stands here, when the text ends there as the object does.
+FactReader::Kept::CatalogueObject const*
+FactReader::Reading::knownObject(std::string_view text, std::string_view firstLine,
+                                 AskedKind kind) const {
+    auto const found = keptM.byFirstLine.find(hashOf(firstLine, kind));
+    if (found == keptM.byFirstLine.end() || !text.starts_with(found->second->text)) {
+        return nullptr;
     }
-    auto const& object = takeApart(text.substr(0, end), kind);
+    auto const rest = text.substr(found->second->text.size());
+    return !rest.empty() && indentOf(rest) <= indentOf(firstLine) ? found->second : nullptr;
+}
+
+// Returns the size of the object's text.
+FactReader::Reading::ObjectSize FactReader::Reading::readObject(std::string_view text,
+                                                                LineNumber line, AskedKind kind,
+                                                                HeldMemory& memory) {
     auto& objects = kind == prices   ? factsM.priceModelMemory
                     : kind == groups ? memory.balanceGroups
                                      : memory.discountModels;
-    objects.push_back({&object, line});
-    return end;
+    Lines lines(text, line);
+    std::string_view next;
+    lines.next(next);
+    if (auto const* const known = kind == groups ? nullptr : knownObject(text, next, kind)) {
+        objects.push_back({&known->object, line});
+        return {known->text.size(), known->lines};
+    }
+    auto const indent = indentOf(next);
+    auto end = lines.end();
+    LineNumber count = 1;
+    while (lines.next(next) && indentOf(next) > indent) {
+        end = lines.end();
+        ++count;
+    }
+    objects.push_back({&takeApart(text.substr(0, end), kind), line});
+    return {end, count};
 }
 
 MemoryObject const& FactReader::Reading::takeApart(std::string_view text, AskedKind kind) {
@@ -729,8 +756,10 @@ MemoryObject const& FactReader::Reading::takeApart(std::string_view text, AskedK
     if (kept == nullptr) {
         kept = std::make_unique<Kept::CatalogueObject>();
         kept->text = text;
+        kept->lines = lineEndsIn(text);
         keptM.catalogueBytes += text.size() * 3;
         fill(kept->object, kept->text);
+        keptM.byFirstLine[hashOf(text.substr(0, text.find('\n')), kind)] = kept.get();
     } else if (kept->text != text) {
         auto& object = keptM.object();
         fill(object, text);

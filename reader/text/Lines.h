@@ -53,6 +53,12 @@ public:
         return true;
     }
 
+    // Goes on at a place further on, so many lines after the begin of the present line.
+    void skipTo(std::size_t end, LineNumber lines) {
+        nextM = end;
+        numberM += lines - 1;
+    }
+
     // Of the line that was given last.
     LineNumber number() const noexcept { return numberM; }
     std::size_t begin() const noexcept { return beginM; }
