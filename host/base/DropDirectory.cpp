@@ -50,13 +50,28 @@ DropDirectory::DropDirectory(std::filesystem::path directory)
 }
 
 std::vector<std::string> DropDirectory::completeFiles(std::string_view suffix) const {
+    return entries(suffix, [](auto type) { return type == std::filesystem::file_type::regular; });
+}
+
+std::vector<std::string> DropDirectory::strangeEntries(std::string_view suffix) const {
+    return entries(suffix, [](auto type) {
+        using std::filesystem::file_type;
+        return type != file_type::regular && type != file_type::directory &&
+               type != file_type::not_found;
+    });
+}
+
+std::vector<std::string>
+DropDirectory::entries(std::string_view suffix,
+                       bool (*isWanted)(std::filesystem::file_type)) const {
     std::vector<std::string> names;
     std::error_code error;
-    std::filesystem::directory_iterator entries(pathM, error);
-    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
-        auto name = entries->path().filename().string();
+    std::filesystem::directory_iterator entry(pathM, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        auto name = entry->path().filename().string();
         std::error_code gone; // files may vanish
-        if (name.ends_with(suffix) && isCompleteName(name) && entries->is_regular_file(gone)) {
+        if (name.ends_with(suffix) && isCompleteName(name) &&
+            isWanted(entry->symlink_status(gone).type())) {
             names.push_back(std::move(name));
         }
     }

@@ -29,8 +29,13 @@ public:
     // The names of the complete files that end in the suffix, in the order of their bytes. Throws a
     // BAS::Status when the directory can't be read.
     std::vector<std::string> completeFiles(std::string_view suffix = {}) const;
+    // Likewise those that only look like files: links, FIFOs and the like, not directories.
+    std::vector<std::string> strangeEntries(std::string_view suffix = {}) const;
 
 private:
+    std::vector<std::string> entries(std::string_view suffix,
+                                     bool (*isWanted)(std::filesystem::file_type)) const;
+
     std::filesystem::path pathM;
     FileDescriptor lockM;
     DirectoryWatch changesM;

@@ -22,14 +22,19 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_REG_SUBTREE_NOT_FOUND", "The registry has no subtree '%1'."},
     {"ERR_REG_ENTRY_NOT_FOUND", "The mandatory registry key '%1' is missing."},
     {"ERR_PLUGIN_TYPE_INVALID",
-     "The module '%1' doesn't exist or is of another type than the registry key requires."},
-    {"ERR_DATA_PLUGIN_NOT_FOUND", "There is no data module '%1'."},
+     "The module '%1' doesn't exist in the data pool or is of another kind than the registry key "
+     "requires: a key names the kind that it expects, such as AccountDataModule a DAT_Account and "
+     "Database a DBC_Database."},
+    {"ERR_DATA_PLUGIN_NOT_FOUND",
+     "There is no data module '%1': expected a name below DataPool in the registry."},
     {"ERR_REG_UPDATE_FAILED", "The registry update of '%1' failed."},
     {"ERR_REG_VALUE_INVALID", "The registry value '%1' is invalid: %2"},
     {"ERR_INIT_EDR_ITERATOR", "No iterator can be made for the EDR block '%1'."},
     {"ERR_DATABASE", "Database error: %1"},
     {"ERR_EMPTY_SERVICE_FIELD_MAP",
-     "The service field map of KWL_PIPELINE, KWL_ALIAS_MAP and KWL_EDRC_FIELD can't be used: %1"},
+     "The service field map can't be used: %1. KWL_PIPELINE must have a row with the pipeline's "
+     "name, KWL_ALIAS_MAP rows with the EDRC_DESC of that row and a customer's REFERENCE, and "
+     "KWL_EDRC_FIELD a row with the FIELD_ID of each."},
     {"ERR_EDR_FIELD_NOT_FOUND",
      "The EDR description has no field '%1' (alias '%2', needed by %3 %4)."},
     {"ERR_EDR_BLOCK_NOT_FOUND",

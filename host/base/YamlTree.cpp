@@ -189,7 +189,10 @@ std::string_view yamlKindName(YamlNode::Kind kind) {
 }
 
 YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems) {
-    auto const bytes = readWholeFile(file);
+    return readYaml(readWholeFile(file), problems);
+}
+
+YamlNode readYaml(std::string const& bytes, Problems& problems) {
     requireText(bytes, problems);
     std::istringstream text(bytes);
     TreeBuilder tree(problems);

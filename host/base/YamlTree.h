@@ -38,5 +38,7 @@ std::string_view yamlKindName(YamlNode::Kind kind);
 // second document are added to the problems. Throws a BAS::Status when the file can't be read, and
 // a StartFailure with the problems so far when it is empty, not valid UTF-8 or not valid YAML.
 YamlNode readYamlFile(std::filesystem::path const& file, Problems& problems);
+// The same from the bytes of a file.
+YamlNode readYaml(std::string const& bytes, Problems& problems);
 
 } // namespace host

@@ -108,6 +108,7 @@ bool CollectedReport::readOn() {
 // There is nothing to read just now.
 bool CollectedReport::waitForMore() {
     auto const now = std::chrono::steady_clock::now();
+    bool const hasReturned = returnedM.isSet(); // before, so that the events are its last
     auto const events = eventsOf(readerM);
     if ((events & POLLIN) != 0) {
         return true;
@@ -117,7 +118,7 @@ bool CollectedReport::waitForMore() {
     if (isAbandonedM) {
         return false;
     }
-    if (!returnedM.isSet()) {
+    if (!hasReturned) {
         // A FIFO that was closed can always be read.
         waitForAny({isClosed ? -1 : readerM.number(), returnedM.descriptor()},
                    isClosed ? Deadline(now + pause) : std::nullopt);

@@ -69,18 +69,40 @@ void CommandDirectory::answerInterrupted() {
 
 // The command files that can be answered. A file whose name is too long is logged once and stays.
 std::vector<std::string> CommandDirectory::waiting() {
+    for (auto const& name : directoryM.strangeEntries(commandSuffix)) {
+        passBy(name, "expected a regular file");
+    }
     auto names = directoryM.completeFiles(commandSuffix);
     std::erase_if(names, [this](std::string const& name) {
         bool const isTooLong = std::filesystem::path(name).stem().native().size() > longestStem;
-        if (isTooLong && passedByM.insert(name).second) {
-            logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
-                                  {name, fmt::format("its name is too long, expected at most {} "
-                                                     "bytes before '{}'",
-                                                     longestStem, commandSuffix)}));
+        if (isTooLong) {
+            passBy(name, fmt::format("its name is too long, expected at most {} bytes before '{}'",
+                                     longestStem, commandSuffix));
         }
-        return isTooLong;
+        return isTooLong || isObstructed(name);
     });
     return names;
+}
+
+void CommandDirectory::passBy(std::string const& name, std::string const& reason) {
+    if (passedByM.insert(name).second) {
+        logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED", {name, reason}));
+    }
+}
+
+// Whether what the host makes of the file has its place taken by something else, such as a
+// directory.
+bool CommandDirectory::isObstructed(std::string const& name) {
+    for (auto const* const suffix : {takenSuffix, resultSuffix}) {
+        auto const file = withSuffix(directoryM.path(), name, suffix);
+        struct stat found = {};
+        if (::lstat(file.c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
+            passBy(name, fmt::format("'{}' is in the way: {}, expected a regular file or none",
+                                     file.filename().string(), fileKindName(found.st_mode)));
+            return true;
+        }
+    }
+    return false;
 }
 
 void CommandDirectory::takeAll(Notification const& stop) {

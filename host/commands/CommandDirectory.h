@@ -57,6 +57,9 @@ private:
 
     void answerInterrupted();
     std::vector<std::string> waiting();
+    // Logs once that the file stays.
+    void passBy(std::string const& name, std::string const& reason);
+    bool isObstructed(std::string const& name);
     void take(std::string const& name);
     void carryOut(std::filesystem::path const& file, std::string const& name);
     void placeReports(File& file);

@@ -1,6 +1,7 @@
 #include "commands/CommandFile.h"
 
 #include "base/EscapedText.h"
+#include "base/WholeFile.h"
 #include "base/YamlTree.h"
 
 namespace host {
@@ -8,6 +9,8 @@ namespace host {
 namespace {
 
 using Kind = YamlNode::Kind;
+
+constexpr std::size_t mostBytes = std::size_t{1} << 20;
 
 void readKeys(YamlMember const& object, Problems& problems, Command& command) {
     if (object.value.kind != Kind::map || object.value.members.empty()) {
@@ -33,7 +36,7 @@ std::string reportSuffix(std::size_t number) {
 
 std::vector<Command> readCommandFile(std::filesystem::path const& file, std::string const& name) {
     Problems problems(name);
-    auto const document = readYamlFile(file, problems);
+    auto const document = readYaml(readWholeFile(openForeignFile(file), name, mostBytes), problems);
     if (document.kind != Kind::map || document.members.empty()) {
         problems.add(document.position,
                      "expected a mapping of objects, each with the keys of its command");

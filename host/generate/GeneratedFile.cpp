@@ -8,7 +8,7 @@ namespace host {
 
 GeneratedFile::GeneratedFile(std::filesystem::path file)
     : fileM(std::move(file)),
-      descriptorM(::open(fileM.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
+      descriptorM(::open(fileM.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
     if (!descriptorM.isOpen()) {
         throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, errno);
     }

@@ -13,7 +13,7 @@ public:
     // remembers the place, and must outlive the object. Throws a BAS::Status when the reject file
     // can't be prepared.
     FileProgress(DirectoryInput const& input, InputDirectory* directory)
-        : rejectsM(input.input.rejectFile, input.start.rejectedBytes), directoryM(directory) {}
+        : rejectsM(input.input, input.start.rejectedBytes), directoryM(directory) {}
 
     void reject(InputPlace const& /*end*/, std::string_view line) override {
         rejectsM.append(line);

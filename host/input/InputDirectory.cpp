@@ -3,6 +3,7 @@
 #include "BAS/LogSink.h"
 #include "base/Failures.h"
 #include "base/Poll.h"
+#include "base/WholeFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,8 +20,12 @@ constexpr char const* rejectSuffix = ".reject";
 constexpr char const* failedSuffix = ".failed";
 
 std::filesystem::path madeDirectory(std::filesystem::path const& directory) {
-    if (::mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST) {
+    if (::mkdir(directory.c_str(), 0750) != 0 && errno != EEXIST) {
         throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, errno);
+    }
+    if (std::filesystem::is_symlink(directory)) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_DIRECTORY_NOT_USABLE",
+                         {directory.string(), "it is a link, expected a directory"});
     }
     DropDirectory::requireUsable(directory);
     return directory;
@@ -29,7 +34,7 @@ std::filesystem::path madeDirectory(std::filesystem::path const& directory) {
 // When the file or its permissions changed; 0 for a missing file.
 std::int64_t timeOfChange(std::filesystem::path const& file) {
     struct stat found = {};
-    return ::stat(file.c_str(), &found) == 0
+    return ::lstat(file.c_str(), &found) == 0
                ? found.st_ctim.tv_sec * 1'000'000'000L + found.st_ctim.tv_nsec
                : 0;
 }
@@ -60,8 +65,9 @@ std::optional<DirectoryInput> InputDirectory::next(Notification const& stop) {
         if (!name) {
             waitForAny({directoryM.changes().descriptor(), stop.descriptor()});
         } else if (begin(*name)) {
-            return DirectoryInput{{pathOf(*name), doneM / (currentM.doneName + rejectSuffix)},
-                                  currentM.position};
+            return DirectoryInput{
+                {pathOf(*name), doneM / (currentM.doneName + rejectSuffix), currentFileM.number()},
+                currentM.position};
         }
     }
     return std::nullopt;
@@ -82,7 +88,19 @@ std::optional<std::string> InputDirectory::nextName() {
     return std::nullopt;
 }
 
+// They are no files of the pipeline's, so that they don't count as failed ones.
+void InputDirectory::reportStrangeEntries() {
+    for (auto const& name : directoryM.strangeEntries()) {
+        auto const changed = timeOfChange(pathOf(name));
+        if (std::exchange(passedByM[name], changed) != changed) {
+            report(makeStatus(BAS::Status::warning, {}, "ERR_FILE_NOT_READABLE",
+                              {pathOf(name).string(), "expected a regular file, it stays"}));
+        }
+    }
+}
+
 void InputDirectory::list() {
+    reportStrangeEntries();
     auto names = directoryM.completeFiles();
     waitingM.assign(std::make_move_iterator(names.begin()), std::make_move_iterator(names.end()));
 }
@@ -108,9 +126,12 @@ void InputDirectory::resume(std::optional<InputState> const& state) {
 
 // Makes the file the current one; returns false when it has vanished.
 bool InputDirectory::begin(std::string const& name) {
-    auto const identity = FileIdentity::of(pathOf(name));
-    if (!identity) {
-        failOnce(name, fileStatus("ERR_FILE_NOT_READABLE", pathOf(name), errno));
+    std::optional<FileIdentity> identity;
+    try {
+        currentFileM = openForeignFile(pathOf(name));
+        identity = FileIdentity::of(currentFileM.number());
+    } catch (BAS::Status const& status) {
+        failOnce(name, status);
         return false;
     }
     bool const isInterrupted = currentM.position.bytes > 0 && currentM.name == name;

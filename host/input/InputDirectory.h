@@ -52,6 +52,7 @@ public:
     bool hasFailed() const noexcept { return hasFailedM; }
 
 private:
+    void reportStrangeEntries();
     std::optional<std::string> nextName();
     void list();
     bool begin(std::string const& name);
@@ -69,6 +70,7 @@ private:
     BAS::LogSink& logM;
     InputStateFile stateFileM;
     InputState currentM;
+    FileDescriptor currentFileM;
     std::deque<std::string> waitingM; // names, in order
     // Files that stay: the inode's time of change when they were tried.
     std::map<std::string, std::int64_t> passedByM;

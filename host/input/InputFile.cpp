@@ -40,12 +40,18 @@ BAS::Status damage(std::filesystem::path const& file, std::string const& reason)
     return makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_READABLE", {file.string(), reason});
 }
 
+int openInput(std::filesystem::path const& file, std::optional<int> opened) {
+    if (file == "-") {
+        opened = STDIN_FILENO;
+    }
+    return opened ? ::fcntl(*opened, F_DUPFD_CLOEXEC, 0)
+                  : ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+}
+
 } // namespace
 
-InputFile::InputFile(std::filesystem::path file, Ends ends)
-    : fileM(std::move(file)), endsM(ends),
-      descriptorM(fileM == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                               : ::open(fileM.c_str(), O_RDONLY | O_CLOEXEC)) {
+InputFile::InputFile(std::filesystem::path file, std::optional<int> opened, Ends ends)
+    : fileM(std::move(file)), endsM(ends), descriptorM(openInput(fileM, opened)) {
     if (!descriptorM.isOpen()) {
         throw fileStatus("ERR_FILE_NOT_READABLE", fileM, errno);
     }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -25,9 +26,9 @@ public:
         Notification const* abandoned = nullptr; // in any case
     };
 
-    // The path "-" is standard input. The notifications must outlive the object. Throws a
-    // BAS::Status when the file can't be opened.
-    InputFile(std::filesystem::path file, Ends ends);
+    // The path "-" is standard input; a descriptor is that of the file when it is open already. The
+    // notifications must outlive the object. Throws a BAS::Status when the file can't be opened.
+    InputFile(std::filesystem::path file, std::optional<int> opened, Ends ends);
 
     // Waits for bytes and returns how many there are, 0 at the end. Throws a BAS::Status when
     // reading fails and when compressed data are damaged or truncated, after earlier calls have

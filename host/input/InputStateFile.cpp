@@ -34,22 +34,35 @@ std::optional<InputState> parse(std::string const& record) {
     return state;
 }
 
+FileIdentity identityOf(struct stat const& found) {
+    return {found.st_ino, static_cast<std::uint64_t>(found.st_size),
+            found.st_mtim.tv_sec * 1'000'000'000L + found.st_mtim.tv_nsec};
+}
+
 } // namespace
 
 std::optional<FileIdentity> FileIdentity::of(std::filesystem::path const& file) {
     struct stat found = {};
-    if (::stat(file.c_str(), &found) != 0) {
-        return std::nullopt;
-    }
-    return FileIdentity{found.st_ino, static_cast<std::uint64_t>(found.st_size),
-                        found.st_mtim.tv_sec * 1'000'000'000L + found.st_mtim.tv_nsec};
+    return ::lstat(file.c_str(), &found) == 0 ? std::optional(identityOf(found)) : std::nullopt;
+}
+
+std::optional<FileIdentity> FileIdentity::of(int descriptor) {
+    struct stat found = {};
+    return ::fstat(descriptor, &found) == 0 ? std::optional(identityOf(found)) : std::nullopt;
 }
 
 InputStateFile::InputStateFile(std::filesystem::path file)
     : fileM(std::move(file)),
-      descriptorM(::open(fileM.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+      descriptorM(
+          ::open(fileM.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0640)) {
     if (!descriptorM.isOpen()) {
         throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, errno);
+    }
+    struct stat found = {};
+    if (::fstat(descriptorM.number(), &found) != 0 || !S_ISREG(found.st_mode) ||
+        found.st_nlink > 1) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_WRITABLE",
+                         {fileM.string(), "expected a regular file with one name"});
     }
 }
 

@@ -26,6 +26,7 @@ struct FileIdentity {
 
     // Nothing when the file can't be examined, with the reason in errno.
     static std::optional<FileIdentity> of(std::filesystem::path const& file);
+    static std::optional<FileIdentity> of(int descriptor);
     bool operator==(FileIdentity const&) const = default;
 };
 

@@ -26,7 +26,7 @@ bool isBlank(std::string_view text) {
 PortionReader::PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
                              EDR::Description const& description, Notification const* stop,
                              std::uint64_t start)
-    : inputM(input), pipelineM(pipeline), fileM(input.file, {stop, &abandonedM}),
+    : inputM(input), pipelineM(pipeline), fileM(input.file, input.descriptor, {stop, &abandonedM}),
       linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description) {
     while (linesM.offset() < start && linesM.nextLine()) {
         while (linesM.nextPiece()) {

@@ -3,9 +3,13 @@
 #pragma once
 
 #include "base/FileDescriptor.h"
+#include "registry/Registry.h"
+
+#include <sys/stat.h>
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 namespace host {
@@ -13,7 +17,7 @@ namespace host {
 class RejectFile {
 public:
     // Cuts an old file to the given size. Throws a BAS::Status when it can't be removed or cut.
-    explicit RejectFile(std::filesystem::path file, std::uint64_t keptBytes = 0);
+    explicit RejectFile(InputConfiguration const& input, std::uint64_t keptBytes = 0);
 
     // Throws a BAS::Status when the bytes can't be written.
     void append(std::string_view bytes);
@@ -23,7 +27,11 @@ public:
     std::uint64_t size() const noexcept { return sizeM; }
 
 private:
+    void open();
+    void allowWhatTheInputAllows() const;
+
     std::filesystem::path fileM;
+    std::optional<struct stat> inputM; // nothing of standard input
     FileDescriptor descriptorM;
     std::uint64_t sizeM = 0;
 };

@@ -129,6 +129,7 @@ ExitCode run(CommandLine& commandLine, Logs& logs) {
     }
     CommandExecutor executor(host, stop);
     Service service(host, executor, stop, progress ? &*progress : nullptr);
+    host.logStarted();
     service.run();
     auto const results = executeAtEnd(executor, commandLine);
     host.logSummaries();

@@ -24,6 +24,7 @@ struct ModuleConfiguration {
 struct InputConfiguration {
     std::filesystem::path file; // "-" is standard input
     std::filesystem::path rejectFile;
+    std::optional<int> descriptor = {}; // of the file, if it is open already; stays its owner's
 };
 
 struct PipelineConfiguration {

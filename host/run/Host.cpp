@@ -56,6 +56,9 @@ void Host::start() {
             throw StartFailure{problemsM};
         }
     }
+}
+
+void Host::logStarted() const {
     logM.write(makeStatus(BAS::Status::info, {}, "MSG_STARTED",
                           {std::to_string(registryM.configuration.dataPool.size()),
                            std::to_string(pipelinesM.size())}));

@@ -47,6 +47,8 @@ public:
     // Only after the start.
     DataPool& dataPool() const noexcept { return *dataPoolM; }
 
+    // Once its directories are its own, too.
+    void logStarted() const;
     void logSummaries() const;
 
     // An input, a reject file or a pipeline's log failed.
