@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <zlib.h>
 
 #include <sstream>
 
@@ -18,6 +19,12 @@ constexpr char padding = '\n';
 // Not allowed in a file name.
 constexpr char nameEnd = '/';
 
+// What stands after the state and tells whether it is as it was written.
+std::string checkSumOf(std::string_view state) {
+    auto const* const bytes = reinterpret_cast<Bytef const*>(state.data());
+    return fmt::format("{:08x}", ::crc32_z(0, bytes, state.size()));
+}
+
 std::optional<InputState> parse(std::string const& record) {
     InputState state;
     std::istringstream text(record);
@@ -28,7 +35,10 @@ std::optional<InputState> parse(std::string const& record) {
     text.ignore(1); // the blank before the names
     std::getline(text, state.name, nameEnd);
     std::getline(text, state.doneName, nameEnd);
-    if (!text || text.eof() || state.name.empty() || state.doneName.empty()) {
+    auto const end = text.tellg();
+    std::string checkSum;
+    text >> checkSum;
+    if (!text || checkSum != checkSumOf(record.substr(0, static_cast<std::size_t>(end)))) {
         return std::nullopt;
     }
     return state;
@@ -74,9 +84,11 @@ std::optional<InputState> InputStateFile::read() const {
 }
 
 void InputStateFile::write(InputState const& state) {
-    writeRecord(fmt::format("{} {} {} {} {} {}{}{}{}", state.position.bytes,
-                            state.position.rejectedBytes, state.identity.inode, state.identity.size,
-                            state.identity.modified, state.name, nameEnd, state.doneName, nameEnd));
+    auto const text =
+        fmt::format("{} {} {} {} {} {}{}{}{}", state.position.bytes, state.position.rejectedBytes,
+                    state.identity.inode, state.identity.size, state.identity.modified, state.name,
+                    nameEnd, state.doneName, nameEnd);
+    writeRecord(text + checkSumOf(text));
 }
 
 void InputStateFile::clear() {

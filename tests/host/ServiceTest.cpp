@@ -75,6 +75,62 @@ TEST_F(Service, GoesOnBehindTheLastFinishedBatch) {
     }
 }
 
+// A state that is damaged, or isn't of the file, is none: the file is read from its beginning.
+TEST_F(Service, BeginsAFileAnewWithoutASoundStateOfIt) {
+    writeRegistry("{Directory: in}", gate());
+    drop("in/x.jsonl", edrs(4));
+    {
+        HostProcess host(directoryM.path(), {"run", "r.yaml"});
+        openGate(1);
+        ASSERT_TRUE(waitForText("trace", "at gate", 2)); // the second batch has begun
+        host.signal(SIGKILL);
+        host.wait();
+    }
+    writeRegistry("{Directory: in}");
+    auto const good = directoryM.read("in/done/.state");
+    auto const changed = [&](std::size_t at, char byte) {
+        auto state = good;
+        state.at(at) = byte;
+        return state;
+    };
+    auto const name = good.find("x.jsonl/");
+    ASSERT_LT(name, good.size());
+    struct {
+        std::string state;
+        std::size_t batches;
+        std::time_t modified = 0; // the input, since
+    } const cases[] = {
+        {good, 1},
+        {"", 2},
+        {std::string(good.size(), '\0'), 2},
+        {std::string(5000, '\xff'), 2},
+        {good.substr(0, name), 2},
+        {"-" + good, 2},
+        {"9" + good, 2},
+        {changed(0, '1'), 2}, // the position within the file
+        {changed(name - 3, 'x'), 2},
+        {changed(name, 'y'), 2},
+        {changed(name + 9, 'y'), 2}, // the name when it is done
+        {good, 2, 1},
+    };
+    for (auto const& each : cases) {
+        SCOPED_TRACE(each.state.substr(0, 100));
+        directoryM.write("trace", "");
+        directoryM.write("in/done/.state", each.state);
+        if (each.modified != 0) {
+            timespec const times[] = {{each.modified, 0}, {each.modified, 0}};
+            ASSERT_EQ(::utimensat(AT_FDCWD, pathOf("in/x.jsonl").c_str(), times, 0), 0);
+        }
+        HostProcess host(directoryM.path(), {"run", "r.yaml"});
+        ASSERT_TRUE(waitForFile("in/done/x.jsonl"));
+        host.signal(SIGTERM);
+        EXPECT_EQ(host.wait(), 0);
+        EXPECT_EQ(count(directoryM.read("trace"), "batch of 2\n"), each.batches);
+        EXPECT_EQ(count(directoryM.read("err"), "ERR_INPUT_CHANGED"), each.modified != 0);
+        std::filesystem::rename(pathOf("in/done/x.jsonl"), pathOf("in/x.jsonl"));
+    }
+}
+
 TEST_F(Service, SurvivesFilesThatVanishOrCantBeRead) {
     writeRegistry("{Directory: in}", gate());
     drop("in/a.jsonl", edrs(2));
