@@ -112,6 +112,11 @@ void Reloader::read(Reload& reload, std::stop_token const& stop) {
     }
     if (reload.failure) {
         reload.newData.clear();
+        // Whatever a module that was interrupted took for the reason.
+        if (stop.stop_requested()) {
+            reload.failure = makeStatus(BAS::Status::error, reload.failure->objectName(),
+                                        "ERR_RELOAD_GIVEN_UP", {});
+        }
     }
 }
 

@@ -26,9 +26,9 @@ public:
     bool shutdown() override { return traceM.step("shutdown"); }
 
 private:
-    void load(DAT::LoadSession& /*session*/, Lines& lines, DAT::LoadReport& report) const override {
+    void load(DAT::LoadSession& session, Lines& lines, DAT::LoadReport& report) const override {
         if (isLoadedM.exchange(true) && traceM.has("Gate")) {
-            traceM.passGate();
+            traceM.passGate(session.stop());
         }
         auto const* const file = registry() == nullptr ? nullptr : registry()->find("File");
         if (file == nullptr) {

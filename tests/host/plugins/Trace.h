@@ -6,11 +6,14 @@
 #include "BAS/RegistryEntry.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 #include <new>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 
 class Trace {
@@ -29,15 +32,19 @@ public:
 
     bool has(char const* key) const { return !value(key).empty(); }
 
-    // Waits for a byte from the FIFO that the key "Gate" names.
-    void passGate() const {
+    // Waits for a byte from the FIFO that the key "Gate" names, which the test has open. Throws
+    // when a stop is requested meanwhile.
+    void passGate(std::stop_token const& stop = {}) const {
         note("at gate");
         char byte = 0;
-        int const gate = ::open(value("Gate").c_str(), O_RDONLY);
-        if (::read(gate, &byte, 1) != 1) {
-            throw std::runtime_error("the gate is broken");
+        pollfd gate{::open(value("Gate").c_str(), O_RDONLY | O_NONBLOCK), POLLIN, 0};
+        while (::read(gate.fd, &byte, 1) != 1) {
+            if (stop.stop_requested() || (errno != EAGAIN && errno != EINTR)) {
+                throw std::runtime_error("the gate is closed");
+            }
+            ::poll(&gate, 1, 20);
         }
-        ::close(gate);
+        ::close(gate.fd);
     }
 
     // Notes the step, throws if that is wanted, and returns false if a failure is.
