@@ -24,16 +24,18 @@ struct ExitCodeMeaning {
 // As --help prints them.
 inline constexpr std::array exitCodeMeanings = {
     ExitCodeMeaning{done, "done"},
-    ExitCodeMeaning{doneWithFaults,
-                    "done, but input was rejected, a command was not handled, or a plug-in threw;\n"
-                    "for a run that a signal ended only the commands of --at-end count"},
+    ExitCodeMeaning{
+        doneWithFaults,
+        "done, but input was rejected, a command was not Faultless, or a plug-in threw;\n"
+        "for a run that a signal ended only the commands of --at-end count"},
     ExitCodeMeaning{usageWrong, "the command line is wrong"},
     ExitCodeMeaning{startFailed,
                     "the start failed, or a check found a problem; every problem is on\n"
                     "standard error"},
     ExitCodeMeaning{inputOrOutputFailed,
                     "an input of Files, a reject file, a result, a state, a log, a generated file\n"
-                    "or standard output failed"},
+                    "or standard output failed, or a command was still at work\n"
+                    "Commands.StopTimeout after a signal"},
     ExitCodeMeaning{noAnswer, "no host answered the command of send in time"},
     ExitCodeMeaning{interrupted, "a second signal ended the run at once, or a signal ended the\n"
                                  "waiting of send"},
