@@ -141,6 +141,11 @@ RegistryEntry const* RegisteredObject::registry() const {
     return entry;
 }
 
+bool RegisteredObject::isValid() const {
+    std::lock_guard const guard(isValidLockerCM);
+    return isValidM;
+}
+
 String RegisteredObject::name() const {
     std::lock_guard const guard(nameLockerCM);
     return nameM;

@@ -64,6 +64,8 @@ public:
     // The subtree of the registry with this object's name, or null.
     RegistryEntry const* registry() const;
 
+    // Whether the object's start succeeded, without asking the object itself. Any thread.
+    bool isValid() const;
     // Copies, taken under the locks.
     String name() const;
     Status status() const;

@@ -36,7 +36,7 @@ inline constexpr std::array exitCodeMeanings = {
                     "an input of Files, a reject file, a result, a state, a log, a generated file\n"
                     "or standard output failed, or a command was still at work\n"
                     "Commands.StopTimeout after a signal"},
-    ExitCodeMeaning{noAnswer, "no host answered the command of send in time"},
+    ExitCodeMeaning{noAnswer, "no host answered the command of send in time, or status found none"},
     ExitCodeMeaning{interrupted, "a second signal ended the run at once, or a signal ended the\n"
                                  "waiting of send"},
 };

@@ -66,6 +66,11 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_DIRECTORY_IN_USE", "The directory '%1' is in use by another host or pipeline."},
     {"ERR_NO_COMMAND_DIRECTORY",
      "The registry '%1' has no command directory: expected 'Commands: {Directory: ...}'."},
+    {"ERR_NO_STATUS_FILE",
+     "The registry '%1' names no place for the status: expected 'Commands: {Directory: ...}' or "
+     "'Status: {File: ...}'."},
+    {"ERR_STATUS_FILE_IN_USE", "The status file '%1' is that of another host that runs."},
+    {"ERR_NO_HOST", "No host runs that shows its status in '%1'."},
     {"ERR_SYSTEM", "%1 failed: %2"},
     {"ERR_PROGRAM_FAILED", "The program failed: %1"},
     {"ERR_MODULE_KIND_WRONG", "The module '%1' is of the wrong kind: expected %2, got %3."},
@@ -88,6 +93,10 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "%1:%2: %3 unknown fields were reported; further ones are ignored silently."},
     {"ERR_BATCH_FAILED", "The plug-in threw while it processed a batch: %1"},
     {"ERR_PIPELINE_FAILED", "The pipeline stopped: %1"},
+    {"ERR_BATCH_STUCK",
+     "The plug-in has had a batch for %1 seconds, longer than the %2 of Watchdog.BatchSeconds; the "
+     "host counts as stuck."},
+    {"MSG_BATCH_DONE", "The batch in which the host counted as stuck is done."},
     {"MSG_COMMAND_RESULT", "%1"},
     {"ERR_COMMAND_REJECTED", "%1"},
     {"ERR_COMMAND_FILE_NOT_OPENED", "The command '%1' names '%2', which wasn't written: %3"},

@@ -1,6 +1,7 @@
 #include "commands/CommandReport.h"
 
 #include "base/EscapedText.h"
+#include "base/JsonText.h"
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
 #include "base/TimeText.h"
@@ -8,14 +9,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <utility>
 
 namespace host {
 
 namespace {
-
-// A key and its value, which JSON and YAML both read.
-using Members = std::vector<std::pair<std::string_view, std::string>>;
 
 std::string verdictOf(CommandResult const& result) {
     return result.fault ? "not handled" : result.isHandled ? "handled" : "rejected";
@@ -44,42 +41,12 @@ std::string completenessText(Completeness completeness) {
                                                : quotedText("unknown");
 }
 
-std::string joined(std::vector<std::string> const& parts) {
-    return fmt::format("{}", fmt::join(parts, ", "));
-}
-
-std::string object(Members const& members) {
-    std::vector<std::string> parts;
-    for (auto const& [key, value] : members) {
-        parts.push_back(quotedText(key) + ": " + value);
-    }
-    return "{" + joined(parts) + "}";
-}
-
-std::string keysObject(CommandResult const& result) {
-    std::vector<std::string> parts;
-    for (auto const& key : result.keys) {
-        parts.push_back(quotedText(key.name) + ": " + quotedText(key.value));
-    }
-    return "{" + joined(parts) + "}";
-}
-
-std::string truth(bool value) {
-    return value ? "true" : "false";
-}
-
-std::string statusObject(BAS::Status const& status) {
-    return object({{"Message", quotedText(status.messageName().view())},
-                   {"Level", quotedText(levelName(status.severity()))},
-                   {"Text", quotedText(messageText(status))}});
-}
-
 std::string filesArray(std::vector<NamedFile> const& files) {
     std::vector<std::string> parts;
     for (auto const& file : files) {
-        Members members = {{"Key", quotedText(file.key)},
-                           {"Path", quotedText(file.path.string())},
-                           {"Opened", truth(file.isOpened)}};
+        JsonMembers members = {{"Key", quotedText(file.key)},
+                               {"Path", quotedText(file.path.string())},
+                               {"Opened", jsonTruth(file.isOpened)}};
         if (file.isOpened) {
             members.emplace_back("Size", std::to_string(file.size));
         }
@@ -87,9 +54,9 @@ std::string filesArray(std::vector<NamedFile> const& files) {
         if (!file.reason.empty()) {
             members.emplace_back("Reason", quotedText(file.reason));
         }
-        parts.push_back(object(members));
+        parts.push_back(jsonObject(members));
     }
-    return "[" + joined(parts) + "]";
+    return jsonArray(parts);
 }
 
 std::string namesArray(std::vector<std::string> const& names) {
@@ -98,22 +65,23 @@ std::string namesArray(std::vector<std::string> const& names) {
     for (auto const& name : names) {
         parts.push_back(quotedText(name));
     }
-    return "[" + joined(parts) + "]";
+    return jsonArray(parts);
 }
 
-Members membersOf(CommandResult const& result) {
-    Members members = {{"Object", quotedText(result.object)},
-                       {"Keys", keysObject(result)},
-                       {"Verdict", quotedText(verdictOf(result))}};
+// Keys with values that JSON and YAML both read.
+JsonMembers membersOf(CommandResult const& result) {
+    JsonMembers members = {{"Object", quotedText(result.object)},
+                           {"Keys", keysJson(result)},
+                           {"Verdict", quotedText(verdictOf(result))}};
     if (result.fault) {
         members.emplace_back("Reason", quotedText(*result.fault));
     }
-    members.emplace_back("WorkDone", truth(result.isWorkDone));
+    members.emplace_back("WorkDone", jsonTruth(result.isWorkDone));
     if (!result.ignoredKeys.empty()) {
         members.emplace_back("Ignored", namesArray(result.ignoredKeys));
     }
     if (result.status) {
-        members.emplace_back("Status", statusObject(*result.status));
+        members.emplace_back("Status", jsonStatus(*result.status));
     }
     members.emplace_back("Files", filesArray(result.files));
     members.emplace_back("Time", quotedText(timeText(result.time)));
@@ -139,10 +107,10 @@ std::vector<std::string_view> linesOf(std::string_view text) {
 } // namespace
 
 std::string statusJson(BAS::Status const& status) {
-    return object({{"Object", quotedText(status.objectName().view())},
-                   {"Message", quotedText(status.messageName().view())},
-                   {"Level", quotedText(levelName(status.severity()))},
-                   {"Text", quotedText(messageText(status))}});
+    return jsonObject({{"Object", quotedText(status.objectName().view())},
+                       {"Message", quotedText(status.messageName().view())},
+                       {"Level", quotedText(levelName(status.severity()))},
+                       {"Text", quotedText(messageText(status))}});
 }
 
 std::string resultText(CommandResult const& result) {
@@ -164,7 +132,15 @@ std::string resultText(CommandResult const& result) {
 }
 
 std::string resultJson(CommandResult const& result) {
-    return object(membersOf(result));
+    return jsonObject(membersOf(result));
+}
+
+std::string keysJson(CommandResult const& result) {
+    JsonMembers members;
+    for (auto const& key : result.keys) {
+        members.emplace_back(key.name, quotedText(key.value));
+    }
+    return jsonObject(members);
 }
 
 std::string resultFileText(std::string_view commandFile,
@@ -197,8 +173,8 @@ std::string problemFileText(std::string_view commandFile,
 std::string resultFileJson(std::string_view resultFile) {
     constexpr std::string_view item = "  - ";
     constexpr std::string_view member = "    ";
-    Members head;
-    std::vector<Members> results;
+    JsonMembers head;
+    std::vector<JsonMembers> results;
     std::vector<std::string> problems;
     for (auto const line : linesOf(resultFile)) {
         auto const text = line.substr(line.find_first_not_of(" -"));
@@ -219,11 +195,11 @@ std::string resultFileJson(std::string_view resultFile) {
     }
     std::vector<std::string> objects;
     for (auto const& result : results) {
-        objects.push_back(object(result));
+        objects.push_back(jsonObject(result));
     }
     auto const& list = problems.empty() ? objects : problems;
-    head.emplace_back(problems.empty() ? "Results" : "Problems", "[" + joined(list) + "]");
-    return object(head) + "\n";
+    head.emplace_back(problems.empty() ? "Results" : "Problems", jsonArray(list));
+    return jsonObject(head) + "\n";
 }
 
 } // namespace host

@@ -17,6 +17,8 @@ std::string statusJson(BAS::Status const& status);
 
 // As one JSON object.
 std::string resultJson(CommandResult const& result);
+// Its keys with their values, as one JSON object.
+std::string keysJson(CommandResult const& result);
 
 // The result file of a command file, in YAML.
 std::string resultFileText(std::string_view commandFile, std::vector<CommandResult> const& results);

@@ -34,6 +34,11 @@ constexpr char const* sendExamples =
     "      DumpEvents=/tmp/events.txt\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
     "      ClearData --timeout 5\n";
+constexpr char const* statusExamples =
+    "Tells how a running host is doing, also while a command or a batch keeps it busy. It ends\n"
+    "with 75 when no host runs with that registry.\n\nExamples:\n"
+    "  pipeline-host status registry.yaml\n"
+    "  pipeline-host status registry.yaml --json | jq .Pipelines\n";
 constexpr char const* generateExamples =
     "The directory gets EDRs, a registry, the EDR description and the database scripts that\n"
     "belong to them. Customers, services, discounts and sponsors are distributed by Zipf's law\n"
@@ -49,6 +54,7 @@ constexpr std::array verbNames = {
     VerbName{"run", CommandLine::Verb::run},
     VerbName{"check", CommandLine::Verb::check},
     VerbName{"send", CommandLine::Verb::send},
+    VerbName{"status", CommandLine::Verb::status},
     VerbName{"generate", CommandLine::Verb::generate},
 };
 
@@ -152,6 +158,15 @@ void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         ->default_val(commandLine.timeout.count())
         ->check(CLI::Range(0.0, 1e9).description(""));
     send.add_flag("--json", commandLine.isJson, "The result as one line of JSON");
+}
+
+void addStatus(CLI::App& app, Texts& texts, CommandLine& commandLine) {
+    auto& status = *app.add_subcommand("status", "Tell how a running host is doing");
+    status.footer(statusExamples);
+    status.add_option("REGISTRY", texts.registry, "The registry file of the host")
+        ->type_name("")
+        ->required();
+    status.add_flag("--json", commandLine.isJson, "One line of JSON instead of tables");
 }
 
 void addGenerate(CLI::App& app, GenerateOptions& options) {
@@ -259,6 +274,7 @@ std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const
     addRun(app, texts, commandLine);
     addCheck(app, texts, commandLine);
     addSend(app, texts, commandLine);
+    addStatus(app, texts, commandLine);
     addGenerate(app, commandLine.generate);
     std::vector<std::string> const words(argv + std::min(argc, 1), argv + argc);
     if (!words.empty()) {

@@ -15,7 +15,7 @@
 namespace host {
 
 struct CommandLine {
-    enum class Verb { run, check, send, generate };
+    enum class Verb { run, check, send, status, generate };
 
     Verb verb = Verb::run;
     std::filesystem::path registry;

@@ -5,7 +5,7 @@
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
 #include "base/PrivateDirectory.h"
-#include "base/StopSignals.h"
+#include "base/ProcessSignals.h"
 #include "base/Terminal.h"
 #include "commands/CommandReport.h"
 #include "commands/SendCommand.h"
@@ -17,9 +17,13 @@
 #include "run/Host.h"
 #include "run/ProgressLine.h"
 #include "run/Service.h"
+#include "watch/StatusText.h"
+#include "watch/Watchdog.h"
+#include "watch/Watcher.h"
+
+#include <malloc.h>
 
 #include <algorithm>
-#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -105,17 +109,20 @@ void printSummary(Host const& host, CommandLine const& commandLine,
     }
 }
 
-// A write beyond the limit of file sizes, or to a closed pipe, fails like any other instead of
-// killing the process: no report is worth a pipeline.
-void letWritesFail() {
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
+// By default the allocator raises the limit from which blocks go back to the system at once, and a
+// reload, which reads on another thread, can't use the blocks that the start left.
+void giveLargeBlocksBack() {
+    constexpr int leastBytes = 1 << 20;
+    ::mallopt(M_MMAP_THRESHOLD, leastBytes);
 }
 
 ExitCode run(CommandLine& commandLine, Logs& logs) {
-    letWritesFail();
+    giveLargeBlocksBack();
     Notification stop;
-    StopSignals const signals(stop);
+    Bell hangUps;
+    ProcessSignals const signals(stop, hangUps);
+    ServiceManager const manager;
+    Watchdog watchdog(manager, stop);
     auto registry = readRegistry(commandLine.registry);
     if (registry.configuration.processLog) {
         logs.openProcessLog(*registry.configuration.processLog);
@@ -130,6 +137,11 @@ ExitCode run(CommandLine& commandLine, Logs& logs) {
     CommandExecutor executor(host, stop);
     Service service(host, executor, stop, progress ? &*progress : nullptr);
     host.logStarted();
+    Watcher const watcher(host, executor.journal(), commandLine.registry, hangUps, [&] {
+        logs.process().reopen();
+        host.reopenLogs();
+    });
+    WatchedHost const watched(watchdog, host);
     service.run();
     auto const results = executeAtEnd(executor, commandLine);
     host.logSummaries();
@@ -158,6 +170,28 @@ ExitCode send(CommandLine const& commandLine, Logs& logs) {
     }
 }
 
+ExitCode status(CommandLine const& commandLine, Logs& logs) {
+    auto const file = statusFileOf(readRegistry(commandLine.registry).configuration);
+    if (!file) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_NO_STATUS_FILE",
+                         {commandLine.registry.string()});
+    }
+    try {
+        auto const json = readStatusFile(*file);
+        if (!json) {
+            logs.writeToCaller(makeStatus(BAS::Status::error, {}, "ERR_NO_HOST", {file->string()}));
+            return noAnswer;
+        }
+        std::cout << (commandLine.isJson ? *json
+                                         : statusTables(*json, std::chrono::system_clock::now()))
+                  << std::flush;
+        return std::cout ? done : inputOrOutputFailed;
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+        return inputOrOutputFailed;
+    }
+}
+
 ExitCode generate(CommandLine const& commandLine, Logs& logs) {
     try {
         std::cout << generate(commandLine.generate) << std::flush;
@@ -176,6 +210,8 @@ ExitCode perform(CommandLine& commandLine, Logs& logs) {
         return checkRegistry(commandLine.registry, logs.process(), commandLine.isJson);
     case CommandLine::Verb::send:
         return send(commandLine, logs);
+    case CommandLine::Verb::status:
+        return status(commandLine, logs);
     case CommandLine::Verb::generate:
         break;
     }

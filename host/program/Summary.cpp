@@ -1,6 +1,7 @@
 #include "program/Summary.h"
 
 #include "base/EscapedText.h"
+#include "base/TextTable.h"
 #include "commands/CommandReport.h"
 
 #include <fmt/format.h>
@@ -45,27 +46,6 @@ constexpr std::array columns = {
     Column{"Commands", "Commands", &count<&PipelineCounters::commands>},
 };
 
-using Row = std::vector<std::string>;
-
-// The first column to the left, the numbers to the right.
-std::string aligned(std::vector<Row> const& rows) {
-    std::vector<std::size_t> widths(rows.front().size(), 0);
-    for (auto const& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size());
-        }
-    }
-    std::string text;
-    for (auto const& row : rows) {
-        text += fmt::format("{:<{}}", row[0], widths[0]);
-        for (std::size_t i = 1; i < row.size(); ++i) {
-            text += fmt::format("  {:>{}}", row[i], widths[i]);
-        }
-        text += "\n";
-    }
-    return text;
-}
-
 std::string pipelineJson(PipelineRunner const& pipeline) {
     auto const counters = pipeline.counters();
     auto text = "{\"Pipeline\": " + quotedText(pipeline.configuration().name);
@@ -78,7 +58,7 @@ std::string pipelineJson(PipelineRunner const& pipeline) {
 } // namespace
 
 std::string summaryTable(std::vector<std::unique_ptr<PipelineRunner>> const& pipelines) {
-    std::vector<Row> rows = {{"Pipeline"}};
+    std::vector<TableRow> rows = {{"Pipeline"}};
     for (auto const& column : columns) {
         rows.front().push_back(column.heading);
     }
@@ -89,7 +69,7 @@ std::string summaryTable(std::vector<std::unique_ptr<PipelineRunner>> const& pip
             rows.back().push_back(column.value(counters));
         }
     }
-    return aligned(rows);
+    return alignedTable(rows, "l" + std::string(columns.size(), 'r'));
 }
 
 std::string summaryJson(std::vector<std::unique_ptr<PipelineRunner>> const& pipelines,

@@ -225,6 +225,29 @@ private:
     }
 
     template <class Object>
+    void readValue(TextKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        object.*kind.member = member.value.text;
+    }
+
+    template <class Object>
+    void readValue(FileModeKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        auto const& text = member.value.text;
+        bool const isMode = text.size() >= 3 && text.size() <= 4 &&
+                            text.find_first_not_of("01234567") == std::string::npos &&
+                            (text.size() == 3 || text.front() == '0');
+        if (!isMode) {
+            problemsM.add(member.value.position,
+                          fmt::format("'{}' must be permissions in octal digits such as 0644, "
+                                      "not '{}'",
+                                      member.key, text));
+            return;
+        }
+        object.*kind.member = std::stoul(text, nullptr, 8);
+    }
+
+    template <class Object>
     void readValue(InputFilesKey<Object> const& kind, YamlMember const& member,
                    std::string const& path, Object& object) {
         if (member.value.items.empty()) {

@@ -36,6 +36,7 @@ struct PipelineConfiguration {
     std::vector<InputConfiguration> inputs;
     std::optional<std::filesystem::path> inputDirectory; // instead of single inputs
     std::optional<std::filesystem::path> log;            // the process log without it
+    std::string countBy;                                 // path of an EDR field; may be empty
     std::vector<ModuleConfiguration> functions;
 };
 
@@ -44,6 +45,10 @@ struct HostConfiguration {
     std::optional<std::filesystem::path> processLog; // standard error without it
     std::optional<std::filesystem::path> commandDirectory;
     std::size_t stopTimeout = 5; // seconds that a command has once the host is to end
+    std::optional<std::filesystem::path> statusFile; // in the command directory without it
+    std::optional<std::filesystem::path> metricsFile;
+    std::size_t metricsMode = 0644;        // of the file
+    std::size_t longestBatchSeconds = 300; // within a plug-in, before the host counts as stuck
     std::vector<ModuleConfiguration> dataPool;
     std::vector<PipelineConfiguration> pipelines;
 };

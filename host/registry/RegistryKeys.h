@@ -65,6 +65,20 @@ struct NumberKey {
 template <class Object>
 NumberKey(std::size_t Object::*, long, long) -> NumberKey<Object>;
 
+// A text that others than the host give a meaning.
+template <class Object>
+struct TextKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::string Object::*member;
+};
+
+// The permissions of a file, in octal digits.
+template <class Object>
+struct FileModeKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::size_t Object::*member;
+};
+
 // A list of at least one input file, each a path or "-".
 template <class Object>
 struct InputFilesKey {
@@ -107,9 +121,9 @@ struct Key {
     Presence presence;
     std::variant<ModuleNameKey<Object>, PathKey<Object, std::filesystem::path>,
                  PathKey<Object, std::optional<std::filesystem::path>>, DropDirectoryKey<Object>,
-                 NumberKey<Object>, InputFilesKey<Object>, MapKey<Object>,
-                 EntriesKey<Object, ModuleConfiguration>, EntriesKey<Object, PipelineConfiguration>,
-                 OwnKeys>
+                 NumberKey<Object>, TextKey<Object>, FileModeKey<Object>, InputFilesKey<Object>,
+                 MapKey<Object>, EntriesKey<Object, ModuleConfiguration>,
+                 EntriesKey<Object, PipelineConfiguration>, OwnKeys>
         kind;
 };
 
@@ -133,6 +147,8 @@ inline constexpr Key<PipelineConfiguration> pipelineKeys[] = {
     {"Input", Presence::mandatory, MapKey{inputKeys}},
     {"BatchSize", Presence::optional, NumberKey{&PipelineConfiguration::batchSize, 1, 100'000}},
     {"Log", Presence::optional, PathKey{&PipelineConfiguration::log}},
+    {"CountBy", Presence::optional,
+     TextKey<PipelineConfiguration>{&PipelineConfiguration::countBy}},
     {"Functions", Presence::mandatory,
      EntriesKey{&PipelineConfiguration::functions, moduleKeys, ""}},
 };
@@ -146,9 +162,26 @@ inline constexpr Key<HostConfiguration> logKeys[] = {
     {"Process", Presence::mandatory, PathKey{&HostConfiguration::processLog}},
 };
 
+inline constexpr Key<HostConfiguration> statusKeys[] = {
+    {"File", Presence::mandatory, PathKey{&HostConfiguration::statusFile}},
+};
+
+inline constexpr Key<HostConfiguration> metricsKeys[] = {
+    {"File", Presence::mandatory, PathKey{&HostConfiguration::metricsFile}},
+    {"Mode", Presence::optional, FileModeKey<HostConfiguration>{&HostConfiguration::metricsMode}},
+};
+
+inline constexpr Key<HostConfiguration> watchdogKeys[] = {
+    {"BatchSeconds", Presence::optional,
+     NumberKey{&HostConfiguration::longestBatchSeconds, 1, 86'400}},
+};
+
 inline constexpr Key<HostConfiguration> rootKeys[] = {
     {"Commands", Presence::optional, MapKey{commandsKeys}},
     {"Log", Presence::optional, MapKey{logKeys}},
+    {"Status", Presence::optional, MapKey{statusKeys}},
+    {"Metrics", Presence::optional, MapKey{metricsKeys}},
+    {"Watchdog", Presence::optional, MapKey{watchdogKeys}},
     {"DataPool", Presence::mandatory, EntriesKey{&HostConfiguration::dataPool, moduleKeys, ""}},
     {"Pipelines", Presence::mandatory,
      EntriesKey{&HostConfiguration::pipelines, pipelineKeys, "pipeline"}},

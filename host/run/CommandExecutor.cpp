@@ -6,6 +6,8 @@
 #include "base/Poll.h"
 #include "commands/CommandReport.h"
 
+#include <malloc.h>
+
 #include <chrono>
 
 namespace host {
@@ -63,16 +65,17 @@ CommandExecutor::CommandExecutor(Host& host, Notification const& stop)
 
 std::optional<CommandResult> CommandExecutor::execute(Command const& command, Done done) {
     auto* const object = BAS::RegisteredObject::find(command.update.name());
+    auto begun = begunResult(command);
+    auto const number = journalM.begin(begun);
     auto reload = object == nullptr ? std::nullopt : reloadOf(command, *object);
     if (!reload) {
         auto result = carryOut(command, object);
-        log(result);
+        record(number, result);
         return result;
     }
-    auto begun = begunResult(command);
     begun.ignoredKeys = keysNotAsked(command.update);
     auto const turn = timerM.begin(begun.object, keysText(begun));
-    reload->done = [this, object, begun, turn, done = std::move(done),
+    reload->done = [this, object, number, begun, turn, done = std::move(done),
                     begin = std::chrono::steady_clock::now()](Reload& read) {
         takeOver(read);
         auto result = begun;
@@ -81,7 +84,7 @@ std::optional<CommandResult> CommandExecutor::execute(Command const& command, Do
         result.status = recordOutcome(read, *object);
         result.seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        log(result);
+        record(number, result);
         done(std::move(result));
     };
     reloaderM.begin(std::move(*reload));
@@ -141,6 +144,7 @@ void CommandExecutor::takeOver(Reload& reload) {
         }
     }
     reload.newData.clear();
+    ::malloc_trim(0); // so that the next reload finds as much memory as this one
 }
 
 BAS::Status CommandExecutor::recordOutcome(Reload const& reload,
@@ -158,7 +162,8 @@ BAS::Status CommandExecutor::recordOutcome(Reload const& reload,
     return object.status();
 }
 
-void CommandExecutor::log(CommandResult const& result) const {
+void CommandExecutor::record(std::uint64_t number, CommandResult const& result) {
+    journalM.end(number, result);
     auto& log = hostM.log();
     log.write(result.isHandled ? makeStatus(BAS::Status::info, result.object, "MSG_COMMAND_RESULT",
                                             {resultText(result)})
@@ -187,7 +192,7 @@ PipelineRunner* CommandExecutor::pipelineOf(BAS::String const& object) const {
 std::string CommandExecutor::unknownObjectText(BAS::String const& object) const {
     std::vector<std::string> names;
     for (auto const& known : hostM.objects()) {
-        names.push_back(known->name().str());
+        names.push_back(known.object->name().str());
     }
     return "unknown object" + nearestNameHint(object.view(), {names.begin(), names.end()});
 }

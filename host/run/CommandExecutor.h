@@ -3,6 +3,7 @@
 #pragma once
 
 #include "commands/CommandExecution.h"
+#include "run/CommandJournal.h"
 #include "run/Host.h"
 #include "run/Reloader.h"
 
@@ -35,18 +36,21 @@ public:
     // Abandons the reload that is being read and those that wait.
     void stopReloads() { reloaderM.stop(); }
 
+    CommandJournal& journal() noexcept { return journalM; }
+
 private:
     std::optional<Reload> reloadOf(Command const& command, BAS::RegisteredObject& object) const;
     CommandResult carryOut(Command const& command, BAS::RegisteredObject* object);
     void takeOver(Reload& reload);
     BAS::Status recordOutcome(Reload const& reload, BAS::RegisteredObject& object) const;
-    void log(CommandResult const& result) const;
+    void record(std::uint64_t number, CommandResult const& result);
     PipelineRunner* pipelineOf(BAS::String const& object) const;
     std::string unknownObjectText(BAS::String const& object) const;
 
     Host& hostM;
     WriteWatch writeWatchM;
     CommandTimer timerM;
+    CommandJournal journalM;
     Reloader reloaderM;
 };
 

@@ -95,7 +95,7 @@ void Host::checkDirectory(std::optional<std::filesystem::path> const& directory,
 void Host::buildDataPool() {
     auto dataPool = std::make_unique<DataPool>(registryM.root->name() + ".DataPool");
     dataPoolM = dataPool.get();
-    objectsM.push_back(std::move(dataPool));
+    objectsM.push_back({std::move(dataPool), "data pool", {}});
     for (auto const& module : registryM.configuration.dataPool) {
         auto* const object = load(module, ModuleKind::data);
         if (auto* const reloadable = dynamic_cast<DAT::Reloadable*>(object)) {
@@ -114,7 +114,7 @@ void Host::buildPipelines() {
     for (auto const& configuration : registryM.configuration.pipelines) {
         try {
             auto pipeline = std::make_unique<PipelineRunner>(configuration, logM, leastSeverityM);
-            objectsM.push_back(pipeline->makeRegisteredObject());
+            objectsM.push_back({pipeline->makeRegisteredObject(), "pipeline", {}});
             pipelinesM.push_back(std::move(pipeline));
         } catch (StartFailure const& failure) {
             problemsM.insert(problemsM.end(), failure.problems.begin(), failure.problems.end());
@@ -139,8 +139,8 @@ void Host::buildFunctions() {
 
 void Host::startLifeCycle() {
     std::vector<PLG::StdPlugIn*> plugIns;
-    for (auto const& object : objectsM) {
-        if (auto* const plugIn = dynamic_cast<PLG::StdPlugIn*>(object.get())) {
+    for (auto const& each : objectsM) {
+        if (auto* const plugIn = dynamic_cast<PLG::StdPlugIn*>(each.object.get())) {
             plugIns.push_back(plugIn);
         }
     }
@@ -151,14 +151,15 @@ void Host::startLifeCycle() {
 
 // The host doesn't know the keys of a module, so a key that the module never read may be mistyped.
 void Host::warnOfUnreadKeys() {
-    for (auto const& object : objectsM) {
-        auto const* const subtree = object->registry();
-        if (dynamic_cast<PLG::StdPlugIn const*>(object.get()) == nullptr || subtree == nullptr) {
+    for (auto const& each : objectsM) {
+        auto const& object = *each.object;
+        auto const* const subtree = object.registry();
+        if (dynamic_cast<PLG::StdPlugIn const*>(&object) == nullptr || subtree == nullptr) {
             continue;
         }
         for (auto const& key : subtree->children()) {
             if (!key->wasFound()) {
-                logM.write(makeStatus(BAS::Status::warning, object->name(), "ERR_REG_KEY_UNREAD",
+                logM.write(makeStatus(BAS::Status::warning, object.name(), "ERR_REG_KEY_UNREAD",
                                       {key->name().str()}));
             }
         }
@@ -170,8 +171,10 @@ BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind 
         return nullptr;
     }
     try {
-        objectsM.push_back(loaderM.load(module, kind));
-        return objectsM.back().get();
+        objectsM.push_back({loaderM.load(module, kind),
+                            kind == ModuleKind::data ? "data module" : "function plug-in",
+                            module.moduleName});
+        return objectsM.back().object.get();
     } catch (BAS::Status const& status) {
         problemsM.push_back(status);
     } catch (...) {
@@ -205,6 +208,12 @@ void Host::logSummaries() const {
              std::to_string(counters.rejected), std::to_string(counters.failedInputs),
              std::to_string(counters.batches), std::to_string(counters.faults),
              fmt::format("{:.3f}", counters.seconds), std::to_string(counters.commands)}));
+    }
+}
+
+void Host::reopenLogs() {
+    for (auto const& pipeline : pipelinesM) {
+        pipeline->reopenLog();
     }
 }
 

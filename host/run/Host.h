@@ -12,9 +12,17 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace host {
+
+// An object of the host, with what it is.
+struct HostedObject {
+    std::unique_ptr<BAS::RegisteredObject> object;
+    std::string_view kind;
+    std::string moduleName; // of a module
+};
 
 class Host {
 public:
@@ -41,15 +49,15 @@ public:
     BAS::LogSink& log() const noexcept { return logM; }
 
     // In the order in which they were built.
-    std::vector<std::unique_ptr<BAS::RegisteredObject>> const& objects() const noexcept {
-        return objectsM;
-    }
+    std::vector<HostedObject> const& objects() const noexcept { return objectsM; }
     // Only after the start.
     DataPool& dataPool() const noexcept { return *dataPoolM; }
 
     // Once its directories are its own, too.
     void logStarted() const;
     void logSummaries() const;
+    // Opens the logs of the pipelines again. Any thread.
+    void reopenLogs();
 
     // An input, a reject file or a pipeline's log failed.
     bool hasFailed() const;
@@ -79,8 +87,8 @@ private:
     BAS::LogSink& logM;
     BAS::Status::Severity leastSeverityM;
     std::vector<std::unique_ptr<PipelineRunner>> pipelinesM;
-    std::vector<std::unique_ptr<BAS::RegisteredObject>> objectsM; // in the order of creation
-    DataPool* dataPoolM = nullptr;                                // one of the objects
+    std::vector<HostedObject> objectsM; // in the order of creation
+    DataPool* dataPoolM = nullptr;      // one of the objects
     std::optional<LifeCycle> lifeCycleM;
     std::vector<BAS::Status> problemsM; // of the start
     std::vector<BAS::String> absentM;   // references to unusable data modules

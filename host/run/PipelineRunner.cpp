@@ -19,6 +19,10 @@ PipelineRunner::PipelineRunner(PipelineConfiguration const& configuration, BAS::
                                 : nullptr),
       logM(ownLogM == nullptr ? processLog : *ownLogM),
       descriptionM(readEdrDescription(configuration.edrDescription)), factoryM(descriptionM) {
+    if (!configuration.countBy.empty()) {
+        countedFieldM = factoryM.getIndex(configuration.registeredName, configuration.countBy,
+                                          "CountBy", "the key");
+    }
 }
 
 std::unique_ptr<BAS::RegisteredObject> PipelineRunner::makeRegisteredObject() const {
@@ -50,6 +54,30 @@ PipelineCounters PipelineRunner::counters() const {
     return countersM;
 }
 
+PipelineState PipelineRunner::state() const {
+    std::lock_guard const guard(countersLockM);
+    PipelineState state{
+        countersM, fileM, byteM, std::nullopt, detailsByValueM.values(), detailsByValueM.others()};
+    if (countersM.batches > 0) {
+        state.lastBatch = lastBatchM;
+    }
+    return state;
+}
+
+std::optional<BatchAtHand> PipelineRunner::batchAtHand() const noexcept {
+    using Clock = std::chrono::steady_clock;
+    // In this order: it is written the other way round, and never belongs to an earlier batch.
+    auto const* const function = functionAtHandM.load();
+    Clock::time_point const since{Clock::duration(functionSinceM.load())};
+    return function == nullptr ? std::nullopt : std::optional(BatchAtHand{function, since});
+}
+
+void PipelineRunner::reopenLog() {
+    if (ownLogM != nullptr) {
+        ownLogM->reopen();
+    }
+}
+
 void PipelineRunner::countCommand() {
     std::lock_guard const guard(countersLockM);
     ++countersM.commands;
@@ -69,8 +97,7 @@ void PipelineRunner::runFiles(Notification const& stop) {
         if (outcome.ending == Ending::notOpened || outcome.ending == Ending::failed) {
             hasFailedM = true;
             report(outcome.reason);
-            std::lock_guard const guard(countersLockM);
-            ++countersM.failedInputs;
+            countFailedInputs(counters().failedInputs + 1);
         }
     }
 }
@@ -91,15 +118,16 @@ void PipelineRunner::runDirectory(Notification const& stop) {
         case Ending::stopped:
             break; // goes on there after a restart
         }
+        countFailedInputs(directoryM->failedFiles());
     }
-    std::lock_guard const guard(countersLockM);
-    countersM.failedInputs = directoryM->failedFiles();
+    countFailedInputs(directoryM->failedFiles());
 }
 
 // What was read before a failure is still processed.
 PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& input,
                                                       Notification const& stop) {
     report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_STARTED", {input.input.file.string()}));
+    setInput(input.input.file.string());
     auto const begin = std::chrono::steady_clock::now();
     InputOutcome outcome{Ending::notOpened, {}};
     std::optional<FileProgress> progress;
@@ -120,6 +148,7 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
         rejectedBeforeM += edrs->rejectedLines();
         bytesBeforeM += edrs->bytesRead();
     }
+    setInput({});
     std::lock_guard const guard(countersLockM);
     countersM.seconds +=
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -167,8 +196,11 @@ std::uint64_t PipelineRunner::callFunctions() {
     std::uint64_t faults = 0;
     std::lock_guard const guard(lockM);
     for (auto* const function : functionsM) {
+        functionSinceM = std::chrono::steady_clock::now().time_since_epoch().count();
+        functionAtHandM = function;
         faults += call(*function) ? 0 : 1;
     }
+    functionAtHandM = nullptr;
     return faults;
 }
 
@@ -186,17 +218,35 @@ bool PipelineRunner::call(PLG::FunctionPlugIn& function) {
 }
 
 void PipelineRunner::countBatch(ReadAheadInput const& edrs, std::uint64_t faults) {
-    std::uint64_t details = 0;
-    for (std::size_t i = 0; i < batchM.entries(); ++i) {
-        details += batchM[i]->recordKind() == EDR::detailRecord ? 1 : 0;
-    }
     std::lock_guard const guard(countersLockM);
+    for (std::size_t i = 0; i < batchM.entries(); ++i) {
+        if (batchM[i]->recordKind() == EDR::detailRecord) {
+            ++countersM.details;
+            if (countedFieldM) {
+                detailsByValueM.count(batchM[i]->getString(*countedFieldM).view());
+            }
+        }
+    }
+    if (batchM.entries() > 0) {
+        lastBatchM = std::chrono::steady_clock::now();
+    }
+    byteM = edrs.places().empty() ? byteM : edrs.places().front().offset;
     countersM.read += batchM.entries();
-    countersM.details += details;
     countersM.batches += batchM.entries() == 0 ? 0 : 1;
     countersM.faults += faults;
     countersM.rejected = rejectedBeforeM + edrs.rejectedLines();
     countersM.bytes = bytesBeforeM + edrs.bytesRead();
+}
+
+void PipelineRunner::countFailedInputs(std::uint64_t number) {
+    std::lock_guard const guard(countersLockM);
+    countersM.failedInputs = number;
+}
+
+void PipelineRunner::setInput(std::string file) {
+    std::lock_guard const guard(countersLockM);
+    fileM = std::move(file);
+    byteM = 0;
 }
 
 void PipelineRunner::report(BAS::Status status) {

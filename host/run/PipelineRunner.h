@@ -9,6 +9,7 @@
 #include "EDR/Container.h"
 #include "EDR/Description.h"
 #include "EDR/Factory.h"
+#include "EDR/Index.h"
 #include "PLG/Pipeline.h"
 #include "RW/RWTPtrOrderedVector.h"
 #include "base/FairLock.h"
@@ -16,12 +17,16 @@
 #include "input/InputDirectory.h"
 #include "input/InputPortion.h"
 #include "registry/Registry.h"
+#include "run/ValueCounter.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace PLG {
@@ -45,10 +50,30 @@ struct PipelineCounters {
     double seconds = 0;      // without waiting for files
 };
 
+// Where a pipeline stands, as others see it.
+struct PipelineState {
+    PipelineCounters counters;
+    // The input at hand: its file, empty between inputs, and the bytes of its text that are
+    // processed.
+    std::string file;
+    std::uint64_t byte = 0;
+    std::optional<std::chrono::steady_clock::time_point> lastBatch;
+    // Details by the values of the field that the configuration names, and those of further values.
+    std::map<std::string, std::uint64_t> detailsByValue;
+    std::uint64_t otherDetails = 0;
+};
+
+// A batch within a plug-in.
+struct BatchAtHand {
+    PLG::FunctionPlugIn const* function;
+    std::chrono::steady_clock::time_point since;
+};
+
 class PipelineRunner {
 public:
-    // Opens the log and reads the EDR description. Throws a StartFailure or a BAS::Status when that
-    // isn't possible. The configuration must outlive the runner.
+    // Opens the log and reads the EDR description, which must have the field to count by. Throws a
+    // StartFailure or a BAS::Status when that isn't possible. The configuration must outlive the
+    // runner.
     PipelineRunner(PipelineConfiguration const& configuration, BAS::LogSink& processLog,
                    BAS::Status::Severity leastSeverity);
 
@@ -71,6 +96,11 @@ public:
 
     // As of the last batch. Any thread.
     PipelineCounters counters() const;
+    PipelineState state() const;
+    // Any thread, without waiting for anything.
+    std::optional<BatchAtHand> batchAtHand() const noexcept;
+    // Opens the pipeline's log again, if it has one of its own. Any thread.
+    void reopenLog();
     // An input, a reject file, the log or a state failed.
     bool hasFailed() const noexcept;
 
@@ -90,6 +120,8 @@ private:
     std::uint64_t callFunctions();
     bool call(PLG::FunctionPlugIn& function);
     void countBatch(ReadAheadInput const& edrs, std::uint64_t faults);
+    void countFailedInputs(std::uint64_t number);
+    void setInput(std::string file);
     void report(BAS::Status status);
 
     PipelineConfiguration const& configurationM;
@@ -109,6 +141,14 @@ private:
     std::uint64_t rejectedBeforeM = 0;
     std::uint64_t bytesBeforeM = 0;
     std::atomic<bool> hasFailedM{false};
+    std::optional<EDR::Index> countedFieldM;
+    ValueCounter detailsByValueM;                     // guarded by the counters' lock
+    std::string fileM;                                // guarded by the counters' lock
+    std::uint64_t byteM = 0;                          // guarded by the counters' lock
+    std::chrono::steady_clock::time_point lastBatchM; // guarded by the counters' lock
+    // The plug-in that has the batch, or null; and since when, in ticks of the steady clock.
+    std::atomic<PLG::FunctionPlugIn const*> functionAtHandM{nullptr};
+    std::atomic<std::chrono::steady_clock::rep> functionSinceM{0};
 };
 
 } // namespace host

@@ -31,6 +31,14 @@ std::string typeOf(host::NumberKey<Object> const& kind) {
     return fmt::format("number, {} to {}", kind.least, kind.most);
 }
 template <class Object>
+std::string typeOf(host::TextKey<Object> const&) {
+    return "text";
+}
+template <class Object>
+std::string typeOf(host::FileModeKey<Object> const&) {
+    return "octal digits";
+}
+template <class Object>
 std::string typeOf(host::InputFilesKey<Object> const&) {
     return "list of paths";
 }
@@ -77,6 +85,13 @@ private:
         rows.push_back(fmt::format("{} | {} | {}", name, typeOf(kind), otherwise));
         headings.push_back(
             fmt::format("{}, {} to {}; {} without it", name, kind.least, kind.most, otherwise));
+    }
+
+    template <class Object>
+    void add(host::FileModeKey<Object> const& kind, std::string const& name, std::string const&) {
+        auto const otherwise = fmt::format("{:04o}", Object{}.*kind.member);
+        rows.push_back(fmt::format("{} | {} | {}", name, typeOf(kind), otherwise));
+        headings.push_back(name);
     }
 
     template <class Kind>

@@ -69,7 +69,7 @@ protected:
     std::vector<std::string> names(std::string const& directory) const {
         std::vector<std::string> found;
         for (auto const& entry : std::filesystem::directory_iterator(pathOf(directory))) {
-            if (entry.path().filename() != ".state") {
+            if (auto const name = entry.path().filename(); name != ".state" && name != ".status") {
                 found.push_back(entry.path().filename());
             }
         }
