@@ -147,7 +147,7 @@ void CommandDirectory::carryOut(std::filesystem::path const& file, std::string c
 
 void CommandDirectory::placeReports(File& file) {
     for (auto& command : file.commands) {
-        command.places.forSender = [this, &file] {
+        command.reportForSender = [this, &file] {
             return directoryM.path() / (std::filesystem::path(file.name).stem().string() +
                                         reportSuffix(++file.reports));
         };

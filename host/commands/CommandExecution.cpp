@@ -64,7 +64,6 @@ void execute(PreparedCommand& prepared, BAS::RegisteredObject& object, CommandRo
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     result.ignoredKeys = keysNotAsked(prepared.update());
     result.files = files.report();
-    prepared.share(result.files);
     if (guard.owns_lock()) {
         guard.unlock(); // the disk is no business of the pipeline's
     }

@@ -57,36 +57,6 @@ Place openPlace(std::string const& key, std::string const& text) {
     return place;
 }
 
-// Whatever stands in the text, the place is below the room, and no link leads there.
-Place openPlaceIn(ReportRoom const& room, std::string const& key, std::string const& text) {
-    std::filesystem::path const given(text);
-    auto const relative = given.is_absolute() ? given.lexically_relative(room.directory) : given;
-    auto const outside =
-        fmt::format("expected a path below '{}' without '..'", room.directory.string());
-    for (auto const& part : relative) {
-        if (part == "..") {
-            refuse(key, given, outside);
-        }
-    }
-    Place place{FileDescriptor(::open(room.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-                (room.directory / relative).lexically_normal()};
-    for (auto const& part : place.path.parent_path().lexically_relative(room.directory)) {
-        if (place.directory.isOpen() && part != ".") {
-            place.directory =
-                FileDescriptor(::openat(place.directory.number(), part.c_str(),
-                                        O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        }
-    }
-    if (!place.directory.isOpen()) {
-        refuse(key, place.path,
-               fmt::format("its directory can't be used: {}; {}", errorText(), outside));
-    }
-    if (relative.empty() || !place.path.has_filename()) {
-        refuse(key, place.path, outside);
-    }
-    return place;
-}
-
 // A file that is renamed there would take the place of whatever is there.
 void requireReplaceable(std::string const& key, Place const& place) {
     if (!place.path.has_filename()) {
@@ -107,7 +77,7 @@ void requireReplaceable(std::string const& key, Place const& place) {
 } // namespace
 
 PreparedCommand::PreparedCommand(Command const& command)
-    : placesM(command.places), updateM(command.update.name()) {
+    : reportForSenderM(command.reportForSender), updateM(command.update.name()) {
     for (auto const& key : command.update.children()) {
         try {
             updateM.add(key->name(), prepare(key->name().str(), key->value().str()));
@@ -123,10 +93,10 @@ std::string PreparedCommand::prepare(std::string const& key, std::string const& 
         refuse(key, value.substr(0, value.find('\0')), "a path can't hold the character U+0000");
     }
     if (value == senderValue) {
-        if (!placesM.forSender) {
+        if (!reportForSenderM) {
             refuse(key, value, "nobody waits for the report");
         }
-        return collect(key, placesM.forSender().string(), true);
+        return collect(key, reportForSenderM().string());
     }
     if (value == "@") {
         refuse(key, value,
@@ -136,20 +106,15 @@ std::string PreparedCommand::prepare(std::string const& key, std::string const& 
     if (value.starts_with("@@")) {
         return checkedPlain(key, value.substr(1));
     }
-    return isCollected(value) ? collect(key, value.substr(1), false) : checkedPlain(key, value);
+    return isCollected(value) ? collect(key, value.substr(1)) : checkedPlain(key, value);
 }
 
-std::string PreparedCommand::collect(std::string const& key, std::string const& path,
-                                     bool isForSender) {
-    auto place =
-        placesM.room && !isForSender ? openPlaceIn(*placesM.room, key, path) : openPlace(key, path);
+std::string PreparedCommand::collect(std::string const& key, std::string const& path) {
+    auto place = openPlace(key, path);
     requireReplaceable(key, place);
     try {
-        auto file = std::make_unique<TemporaryFile>(std::move(place.directory), place.path);
-        if (placesM.room) {
-            file->setOwner(std::nullopt, placesM.room->group);
-        }
-        auto report = std::make_unique<CollectedReport>(std::move(file));
+        auto report = std::make_unique<CollectedReport>(
+            std::make_unique<TemporaryFile>(std::move(place.directory), place.path));
         auto given = report->path().string();
         collectedM.push_back({key, place.path, std::move(report)});
         return given;
@@ -161,12 +126,6 @@ std::string PreparedCommand::collect(std::string const& key, std::string const& 
 std::string PreparedCommand::checkedPlain(std::string const& key, std::string const& text) {
     if (text.empty()) {
         return text;
-    }
-    if (placesM.room) {
-        auto const place = openPlaceIn(*placesM.room, key, text);
-        requireReplaceable(key, place);
-        plainM.push_back({key, place.path.string()});
-        return place.path.string();
     }
     if (auto const obstacle = openingObstacle(text)) {
         refuse(key, absolutePath(text),
@@ -191,17 +150,6 @@ std::vector<NamedFile> PreparedCommand::finish(std::string const& objection) {
         files.push_back(std::move(file));
     }
     return files;
-}
-
-void PreparedCommand::share(std::vector<NamedFile> const& files) const {
-    for (auto const& file : files) {
-        if (placesM.room && file.isOpened) {
-            // It is of no use to the group otherwise, and says so by itself.
-            static_cast<void>(::fchownat(AT_FDCWD, file.path.c_str(), static_cast<uid_t>(-1),
-                                         placesM.room->group, AT_SYMLINK_NOFOLLOW));
-            static_cast<void>(::fchmodat(AT_FDCWD, file.path.c_str(), 0640, 0));
-        }
-    }
 }
 
 void PreparedCommand::removeTraces() noexcept {

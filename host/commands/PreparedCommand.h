@@ -44,8 +44,6 @@ public:
     // Once the object has returned: waits until the reports are at their places. With an objection,
     // such as that the object threw, none gets there.
     std::vector<NamedFile> finish(std::string const& objection);
-    // Grants the group of the room, if there is one, the files that the object wrote by itself.
-    void share(std::vector<NamedFile> const& files) const;
 
     // Leaves no temporary file when the process ends in the middle. Any thread.
     void removeTraces() noexcept;
@@ -58,10 +56,10 @@ private:
     };
 
     std::string prepare(std::string const& key, std::string const& value);
-    std::string collect(std::string const& key, std::string const& path, bool isForSender);
+    std::string collect(std::string const& key, std::string const& path);
     std::string checkedPlain(std::string const& key, std::string const& text);
 
-    ReportPlaces const& placesM;
+    std::function<std::filesystem::path()> const& reportForSenderM;
     BAS::RegistryEntry updateM;
     std::vector<PlainValue> plainM;
     std::vector<Collected> collectedM;

@@ -80,7 +80,7 @@ CommandResult executeAtEnd(CommandExecutor& executor, Command& command) {
     auto const pathOf = [&](std::size_t number) {
         return directory.path() / std::to_string(number);
     };
-    command.places.forSender = [&] { return pathOf(++reports); };
+    command.reportForSender = [&] { return pathOf(++reports); };
     auto result = executor.executeAndWait(command);
     for (std::size_t number = 1; number <= reports; ++number) {
         print(pathOf(number));
