@@ -16,7 +16,7 @@ TEST(EventMap, FindsEveryKeyAfterAnyRenaming) {
     FCT::DataDump::EventMap map;
     std::map<std::string, FCT::DataDump::CapturedEvent*> plain;
     for (int i = 0; i < 300; ++i) {
-        auto const name = "c" + std::to_string(i);
+        auto const name = std::string("c").append(std::to_string(i));
         plain[name] = &map.add(EventKey(name, ""));
     }
     unsigned random = 1;
@@ -27,7 +27,7 @@ TEST(EventMap, FindsEveryKeyAfterAnyRenaming) {
         ASSERT_EQ(map.find(EventKey(from->first, "")), event);
         auto const oldName = from->first;
         plain.erase(from);
-        auto const newName = "n" + std::to_string(step);
+        auto const newName = std::string("n").append(std::to_string(step));
         map.rename(*event, EventKey(newName, ""));
         plain[newName] = event;
         ASSERT_EQ(map.find(EventKey(oldName, "")), nullptr);

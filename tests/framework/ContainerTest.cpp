@@ -179,12 +179,13 @@ TEST_F(Edr, IteratorStaysOnItsBlockWhileTheContainerGrows) {
     ASSERT_TRUE(iterator(block("A")) && iterator(block("A.X")));
     for (int i = 1; i <= 100; ++i) {
         container->addBlock(block("A.X"));
-        container->setField(field("A.X.T"), "x" + std::to_string(i));
+        container->setField(field("A.X.T"), std::string("x").append(std::to_string(i)));
     }
     EXPECT_EQ(iterator.getString(field("A.X.T")), "x0");
     for (int i = 1; i <= 100; ++i) {
         ASSERT_TRUE(iterator(block("A.X")));
-        EXPECT_EQ(iterator.getString(field("A.X.T")), BAS::String("x" + std::to_string(i)));
+        EXPECT_EQ(iterator.getString(field("A.X.T")),
+                  BAS::String(std::string("x").append(std::to_string(i))));
     }
     EXPECT_FALSE(iterator(block("A.X")));
 }

@@ -59,7 +59,7 @@ public:
         }
         if (outcome.problems.empty()) {
             host::Notification const stop;
-            host::CommandExecutor executor(host);
+            host::CommandExecutor executor(host, stop);
             host::Service(host, executor, stop, nullptr).run();
             for (auto const* const key_ : {"DumpEvents", "Dump"}) {
                 auto const file = (directoryM.path() / key_).string();
