@@ -35,8 +35,12 @@ std::string reportSuffix(std::size_t number) {
 }
 
 std::vector<Command> readCommandFile(std::filesystem::path const& file, std::string const& name) {
+    return parseCommandFile(readWholeFile(openForeignFile(file), name, mostBytes), name);
+}
+
+std::vector<Command> parseCommandFile(std::string const& bytes, std::string const& name) {
     Problems problems(name);
-    auto const document = readYaml(readWholeFile(openForeignFile(file), name, mostBytes), problems);
+    auto const document = readYaml(bytes, problems);
     if (document.kind != Kind::map || document.members.empty()) {
         problems.add(document.position,
                      "expected a mapping of objects, each with the keys of its command");

@@ -19,6 +19,8 @@ std::string reportSuffix(std::size_t number);
 // the file and their places, or a BAS::Status when it can't be read. Messages use the given name
 // for the file.
 std::vector<Command> readCommandFile(std::filesystem::path const& file, std::string const& name);
+// The same of a file's bytes.
+std::vector<Command> parseCommandFile(std::string const& bytes, std::string const& name);
 
 std::string commandFileText(Command const& command);
 

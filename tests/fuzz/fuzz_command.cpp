@@ -6,8 +6,8 @@ namespace {
 // Where the YAML parser still takes a text in front of a colon for a key.
 constexpr std::size_t longestWrittenKey = 100;
 
-std::vector<host::Command> commandsOf(std::string const& file) {
-    return host::readCommandFile(file, "input");
+std::vector<host::Command> commandsOf(std::string_view bytes) {
+    return host::parseCommandFile(std::string(bytes), "input");
 }
 
 void checkSame(BAS::RegistryEntry const& one, BAS::RegistryEntry const& other) {
@@ -30,13 +30,12 @@ bool canBeWritten(host::Command const& command) {
 // What is read can be written and is read again as it was.
 int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     std::vector<host::Command> commands;
-    fuzz::isAccepted(fuzz::textOf(data, size),
-                     [&](auto const& file) { commands = commandsOf(file); });
+    auto const text = fuzz::textOf(data, size);
+    fuzz::isAccepted(text, [&](auto const& /*file*/) { commands = commandsOf(text); });
     for (auto const& command : commands) {
         fuzz::promise(!command.update.children().empty(), "a command has a key");
         if (canBeWritten(command)) {
-            fuzz::MemoryFile const written(host::commandFileText(command));
-            auto const again = commandsOf(written.path());
+            auto const again = commandsOf(host::commandFileText(command));
             fuzz::promise(again.size() == 1, "one command");
             checkSame(command.update, again.front().update);
         }

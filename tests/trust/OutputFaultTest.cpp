@@ -196,7 +196,7 @@ TEST(OutputFaultOfTheProgram, TellsWhatWasWrittenAndGoesOn) {
                          " DumpEvents=/dev/full'" + " --at-end '" + object +
                          " DumpEvents=./no/out'" + " --at-end '" + object +
                          " DumpEvents=/dev/stderr' >out 2>again";
-    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1); // not every report is whole
     EXPECT_EQ(directory.read("limited"), whole.substr(0, 4096));
     EXPECT_EQ(directory.read("again"), whole.substr(0, 4096));
     auto const results = directory.read("out");
