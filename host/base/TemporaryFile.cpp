@@ -47,8 +47,8 @@ TemporaryFile::TemporaryFile(FileDescriptor directory, std::filesystem::path tar
     }
 }
 
-void TemporaryFile::setOwner(std::optional<uid_t> owner, gid_t group) {
-    if (::fchown(fileM.number(), owner.value_or(static_cast<uid_t>(-1)), group) != 0) {
+void TemporaryFile::setOwner(uid_t owner, gid_t group) {
+    if (::fchown(fileM.number(), owner, group) != 0) {
         throw fileStatus("ERR_FILE_NOT_WRITABLE", targetM, errno);
     }
 }

@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,7 +29,7 @@ public:
     int descriptor() const noexcept { return fileM.number(); }
 
     // Both throw a BAS::Status when that isn't possible.
-    void setOwner(std::optional<uid_t> owner, gid_t group);
+    void setOwner(uid_t owner, gid_t group);
     void write(std::string_view bytes);
 
     // Flushes everything to the disk. Throws a BAS::Status when that isn't possible.
