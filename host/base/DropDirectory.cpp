@@ -32,7 +32,33 @@ FileDescriptor lockDirectory(std::filesystem::path const& directory) {
     return descriptor;
 }
 
+std::vector<std::string> entriesOf(std::filesystem::path const& directory, std::string_view suffix,
+                                   bool (*isWanted)(std::filesystem::file_type)) {
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(directory, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        auto name = entry->path().filename().string();
+        std::error_code gone; // files may vanish
+        if (name.ends_with(suffix) && isCompleteName(name) &&
+            isWanted(entry->symlink_status(gone).type())) {
+            names.push_back(std::move(name));
+        }
+    }
+    if (error) {
+        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, error.value());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 } // namespace
+
+std::vector<std::string> completeFiles(std::filesystem::path const& directory,
+                                       std::string_view suffix) {
+    return entriesOf(directory, suffix,
+                     [](auto type) { return type == std::filesystem::file_type::regular; });
+}
 
 void DropDirectory::requireUsable(std::filesystem::path const& directory) {
     std::error_code error;
@@ -45,41 +71,17 @@ void DropDirectory::requireUsable(std::filesystem::path const& directory) {
     }
 }
 
-DropDirectory::DropDirectory(std::filesystem::path directory)
-    : pathM(std::move(directory)), lockM(lockDirectory(pathM)), changesM(pathM) {
-}
-
-std::vector<std::string> DropDirectory::completeFiles(std::string_view suffix) const {
-    return entries(suffix, [](auto type) { return type == std::filesystem::file_type::regular; });
+DropDirectory::DropDirectory(std::filesystem::path directory, Lock lock)
+    : pathM(std::move(directory)),
+      lockM(lock == Lock::held ? lockDirectory(pathM) : FileDescriptor()), changesM(pathM) {
 }
 
 std::vector<std::string> DropDirectory::strangeEntries(std::string_view suffix) const {
-    return entries(suffix, [](auto type) {
+    return entriesOf(pathM, suffix, [](auto type) {
         using std::filesystem::file_type;
         return type != file_type::regular && type != file_type::directory &&
                type != file_type::not_found;
     });
-}
-
-std::vector<std::string>
-DropDirectory::entries(std::string_view suffix,
-                       bool (*isWanted)(std::filesystem::file_type)) const {
-    std::vector<std::string> names;
-    std::error_code error;
-    std::filesystem::directory_iterator entry(pathM, error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        auto name = entry->path().filename().string();
-        std::error_code gone; // files may vanish
-        if (name.ends_with(suffix) && isCompleteName(name) &&
-            isWanted(entry->symlink_status(gone).type())) {
-            names.push_back(std::move(name));
-        }
-    }
-    if (error) {
-        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", pathM, error.value());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 } // namespace host

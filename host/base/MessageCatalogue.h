@@ -63,6 +63,12 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "The directory '%1' can't be used for commands: it must belong to the user of the host, which "
      "is %4 here, or to root, and neither group nor others may write in it; it belongs to user %2 "
      "and has the mode %3."},
+    {"ERR_GROUP_NOT_USABLE", "The group '%1' can't be used for commands: %2."},
+    {"ERR_DIRECTORY_NOT_FOR_GROUP",
+     "The directory '%1' can't be used for commands of the group '%2': it must belong to the user "
+     "of "
+     "the host, which is %3 here, and to that group, with the mode %4; it belongs to user %5 and "
+     "group '%6' and has the mode %7."},
     {"ERR_DIRECTORY_IN_USE", "The directory '%1' is in use by another host or pipeline."},
     {"ERR_NO_COMMAND_DIRECTORY",
      "The registry '%1' has no command directory: expected 'Commands: {Directory: ...}'."},
@@ -108,6 +114,9 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_COMMAND_MALFORMED", "The command file '%1' is rejected: %2"},
     {"ERR_COMMAND_INTERRUPTED",
      "The host ended while it executed the command file '%1'; its outcome is unknown."},
+    {"MSG_COMMAND_TAKEN", "Took the command file '%1' of the user '%2'."},
+    {"MSG_RESULTS_REMOVED",
+     "Removed %1 results and reports that nobody had fetched for %2 days from '%3'."},
     {"ERR_COMMANDS_STOPPED", "No more commands are taken from '%1': %2"},
     {"MSG_PIPELINE_SUMMARY",
      "EDRs read: %1, details: %2, rejected: %3, failed inputs: %4, batches: %5, faults: %6, "

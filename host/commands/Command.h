@@ -3,6 +3,8 @@
 
 #include "BAS/RegistryEntry.h"
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <functional>
 #include <span>
@@ -11,11 +13,20 @@
 
 namespace host {
 
+// A directory below which reports lie, and the group that may read them. Nobody else than the host
+// writes there.
+struct ReportRoom {
+    std::filesystem::path directory; // absolute
+    gid_t group;
+};
+
 struct Command {
     // Named after the object; its children are the keys of the command.
     BAS::RegistryEntry update;
     // Gives a new path for each report that goes to the sender; without it none can.
     std::function<std::filesystem::path()> reportForSender = {};
+    // If given, every value that isn't empty names a report there; stays its owner's.
+    ReportRoom const* room = nullptr;
 };
 
 // From a text OBJECT KEY[=VALUE]... with blanks between the parts; a part, or a piece of one, that

@@ -6,8 +6,11 @@
 #include "commands/CommandFile.h"
 #include "commands/CommandReport.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <climits>
 
@@ -16,6 +19,8 @@ namespace host {
 namespace {
 
 constexpr char const* takenSuffix = ".taken";
+constexpr char const* anyReportSuffix = ".report";
+constexpr std::chrono::hours sweepPeriod{1};
 // The longest name that is made from a command file's is its stem and these characters.
 constexpr std::string_view longestAddition = ".9999.report";
 constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
@@ -23,6 +28,42 @@ constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
 std::filesystem::path withSuffix(std::filesystem::path const& directory, std::string const& name,
                                  char const* suffix) {
     return directory / std::filesystem::path(name).replace_extension(suffix);
+}
+
+std::string userName(uid_t number) {
+    auto const* const user = ::getpwuid(number);
+    return user == nullptr ? std::to_string(number) : user->pw_name;
+}
+
+bool isThere(std::filesystem::path const& file) {
+    return ::faccessat(AT_FDCWD, file.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// What somebody put there, or why it can't be read.
+struct ForeignText {
+    std::string bytes;
+    uid_t owner = 0;
+    std::string problem;
+};
+
+ForeignText readForeignText(std::filesystem::path const& file, std::string const& name) {
+    ForeignText text;
+    try {
+        auto const opened = openForeignFile(file);
+        struct stat found = {};
+        if (::fstat(opened.number(), &found) != 0) {
+            throw fileStatus("ERR_FILE_NOT_READABLE", file, errno);
+        }
+        if (found.st_nlink > 1) { // perhaps of a file that its sender can't read
+            throw makeStatus(BAS::Status::error, {}, "ERR_FILE_NOT_READABLE",
+                             {file.string(), "it has further names, expected a file of its own"});
+        }
+        text.owner = found.st_uid;
+        text.bytes = readCommandBytes(opened, name);
+    } catch (BAS::Status const& status) {
+        text.problem = messageText(status);
+    }
+    return text;
 }
 
 // The problems of a file with their places, without the message's name.
@@ -36,34 +77,68 @@ std::vector<std::string> textsOf(StartFailure const& failure) {
 
 } // namespace
 
-void CommandDirectory::requireSafe(std::filesystem::path const& directory) {
-    DropDirectory::requireUsable(directory);
-    struct stat found = {};
-    if (::stat(directory.c_str(), &found) != 0) {
-        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directory, errno);
-    }
-    bool const isOwnersOnly = (found.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-    if (!isOwnersOnly || (found.st_uid != ::geteuid() && found.st_uid != 0)) {
-        throw makeStatus(BAS::Status::critical, {}, "ERR_DIRECTORY_NOT_PRIVATE",
-                         {directory.string(), std::to_string(found.st_uid),
-                          fmt::format("{:04o}", found.st_mode & 07777),
-                          std::to_string(::geteuid())});
-    }
-}
-
-CommandDirectory::CommandDirectory(std::filesystem::path directory, Execute execute,
+CommandDirectory::CommandDirectory(CommandInlet inlet, std::size_t keepDays, Execute execute,
                                    BAS::LogSink& log)
-    : directoryM(std::move(directory)), executeM(std::move(execute)), logM(log) {
+    : inletM(std::move(inlet)), keepM(24 * keepDays),
+      directoryM(inletM.directory,
+                 inletM.isOfGroup() ? DropDirectory::Lock::elsewhere : DropDirectory::Lock::held),
+      executeM(std::move(execute)), logM(log) {
     answerInterrupted();
 }
 
 void CommandDirectory::answerInterrupted() {
-    for (auto const& name : directoryM.completeFiles(takenSuffix)) {
+    for (auto const& name : completeFiles(inletM.answers, takenSuffix)) {
         auto const original = std::filesystem::path(name).replace_extension(commandSuffix).string();
+        if (inletM.isOfGroup() && isThere(directoryM.path() / original)) {
+            ::unlink((inletM.answers / name).c_str()); // copied, and not begun
+            continue;
+        }
         auto const status =
             makeStatus(BAS::Status::error, {}, "ERR_COMMAND_INTERRUPTED", {original});
         logM.write(status);
         answer(original, problemFileText(original, {messageText(status)}));
+    }
+}
+
+// Results and reports of which nobody took notice for long.
+void CommandDirectory::sweep() {
+    auto const now = std::chrono::steady_clock::now();
+    if (now < nextSweepM) {
+        return;
+    }
+    nextSweepM = now + sweepPeriod;
+    auto const oldest =
+        std::chrono::system_clock::to_time_t(std::chrono::system_clock::now() - keepM);
+    std::size_t removed = 0;
+    for (auto const* const suffix : {resultSuffix, anyReportSuffix}) {
+        for (auto const& name : completeFiles(inletM.answers, suffix)) {
+            auto const file = inletM.answers / name;
+            struct stat found = {};
+            if (::lstat(file.c_str(), &found) == 0 && found.st_mtime < oldest &&
+                ::unlink(file.c_str()) == 0) {
+                ++removed;
+            }
+        }
+    }
+    if (removed > 0) {
+        logM.write(
+            makeStatus(BAS::Status::info, {}, "MSG_RESULTS_REMOVED",
+                       {std::to_string(removed), std::to_string(keepM / std::chrono::hours(24)),
+                        inletM.answers.string()}));
+    }
+}
+
+void CommandDirectory::removeFetched() {
+    if (!inletM.isOfGroup()) {
+        return;
+    }
+    for (auto const& name : directoryM.completeFiles(fetchedSuffix)) {
+        auto const base = (inletM.answers / std::filesystem::path(name).stem()).string();
+        ::unlink((base + resultSuffix).c_str());
+        for (std::size_t number = 1; ::unlink((base + reportSuffix(number)).c_str()) == 0;
+             ++number) {
+        }
+        ::unlink((directoryM.path() / name).c_str());
     }
 }
 
@@ -94,7 +169,7 @@ void CommandDirectory::passBy(std::string const& name, std::string const& reason
 // directory.
 bool CommandDirectory::isObstructed(std::string const& name) {
     for (auto const* const suffix : {takenSuffix, resultSuffix}) {
-        auto const file = withSuffix(directoryM.path(), name, suffix);
+        auto const file = withSuffix(inletM.answers, name, suffix);
         struct stat found = {};
         if (::lstat(file.c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
             passBy(name, fmt::format("'{}' is in the way: {}, expected a regular file or none",
@@ -107,49 +182,93 @@ bool CommandDirectory::isObstructed(std::string const& name) {
 
 void CommandDirectory::takeAll(Notification const& stop) {
     directoryM.changes().takeChanges();
-    for (auto names = waiting(); !names.empty(); names = waiting()) {
-        for (auto const& name : names) {
+    sweep();
+    removeFetched();
+    std::set<std::string> left; // what can't be taken
+    for (bool isTaken = true; isTaken;) {
+        isTaken = false;
+        for (auto const& name : waiting()) {
             if (stop.isSet()) {
                 return;
             }
-            take(name);
+            if (left.find(name) == left.end()) {
+                bool const isDone = take(name);
+                isTaken = isTaken || isDone;
+                if (!isDone) {
+                    left.insert(name);
+                }
+            }
         }
     }
 }
 
-void CommandDirectory::take(std::string const& name) {
-    auto const taken = withSuffix(directoryM.path(), name, takenSuffix);
-    if (::rename((directoryM.path() / name).c_str(), taken.c_str()) != 0) {
-        if (errno == ENOENT) {
-            return; // withdrawn
-        }
+bool CommandDirectory::take(std::string const& name) {
+    if (!(inletM.isOfGroup() ? copyToTaken(name) : moveToTaken(name))) {
+        return false;
+    }
+    carryOut(withSuffix(inletM.answers, name, takenSuffix), name);
+    return true;
+}
+
+bool CommandDirectory::moveToTaken(std::string const& name) {
+    auto const taken = withSuffix(inletM.answers, name, takenSuffix);
+    if (::rename((directoryM.path() / name).c_str(), taken.c_str()) == 0) {
+        return true;
+    }
+    if (errno != ENOENT) { // withdrawn
         throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directoryM.path(), errno);
     }
-    carryOut(taken, name);
+    return false;
+}
+
+// Whatever a sender does to the file meanwhile. One that can't be read is taken as an empty one,
+// and answered.
+bool CommandDirectory::copyToTaken(std::string const& name) {
+    auto const file = directoryM.path() / name;
+    auto const taken = withSuffix(inletM.answers, name, takenSuffix);
+    auto const text = readForeignText(file, name);
+    try {
+        writeWholeFile(taken, text.bytes);
+    } catch (BAS::Status const& status) {
+        passBy(name, messageText(status));
+        return false;
+    }
+    if (::unlink(file.c_str()) != 0) {
+        auto const error = errno;
+        ::unlink(taken.c_str());
+        if (error != ENOENT) { // withdrawn
+            passBy(name, messageText(fileStatus("ERR_FILE_NOT_WRITABLE", file, error)));
+        }
+        return false;
+    }
+    if (!text.problem.empty()) {
+        reject(name, {text.problem});
+        return false;
+    }
+    logM.write(
+        makeStatus(BAS::Status::info, {}, "MSG_COMMAND_TAKEN", {name, userName(text.owner)}));
+    return true;
 }
 
 void CommandDirectory::carryOut(std::filesystem::path const& file, std::string const& name) {
-    std::vector<std::string> problems;
     try {
         filesM.push_back({name, readCommandFile(file, name), {}, 0});
-        placeReports(filesM.back());
+        confine(filesM.back());
         goOn(filesM.back());
-        return;
     } catch (StartFailure const& failure) {
-        problems = textsOf(failure);
+        reject(name, textsOf(failure));
     } catch (BAS::Status const& status) {
-        problems = {messageText(status)};
+        reject(name, {messageText(status)});
     }
-    logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
-                          {name, fmt::format("{}", fmt::join(problems, "; "))}));
-    answer(name, problemFileText(name, problems));
 }
 
-void CommandDirectory::placeReports(File& file) {
+// Where the reports of the file's commands may go.
+void CommandDirectory::confine(File& file) {
     for (auto& command : file.commands) {
+        command.room = inletM.isOfGroup() ? &*inletM.room : nullptr;
         command.reportForSender = [this, &file] {
-            return directoryM.path() / (std::filesystem::path(file.name).stem().string() +
-                                        reportSuffix(++file.reports));
+            return inletM.answers / (std::filesystem::path(file.name).stem().string() +
+                                     reportSuffix(++file.reports));
         };
     }
 }
@@ -171,15 +290,21 @@ void CommandDirectory::goOn(File& file) {
     filesM.remove_if([&](File const& each) { return &each == &file; });
 }
 
+void CommandDirectory::reject(std::string const& name, std::vector<std::string> const& problems) {
+    logM.write(makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED",
+                          {name, fmt::format("{}", fmt::join(problems, "; "))}));
+    answer(name, problemFileText(name, problems));
+}
+
 // The command file is removed after its result is written.
 void CommandDirectory::answer(std::string const& name, std::string const& text) {
     try {
-        writeWholeFile(withSuffix(directoryM.path(), name, resultSuffix), text);
+        writeWholeFile(withSuffix(inletM.answers, name, resultSuffix), text);
     } catch (BAS::Status const& status) {
         hasFailedM = true;
         logM.write(status);
     }
-    ::unlink(withSuffix(directoryM.path(), name, takenSuffix).c_str());
+    ::unlink(withSuffix(inletM.answers, name, takenSuffix).c_str());
 }
 
 } // namespace host

@@ -1,13 +1,19 @@
 // The directory into which operators put command files. Files are taken in order of name; each is
 // answered by a result file and removed. While a file is executed it has the suffix ".taken", so
-// that its sender knows whether it can still be withdrawn, and no command is executed twice. Used
-// by one thread; one host has a directory at a time.
+// that its sender knows whether it can still be withdrawn, and no command is executed twice.
+// Results that nobody fetches go after some days. Used by one thread; one host has a directory at a
+// time.
+//
+// In the directory of a group, nothing of what the host needs is left to the senders: a file is
+// copied when it is taken, and what the host makes of it lies where they can only read.
 #pragma once
 
 #include "base/DropDirectory.h"
 #include "base/Notification.h"
 #include "commands/CommandExecution.h"
+#include "commands/CommandInlet.h"
 
+#include <chrono>
 #include <functional>
 #include <list>
 #include <optional>
@@ -28,13 +34,11 @@ public:
     // same thread, during the lifetime of the directory.
     using Execute = std::function<std::optional<CommandResult>(Command const&, Done done)>;
 
-    // Throws a BAS::Status when the directory can't be used, or when others than the user and root
-    // can put files there.
-    static void requireSafe(std::filesystem::path const& directory);
+    // Takes a safe inlet for this host alone, and answers commands during which an earlier host
+    // ended. The log stays the caller's. Throws a BAS::Status when a directory can't be used.
+    CommandDirectory(CommandInlet inlet, std::size_t keepDays, Execute execute, BAS::LogSink& log);
 
-    // Takes a safe directory for this host alone, and answers commands during which an earlier host
-    // ended. The log stays the caller's. Throws a BAS::Status when the directory can't be used.
-    CommandDirectory(std::filesystem::path directory, Execute execute, BAS::LogSink& log);
+    std::filesystem::path const& path() const noexcept { return directoryM.path(); }
 
     // Readable when command files may have come.
     int descriptor() const noexcept { return directoryM.changes().descriptor(); }
@@ -42,6 +46,8 @@ public:
     // comes later continues when it comes, and the files after it don't wait. Throws a BAS::Status
     // when the directory can't be used any more.
     void takeAll(Notification const& stop);
+    // When takeAll has old results to look for.
+    std::chrono::steady_clock::time_point nextSweep() const noexcept { return nextSweepM; }
 
     // A result couldn't be written.
     bool hasFailed() const noexcept { return hasFailedM; }
@@ -56,21 +62,31 @@ private:
     };
 
     void answerInterrupted();
+    void sweep();
+    // Removes what the senders, who can't do so, have fetched.
+    void removeFetched();
     std::vector<std::string> waiting();
     // Logs once that the file stays.
     void passBy(std::string const& name, std::string const& reason);
     bool isObstructed(std::string const& name);
-    void take(std::string const& name);
+    // All return false when the file is gone or stays.
+    bool take(std::string const& name);
+    bool moveToTaken(std::string const& name);
+    bool copyToTaken(std::string const& name);
     void carryOut(std::filesystem::path const& file, std::string const& name);
-    void placeReports(File& file);
+    void confine(File& file);
     void goOn(File& file);
+    void reject(std::string const& name, std::vector<std::string> const& problems);
     void answer(std::string const& name, std::string const& text);
 
+    CommandInlet inletM;
+    std::chrono::hours keepM;
     DropDirectory directoryM;
     Execute executeM;
     BAS::LogSink& logM;
     std::list<File> filesM;
-    std::set<std::string> passedByM; // names that are too long
+    std::set<std::string> passedByM; // names that are logged
+    std::chrono::steady_clock::time_point nextSweepM;
     bool hasFailedM = false;
 };
 

@@ -34,8 +34,12 @@ std::string reportSuffix(std::size_t number) {
     return number == 1 ? ".report" : "." + std::to_string(number) + ".report";
 }
 
+std::string readCommandBytes(FileDescriptor const& file, std::string const& name) {
+    return readWholeFile(file, name, mostBytes);
+}
+
 std::vector<Command> readCommandFile(std::filesystem::path const& file, std::string const& name) {
-    return parseCommandFile(readWholeFile(openForeignFile(file), name, mostBytes), name);
+    return parseCommandFile(readCommandBytes(openForeignFile(file), name), name);
 }
 
 std::vector<Command> parseCommandFile(std::string const& bytes, std::string const& name) {

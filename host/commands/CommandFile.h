@@ -1,6 +1,7 @@
 // Command files: one mapping of registered objects to the keys and values of their updates.
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "commands/Command.h"
 
 #include <filesystem>
@@ -12,8 +13,15 @@ namespace host {
 // The result of a command file has its name with the other suffix.
 inline constexpr char const* commandSuffix = ".yaml";
 inline constexpr char const* resultSuffix = ".result";
+// An empty file with that suffix tells that its sender, who can't remove them, has got the result
+// and the reports.
+inline constexpr char const* fetchedSuffix = ".fetched";
 // Of the file's reports for its sender, which count from 1.
 std::string reportSuffix(std::size_t number);
+
+// The bytes of a file that others put there. Throws a BAS::Status when it can't be read or has
+// more than 1 MiB; messages use the given name for it.
+std::string readCommandBytes(FileDescriptor const& file, std::string const& name);
 
 // The commands in the order of the file, at least one. Throws a StartFailure with all problems of
 // the file and their places, or a BAS::Status when it can't be read. Messages use the given name

@@ -8,11 +8,15 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <system_error>
 
 namespace host {
 
 namespace {
+
+// Each takes two threads and some descriptors.
+constexpr std::size_t mostReports = 32;
 
 // A file by its directory, which is open, and its own name.
 struct Place {
@@ -43,16 +47,47 @@ std::filesystem::path absolutePath(std::string const& text) {
     return std::filesystem::absolute(text, error).lexically_normal();
 }
 
+FileDescriptor openDirectory(int at, std::filesystem::path const& directory, int flags = 0) {
+    return FileDescriptor(
+        ::openat(at, directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+}
+
 Place openPlace(std::string const& key, std::string const& text) {
     Place place;
     place.path = absolutePath(text);
     auto const directory = place.path.parent_path();
-    place.directory = FileDescriptor(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    place.directory = openDirectory(AT_FDCWD, directory);
     if (!place.directory.isOpen()) {
         refuse(key, place.path,
                errno == ENOENT ? fmt::format("the directory '{}' doesn't exist", directory.string())
                                : fmt::format("the directory '{}' can't be used: {}",
                                              directory.string(), errorText()));
+    }
+    return place;
+}
+
+// Whatever stands in the text, the place is below the room, and no link leads there.
+Place openPlaceIn(ReportRoom const& room, std::string const& key, std::string const& text) {
+    std::filesystem::path const given(text);
+    auto const relative = given.is_absolute() ? given.lexically_relative(room.directory) : given;
+    auto const expected =
+        fmt::format("expected a path below '{}' without '..'", room.directory.string());
+    if (relative.empty() || std::find(relative.begin(), relative.end(), "..") != relative.end()) {
+        refuse(key, given, expected);
+    }
+    Place place;
+    place.path = (room.directory / relative).lexically_normal();
+    place.directory = openDirectory(AT_FDCWD, room.directory);
+    auto const below = place.path.lexically_relative(room.directory);
+    for (auto const& part : below.parent_path()) {
+        if (place.directory.isOpen()) {
+            place.directory = openDirectory(place.directory.number(), part, O_NOFOLLOW);
+        }
+    }
+    if (!place.directory.isOpen()) {
+        refuse(key, place.path,
+               fmt::format("its directory can't be used: {}; {} that leads through no links",
+                           errorText(), expected));
     }
     return place;
 }
@@ -77,12 +112,12 @@ void requireReplaceable(std::string const& key, Place const& place) {
 } // namespace
 
 PreparedCommand::PreparedCommand(Command const& command)
-    : reportForSenderM(command.reportForSender), updateM(command.update.name()) {
+    : commandM(command), updateM(command.update.name()) {
     for (auto const& key : command.update.children()) {
         try {
             updateM.add(key->name(), prepare(key->name().str(), key->value().str()));
         } catch (CommandRefused& refused) {
-            refused.setCollected(isCollected(key->value().view()));
+            refused.setCollected(command.room != nullptr || isCollected(key->value().view()));
             throw;
         }
     }
@@ -93,30 +128,40 @@ std::string PreparedCommand::prepare(std::string const& key, std::string const& 
         refuse(key, value.substr(0, value.find('\0')), "a path can't hold the character U+0000");
     }
     if (value == senderValue) {
-        if (!reportForSenderM) {
+        if (!commandM.reportForSender) {
             refuse(key, value, "nobody waits for the report");
         }
-        return collect(key, reportForSenderM().string());
+        return collect(key, commandM.reportForSender().string(), Wish::forSender);
     }
     if (value == "@") {
         refuse(key, value,
                "expected a path after '@', '@-' for the sender, or '@@' for a text that begins "
                "with '@'");
     }
-    if (value.starts_with("@@")) {
-        return checkedPlain(key, value.substr(1));
+    auto const text = value.starts_with('@') ? value.substr(1) : value;
+    if (isCollected(value)) {
+        return collect(key, text, Wish::file);
     }
-    return isCollected(value) ? collect(key, value.substr(1)) : checkedPlain(key, value);
+    bool const isConfined = commandM.room != nullptr && !text.empty();
+    return isConfined ? collect(key, text, Wish::unknown) : checkedPlain(key, text);
 }
 
-std::string PreparedCommand::collect(std::string const& key, std::string const& path) {
-    auto place = openPlace(key, path);
+std::string PreparedCommand::collect(std::string const& key, std::string const& path, Wish wish) {
+    auto const* const room = wish == Wish::forSender ? nullptr : commandM.room;
+    auto place = room == nullptr ? openPlace(key, path) : openPlaceIn(*room, key, path);
     requireReplaceable(key, place);
+    if (collectedM.size() == mostReports) {
+        refuse(key, place.path, fmt::format("a command has at most {} reports", mostReports));
+    }
     try {
-        auto report = std::make_unique<CollectedReport>(
-            std::make_unique<TemporaryFile>(std::move(place.directory), place.path));
+        auto file = std::make_unique<TemporaryFile>(std::move(place.directory), place.path);
+        if (room != nullptr) {
+            file->setOwner(::geteuid(), room->group);
+        }
+        auto report = std::make_unique<CollectedReport>(std::move(file));
         auto given = report->path().string();
-        collectedM.push_back({key, place.path, std::move(report)});
+        collectedM.push_back(
+            {key, place.path, path.find('/') != std::string::npos, wish, std::move(report)});
         return given;
     } catch (BAS::Status const& status) {
         refuse(key, place.path, messageText(status));
@@ -139,14 +184,20 @@ std::vector<NamedFile> PreparedCommand::finish(std::string const& objection) {
     std::vector<NamedFile> files;
     for (auto const& each : collectedM) {
         auto const outcome = each.report->finish(objection);
+        bool const isText = each.wish == Wish::unknown && !outcome.isOpened;
+        if (isText && !each.looksLikePath) {
+            continue;
+        }
         NamedFile file;
         file.key = each.key;
         file.path = each.place;
         file.isOpened = outcome.isOpened;
         file.size = outcome.size;
-        file.completeness = outcome.isWhole ? Completeness::whole : Completeness::cut;
+        file.completeness = outcome.isWhole ? Completeness::whole
+                            : isText        ? Completeness::unknown
+                                            : Completeness::cut;
         file.reason = outcome.reason;
-        file.hasFailed = !outcome.isWhole;
+        file.hasFailed = !outcome.isWhole && !isText;
         files.push_back(std::move(file));
     }
     return files;

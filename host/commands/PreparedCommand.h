@@ -3,7 +3,9 @@
 //
 // A value "@PATH" has the host collect the report that the object writes, and "@-" has it go to the
 // sender; "@@..." is the text that begins with the second "@". Any other value is the object's own
-// business, but may not name what would keep it waiting.
+// business, but may not name what would keep it waiting. In a command that has a room for its
+// reports, every value is collected, whether it asks for that or not: an object that opened a path
+// by itself could be led elsewhere.
 #pragma once
 
 #include "commands/CollectedReport.h"
@@ -34,7 +36,8 @@ private:
 
 class PreparedCommand {
 public:
-    // Makes what is needed to collect reports. Throws CommandRefused.
+    // Makes what is needed to collect reports. The command must outlive the object. Throws
+    // CommandRefused.
     explicit PreparedCommand(Command const& command);
 
     // What the object gets.
@@ -49,17 +52,21 @@ public:
     void removeTraces() noexcept;
 
 private:
+    enum class Wish { forSender, file, unknown }; // unknown: the value may be no path at all
+
     struct Collected {
         std::string key;
         std::filesystem::path place;
+        bool looksLikePath; // the value has a '/'
+        Wish wish;
         std::unique_ptr<CollectedReport> report;
     };
 
     std::string prepare(std::string const& key, std::string const& value);
-    std::string collect(std::string const& key, std::string const& path);
+    std::string collect(std::string const& key, std::string const& path, Wish wish);
     std::string checkedPlain(std::string const& key, std::string const& text);
 
-    std::function<std::filesystem::path()> const& reportForSenderM;
+    Command const& commandM;
     BAS::RegistryEntry updateM;
     std::vector<PlainValue> plainM;
     std::vector<Collected> collectedM;

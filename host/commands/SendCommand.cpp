@@ -55,19 +55,16 @@ bool print(FileDescriptor const& file) {
     }
 }
 
-// Removes each report that is printed; one that isn't whole doesn't exist.
+// One that isn't whole doesn't exist.
 bool printReports(std::string const& base) {
     for (std::size_t number = 1; isThere(base + reportSuffix(number)); ++number) {
-        auto const report = base + reportSuffix(number);
-        if (!print(openForeignFile(report))) {
+        if (!print(openForeignFile(base + reportSuffix(number)))) {
             return false;
         }
-        ::unlink(report.c_str());
     }
     return true;
 }
 
-// What can't be printed stays, so that it isn't lost.
 ExitCode printResult(std::string const& base, bool hasReports, ResultForm form) {
     auto const result = base + resultSuffix;
     bool const faultless = isFaultless(result);
@@ -80,8 +77,33 @@ ExitCode printResult(std::string const& base, bool hasReports, ResultForm form) 
     if (!output) {
         return inputOrOutputFailed;
     }
-    ::unlink(result.c_str());
     return faultless ? done : doneWithFaults;
+}
+
+void removeResult(std::string const& base) {
+    for (std::size_t number = 1; ::unlink((base + reportSuffix(number)).c_str()) == 0; ++number) {
+    }
+    ::unlink((base + resultSuffix).c_str());
+}
+
+// What can't be printed stays, so that it isn't lost.
+ExitCode fetchResult(CommandInlet const& inlet, std::string const& name, bool hasReports,
+                     ResultForm form) {
+    auto const base = (inlet.answers / name).string();
+    auto const exitCode = printResult(base, hasReports, form);
+    if (exitCode == inputOrOutputFailed) {
+        return exitCode;
+    }
+    if (!inlet.isOfGroup()) {
+        removeResult(base);
+        return exitCode;
+    }
+    try {
+        writeWholeFile(inlet.directory / (name + fetchedSuffix), "");
+    } catch (BAS::Status const&) {
+        // It is the sender's no more, and goes after some days.
+    }
+    return exitCode;
 }
 
 // Returns false on timeout or when stop is set.
@@ -107,19 +129,19 @@ void withdraw(std::filesystem::path const& file, std::filesystem::path const& re
 
 } // namespace
 
-ExitCode sendCommand(std::filesystem::path const& directory, Command const& command,
+ExitCode sendCommand(CommandInlet const& inlet, Command const& command,
                      std::chrono::duration<double> timeout, ResultForm form) {
     auto const deadline = std::chrono::steady_clock::now() +
                           std::chrono::duration_cast<std::chrono::steady_clock::duration>(timeout);
-    auto const base = (directory / uniqueName()).string();
-    std::filesystem::path const file = base + commandSuffix;
-    std::filesystem::path const result = base + resultSuffix;
+    auto const name = uniqueName();
+    auto const file = inlet.directory / (name + commandSuffix);
+    auto const result = inlet.answers / (name + resultSuffix);
     Notification stop;
     StopSignals const signals(stop);
-    DirectoryWatch watch(directory);
+    DirectoryWatch watch(inlet.answers);
     writeWholeFile(file, commandFileText(command));
     if (waitForResult(result, watch, stop, deadline)) {
-        return printResult(base, hasSenderReport(command), form);
+        return fetchResult(inlet, name, hasSenderReport(command), form);
     }
     withdraw(file, result);
     return stop.isSet() ? interrupted : noAnswer;

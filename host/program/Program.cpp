@@ -162,7 +162,7 @@ ExitCode send(CommandLine const& commandLine, Logs& logs) {
                          {commandLine.registry.string()});
     }
     try {
-        return sendCommand(*configuration.commandDirectory, *commandLine.sent, commandLine.timeout,
+        return sendCommand(inletOfCaller(configuration), *commandLine.sent, commandLine.timeout,
                            commandLine.isJson ? ResultForm::json : ResultForm::yaml);
     } catch (BAS::Status const& status) {
         logs.writeToCaller(status);

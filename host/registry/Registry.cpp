@@ -99,6 +99,7 @@ private:
         }
         checkMandatory(map, keys);
         checkAlternatives(map, keys);
+        checkTogether(map, keys);
     }
 
     // A text that is empty has no value.
@@ -157,6 +158,27 @@ private:
         if (!alternatives.empty() && taken == nullptr) {
             problemsM.add(map.position, fmt::format("'{}' lacks the key {}", map.key,
                                                     fmt::join(alternatives, " or ")));
+        }
+    }
+
+    template <class Object>
+    void checkTogether(YamlMember const& map, KeyTable<Object> keys) {
+        std::vector<std::string> lacking;
+        YamlMember const* taken = nullptr;
+        for (auto const& key : keys) {
+            if (key.presence != Presence::together) {
+                continue;
+            }
+            auto const* const member = map.value.find(key.name);
+            taken = member == nullptr ? taken : member;
+            if (member == nullptr) {
+                lacking.push_back(fmt::format("'{}'", key.name));
+            }
+        }
+        if (taken != nullptr && !lacking.empty()) {
+            problemsM.add(taken->position,
+                          fmt::format("'{}' has '{}' without {}, expected both or neither", map.key,
+                                      taken->key, fmt::join(lacking, " and ")));
         }
     }
 

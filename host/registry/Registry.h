@@ -45,7 +45,10 @@ struct HostConfiguration {
     std::optional<std::filesystem::path> processLog; // standard error without it
     std::optional<std::filesystem::path> commandDirectory;
     std::size_t stopTimeout = 5; // seconds that a command has once the host is to end
-    std::optional<std::filesystem::path> statusFile; // in the command directory without it
+    std::size_t keepResults = 7; // days, for those that nobody fetches
+    std::string commandGroup;    // whose members may give commands; empty: there is none
+    std::optional<std::filesystem::path> groupReports; // directory of the reports that they get
+    std::optional<std::filesystem::path> statusFile;   // in the command directory without it
     std::optional<std::filesystem::path> metricsFile;
     std::size_t metricsMode = 0644;        // of the file
     std::size_t longestBatchSeconds = 300; // within a plug-in, before the host counts as stuck

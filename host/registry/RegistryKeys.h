@@ -46,7 +46,7 @@ struct PathKey {
 template <class Object, class Path>
 PathKey(Path Object::*) -> PathKey<Object, Path>;
 
-// The path of a directory into which others put files, which serves one purpose only.
+// The path of a directory that serves one purpose only, since files of others lie in it.
 template <class Object>
 struct DropDirectoryKey {
     static constexpr auto shape = YamlNode::Kind::text;
@@ -112,8 +112,9 @@ struct OwnKeys {
     static constexpr auto shape = YamlNode::Kind::map;
 };
 
-// With alternatives in a mapping, exactly one of them must be there.
-enum class Presence { optional, mandatory, alternative };
+// With alternatives in a mapping, exactly one of them must be there; of keys that go together, all
+// or none.
+enum class Presence { optional, mandatory, alternative, together };
 
 template <class Object>
 struct Key {
@@ -155,6 +156,9 @@ inline constexpr Key<PipelineConfiguration> pipelineKeys[] = {
 
 inline constexpr Key<HostConfiguration> commandsKeys[] = {
     {"Directory", Presence::mandatory, DropDirectoryKey{&HostConfiguration::commandDirectory}},
+    {"Group", Presence::together, TextKey<HostConfiguration>{&HostConfiguration::commandGroup}},
+    {"Reports", Presence::together, DropDirectoryKey{&HostConfiguration::groupReports}},
+    {"KeepResults", Presence::optional, NumberKey{&HostConfiguration::keepResults, 1, 36'500}},
     {"StopTimeout", Presence::optional, NumberKey{&HostConfiguration::stopTimeout, 1, 86'400}},
 };
 

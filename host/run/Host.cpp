@@ -2,9 +2,10 @@
 
 #include "BAS/LogSink.h"
 #include "PLG/FunctionPlugIn.h"
+#include "base/DropDirectory.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
-#include "commands/CommandDirectory.h"
+#include "commands/CommandInlet.h"
 
 #include <fmt/format.h>
 
@@ -73,19 +74,22 @@ std::vector<BAS::Status> Host::check() {
 
 void Host::checkDirectories() {
     auto const& configuration = registryM.configuration;
-    checkDirectory(configuration.commandDirectory, {}, &CommandDirectory::requireSafe);
+    checkDirectory({}, [&] {
+        for (auto const& inlet : commandInlets(configuration)) {
+            checkDirectory({}, [&] { requireSafe(inlet); });
+        }
+    });
     for (auto const& pipeline : configuration.pipelines) {
-        checkDirectory(pipeline.inputDirectory, pipeline.registeredName,
-                       &DropDirectory::requireUsable);
+        if (pipeline.inputDirectory) {
+            checkDirectory(pipeline.registeredName,
+                           [&] { DropDirectory::requireUsable(*pipeline.inputDirectory); });
+        }
     }
 }
 
-void Host::checkDirectory(std::optional<std::filesystem::path> const& directory,
-                          BAS::String const& user, void (*require)(std::filesystem::path const&)) {
+void Host::checkDirectory(BAS::String const& user, std::function<void()> const& require) {
     try {
-        if (directory) {
-            require(*directory);
-        }
+        require();
     } catch (BAS::Status& status) {
         status.setObjectName(user);
         problemsM.push_back(status);

@@ -10,6 +10,7 @@
 #include "run/ModuleLoader.h"
 #include "run/PipelineRunner.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -66,9 +67,8 @@ public:
 
 private:
     void checkDirectories();
-    // Directory of the user of that registered name; require throws a BAS::Status.
-    void checkDirectory(std::optional<std::filesystem::path> const& directory,
-                        BAS::String const& user, void (*require)(std::filesystem::path const&));
+    // Require, which throws a BAS::Status, is about a directory of the object of that name.
+    void checkDirectory(BAS::String const& user, std::function<void()> const& require);
     void buildDataPool();
     void buildPipelines();
     void buildFunctions();

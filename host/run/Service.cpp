@@ -4,15 +4,17 @@
 #include "base/MessageCatalogue.h"
 #include "base/Poll.h"
 
+#include <algorithm>
+
 namespace host {
 
 Service::Service(Host& host, CommandExecutor& executor, Notification const& stop,
                  ProgressLine* progress)
     : hostM(host), executorM(executor), stopM(stop), progressM(progress) {
-    openDirectories(host.configuration().commandDirectory);
+    openDirectories();
 }
 
-void Service::openDirectories(std::optional<std::filesystem::path> const& commandDirectory) {
+void Service::openDirectories() {
     std::vector<BAS::Status> problems;
     for (auto const& pipeline : hostM.pipelines()) {
         try {
@@ -23,13 +25,14 @@ void Service::openDirectories(std::optional<std::filesystem::path> const& comman
         }
     }
     try {
-        if (commandDirectory) {
-            commandsM = std::make_unique<CommandDirectory>(
-                *commandDirectory,
+        auto const& configuration = hostM.configuration();
+        for (auto& inlet : commandInlets(configuration)) {
+            commandsM.push_back({std::make_unique<CommandDirectory>(
+                std::move(inlet), configuration.keepResults,
                 [this](Command const& command, CommandDirectory::Done done) {
                     return executorM.execute(command, std::move(done));
                 },
-                hostM.log());
+                hostM.log())});
         }
     } catch (BAS::Status const& status) {
         problems.push_back(status);
@@ -51,7 +54,9 @@ void Service::run() {
 }
 
 bool Service::hasFailed() const noexcept {
-    return haveCommandsFailedM || (commandsM != nullptr && commandsM->hasFailed());
+    return std::any_of(commandsM.begin(), commandsM.end(), [](auto const& commands) {
+        return commands.hasFailed || commands.directory->hasFailed();
+    });
 }
 
 std::vector<std::jthread> Service::startPipelines() {
@@ -73,13 +78,14 @@ void Service::serveUntilEnd() {
     while (!stopM.isSet() && !endedM.isSet()) {
         takeCommands();
         executorM.finishReloads();
-        Deadline redraw;
+        auto wakeUp = nextSweep();
         if (progressM != nullptr) {
-            redraw = progressM->draw();
+            auto const redraw = progressM->draw();
+            wakeUp = wakeUp ? std::min(*wakeUp, redraw) : redraw;
         }
         waitForAny({stopM.descriptor(), endedM.descriptor(), executorM.descriptor(),
-                    commandsM == nullptr || haveCommandsFailedM ? -1 : commandsM->descriptor()},
-                   redraw);
+                    commandsDescriptor(0), commandsDescriptor(1)},
+                   wakeUp);
     }
     if (stopM.isSet()) {
         hostM.log().write(makeStatus(BAS::Status::notice, {}, "MSG_STOPPING", {}));
@@ -99,19 +105,40 @@ void Service::finishCommands() {
     }
 }
 
-// Without the directory the host continues, but takes no more commands.
 void Service::takeCommands() {
-    if (commandsM == nullptr || haveCommandsFailedM) {
+    for (auto& commands : commandsM) {
+        takeCommands(commands);
+    }
+}
+
+// Without the directory the host continues, but takes no more commands from there.
+void Service::takeCommands(Commands& commands) {
+    if (commands.hasFailed) {
         return;
     }
     try {
-        commandsM->takeAll(stopM);
+        commands.directory->takeAll(stopM);
     } catch (BAS::Status const& status) {
-        haveCommandsFailedM = true;
-        hostM.log().write(
-            makeStatus(BAS::Status::critical, {}, "ERR_COMMANDS_STOPPED",
-                       {hostM.configuration().commandDirectory->string(), messageText(status)}));
+        commands.hasFailed = true;
+        hostM.log().write(makeStatus(BAS::Status::critical, {}, "ERR_COMMANDS_STOPPED",
+                                     {commands.directory->path().string(), messageText(status)}));
     }
+}
+
+int Service::commandsDescriptor(std::size_t number) const {
+    bool const isUsed = number < commandsM.size() && !commandsM[number].hasFailed;
+    return isUsed ? commandsM[number].directory->descriptor() : -1;
+}
+
+Deadline Service::nextSweep() const {
+    Deadline next;
+    for (auto const& commands : commandsM) {
+        auto const sweep = commands.directory->nextSweep();
+        if (!commands.hasFailed) {
+            next = next ? std::min(*next, sweep) : sweep;
+        }
+    }
+    return next;
 }
 
 } // namespace host

@@ -2,13 +2,16 @@
 // after the other and shows the progress.
 #pragma once
 
+#include "base/Poll.h"
 #include "commands/CommandDirectory.h"
 #include "run/CommandExecutor.h"
 #include "run/Host.h"
 #include "run/ProgressLine.h"
 
 #include <atomic>
+#include <memory>
 #include <thread>
+#include <vector>
 
 namespace host {
 
@@ -29,18 +32,26 @@ public:
     bool hasFailed() const noexcept;
 
 private:
-    void openDirectories(std::optional<std::filesystem::path> const& commandDirectory);
+    struct Commands {
+        std::unique_ptr<CommandDirectory> directory;
+        bool hasFailed = false; // and nothing is taken from there any more
+    };
+
+    void openDirectories();
     std::vector<std::jthread> startPipelines();
     void serveUntilEnd();
     void takeCommands();
+    void takeCommands(Commands& commands);
+    // The one of that number; -1 when it is unused.
+    int commandsDescriptor(std::size_t number) const;
+    Deadline nextSweep() const;
     void finishCommands();
 
     Host& hostM;
     CommandExecutor& executorM;
     Notification const& stopM;
     ProgressLine* progressM;
-    std::unique_ptr<CommandDirectory> commandsM;
-    bool haveCommandsFailedM = false;
+    std::vector<Commands> commandsM;
     std::atomic<std::size_t> runningM{0}; // pipelines
     Notification endedM;                  // all pipelines have
 };
