@@ -1,12 +1,12 @@
 #include "watch/StatusFile.h"
 
 #include "base/Failures.h"
+#include "base/WholeFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <array>
-#include <cstdio>
 
 namespace host {
 
@@ -34,9 +34,15 @@ bool isStillThere(FileDescriptor const& file, std::filesystem::path const& path)
 // The file that a running host has locked; not open when none runs.
 FileDescriptor openLocked(std::filesystem::path const& path) {
     for (;;) {
-        FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+        FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
         if (!file.isOpen() && errno != ENOENT && errno != ENOTDIR) {
             throw fileStatus("ERR_FILE_NOT_READABLE", path, errno);
+        }
+        struct stat found = {};
+        if (file.isOpen() && ::fstat(file.number(), &found) == 0 && !S_ISREG(found.st_mode)) {
+            throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_READABLE",
+                             {path.string(), std::string(fileKindName(found.st_mode)) +
+                                                 ", expected a regular file or none"});
         }
         if (!file.isOpen() || isLocked(file)) {
             return file;
@@ -57,23 +63,20 @@ StatusFile::StatusFile(std::filesystem::path file) : fileM(std::move(file)) {
 }
 
 StatusFile::~StatusFile() {
-    if (lockedM.isOpen()) {
+    if (thereM != nullptr) {
         ::unlink(fileM.c_str());
     }
 }
 
 void StatusFile::write(std::string_view text) {
-    auto const temporary = fileM.parent_path() / ("." + fileM.filename().string() + ".tmp");
-    FileDescriptor next(::open(temporary.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0640));
+    auto next = std::make_unique<TemporaryFile>(fileM);
     auto lock = wholeFile(F_WRLCK);
-    if (!next.isOpen() || ::fcntl(next.number(), F_OFD_SETLK, &lock) != 0 ||
-        ::fchmod(next.number(), 0640) != 0 || !writeAll(next.number(), text) ||
-        ::rename(temporary.c_str(), fileM.c_str()) != 0) {
-        auto const error = errno;
-        ::unlink(temporary.c_str());
-        throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, error);
+    if (::fcntl(next->descriptor(), F_OFD_SETLK, &lock) != 0) {
+        throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, errno);
     }
-    lockedM = std::move(next); // the one before is unlocked when it is closed
+    next->write(text);
+    next->takePlace();
+    thereM = std::move(next); // the one before is unlocked when it is closed
 }
 
 std::optional<std::string> readStatusFile(std::filesystem::path const& path) {

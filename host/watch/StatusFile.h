@@ -4,9 +4,10 @@
 // nobody, and no reader keeps the host waiting.
 #pragma once
 
-#include "base/FileDescriptor.h"
+#include "base/TemporaryFile.h"
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,7 +28,7 @@ public:
 
 private:
     std::filesystem::path fileM;
-    FileDescriptor lockedM; // the file that is there
+    std::unique_ptr<TemporaryFile> thereM; // locked
 };
 
 // What a running host wrote there last; nothing when none runs. Throws a BAS::Status when the file

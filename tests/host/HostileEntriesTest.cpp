@@ -103,6 +103,7 @@ TEST_F(HostileEntries, DontLeadTheHostToOtherFiles) {
         char const* target;
     } const cases[] = {{"in/done/.state", "secret"}, {"in/done", "elsewhere"}};
     std::filesystem::create_directory(pathOf("elsewhere"));
+    std::filesystem::create_directory(pathOf("shared"));
     for (auto const& each : cases) {
         std::filesystem::remove_all(pathOf("in/done"));
         std::filesystem::create_directories(pathOf(each.name).parent_path());
@@ -112,6 +113,20 @@ TEST_F(HostileEntries, DontLeadTheHostToOtherFiles) {
     }
     EXPECT_EQ(directoryM.read("secret"), "bad secret\n");
     EXPECT_TRUE(std::filesystem::is_empty(pathOf("elsewhere")));
+    link("shared/.s.tmp", "secret");
+    auto const text = directoryM.read("r.yaml");
+    for (auto const* const status : {"shared/s", "gate"}) {
+        directoryM.write("r.yaml",
+                         std::string("host:\n  Status: {File: ") + status + "}\n" + text.substr(6));
+        std::filesystem::remove_all(pathOf("in/done"));
+        HostProcess host(directoryM.path(), {"run", "r.yaml"});
+        if (status == std::string("gate")) {
+            EXPECT_EQ(host.wait(), 3);
+            continue;
+        }
+        EXPECT_TRUE(waitForFile(status));
+        EXPECT_EQ(directoryM.read("secret"), "bad secret\n");
+    }
     EXPECT_EQ(HostProcess(directoryM.path(), {"check", "gate"}).wait(), 3);
     EXPECT_THAT(directoryM.read("err"), HasSubstr("it is a FIFO, expected a regular file"));
 }
