@@ -1,7 +1,6 @@
 #include "EDR/Container.h"
 
-#include "EDR/Description.h"
-
+#include <algorithm>
 #include <stdexcept>
 
 namespace EDR {
@@ -16,27 +15,9 @@ long numberFrom(BAS::String const& text) {
 
 } // namespace
 
-Container::Container(Description const& description) : descriptionM(description) {
-    auto const& kinds = description.blockKinds();
-    storesM.resize(kinds.size());
-    cursorsM.resize(kinds.size());
-    for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
-        auto& store = storesM[kind];
-        store.parent = kinds[kind].parent;
-        store.fieldCount = static_cast<std::uint32_t>(kinds[kind].fields.size());
-        store.boundaries.push_back(0);
-        store.lineage = kinds[kind].lineage;
-        store.fields = kinds[kind].fields;
-        for (auto const descendant : kinds[kind].descendants) {
-            store.descendants.push_back(&cursorsM[descendant]);
-        }
-        auto& cursor = cursorsM[kind];
-        cursor.fieldCount = store.fieldCount;
-        cursor.parent = &cursorsM[store.parent];
-        cursor.descendantsBegin = store.descendants.data();
-        cursor.descendantsEnd = cursor.descendantsBegin + store.descendants.size();
-        followStore(static_cast<std::uint32_t>(kind));
-    }
+Container::Container(Description const& description)
+    : kindsM(description.blockKinds().data()), cursorsM(description.blockKinds().size()),
+      lastBlocksM(description.blockKinds().size()) {
     clear(detailRecord);
 }
 
@@ -66,75 +47,88 @@ BAS::String const& Container::getString(Index const& field,
     }
     std::uint32_t block = 0;
     std::size_t level = 0;
-    for (auto const kind : storesM[field.blockKind()].lineage) {
-        auto const range = childrenOf(block, kind);
-        auto const position = level < positions.entries() ? positions[level] : 0;
-        // A negative position is a large one here.
-        if (static_cast<unsigned long>(position) >= range.end - range.begin) {
+    for (auto const& place : kindOf(field).lineage) {
+        block = firstChild(blocksM[block].links, place);
+        auto position = level < positions.entries() ? positions[level] : 0;
+        for (; position > 0 && block != none; --position) {
+            block = blocksM[block].links.next;
+        }
+        if (position < 0 || block == none) {
             return BAS::NULL_STRING;
         }
-        block = range.begin + static_cast<std::uint32_t>(position);
         ++level;
     }
-    auto const& cursor = cursorsM[field.blockKind()];
-    return cursor.firstCells[std::size_t{block} * cursor.fieldCount + field.field()].text;
+    return cellsOf(block)[field.field()].text;
 }
 
 void Container::clear(RecordKind kind) {
     recordKindM = kind;
-    for (auto& store : storesM) {
-        store.count = 0;
-        store.reachedByFirsts = false;
-        store.boundaries.resize(1);
-    }
-    for (auto& cursor : cursorsM) {
-        cursor.rewind();
-        cursor.firstInRoot = cursor.parent == cursorsM.data() ? pastLast : beforeFirst;
-    }
-    addBlock(Description::root());
-    cursorsM.front().block = 0;
-    followStore(0);
+    cellCountM = 0;
+    blocksM.clear();
+    firstChildrenM.assign(1, none);
+    std::fill(lastBlocksM.begin(), lastBlocksM.end(), none);
+    std::fill(cursorsM.begin(), cursorsM.end(), Cursor());
+    auto const root = append(kindsM[0]);
+    lastBlocksM[0] = root;
+    cursorsM[0] = {cellsOf(root), blocksM[root].links};
 }
 
 void Container::addBlock(BlockIndex const& block) {
-    auto& store = storesM[block.blockKind()];
-    auto const& kind = descriptionM.blockKinds()[block.blockKind()];
-    auto const& parent = storesM[store.parent];
-    bool const isRoot = block == Description::root();
-    if (!isRoot && parent.count == 0) {
+    auto const& kind = kindOf(block);
+    auto const parent = lastBlocksM[kind.place.parent];
+    if (parent == none) {
         throw std::logic_error("EDR block '" + kind.path.str() + "' added without its parent");
     }
-    if (store.count == 0) {
-        store.reachedByFirsts = isRoot || (parent.count == 1 && parent.reachedByFirsts);
-        if (store.parent == Description::root().blockKind()) {
-            cursorsM[block.blockKind()].firstInRoot = 0;
+    auto const added = append(kind);
+    auto& last = lastBlocksM[block.blockKind()];
+    auto& first = firstChildrenM[blocksM[parent].links.firstChildren + kind.place.position];
+    if (first == none) {
+        first = added;
+    } else {
+        blocksM[last].links.next = added;
+        // The cursor may be at that block, the last below the parent until now.
+        auto& atCursor = cursorsM[block.blockKind()].links;
+        if (atCursor.next == none && atCursor.firstChildren == blocksM[last].links.firstChildren) {
+            atCursor.next = added;
         }
     }
-    auto const firstCell = std::size_t{store.count} * store.fieldCount;
-    if (store.cells.size() < firstCell + store.fieldCount) {
-        store.cells.resize(firstCell + store.fieldCount);
-        followStore(block.blockKind());
+    last = added;
+}
+
+// Adds an empty block to which nothing is linked yet.
+std::uint32_t Container::append(Description::BlockKind const& kind) {
+    auto const firstCell = cellCountM;
+    cellCountM += static_cast<std::uint32_t>(kind.fields.size());
+    if (cellsM.size() < cellCountM) {
+        growCells();
     }
-    for (std::size_t i = firstCell; i < firstCell + store.fieldCount; ++i) {
-        store.cells[i].text.clear();
-        store.cells[i].number = 0;
+    for (auto i = firstCell; i < cellCountM; ++i) {
+        cellsM[i].text.clear();
+        cellsM[i].number = 0;
     }
-    for (auto const child : kind.children) {
-        storesM[child].boundaries.push_back(storesM[child].count);
-        cursorsM[child].boundaries = storesM[child].boundaries.data();
+    auto const number = static_cast<std::uint32_t>(blocksM.size());
+    blocksM.push_back({firstCell, {none, static_cast<std::uint32_t>(firstChildrenM.size())}});
+    firstChildrenM.insert(firstChildrenM.end(), kind.children.size(), none);
+    return number;
+}
+
+void Container::growCells() {
+    std::vector<Cell> grown(std::max<std::size_t>(cellCountM, 2 * cellsM.size()));
+    std::move(cellsM.begin(), cellsM.end(), grown.begin());
+    for (auto& cursor : cursorsM) {
+        if (cursor.cells != nullptr) {
+            cursor.cells = grown.data() + (cursor.cells - cellsM.data());
+        }
     }
-    if (!isRoot) {
-        ++store.boundaries.back();
-    }
-    ++store.count;
+    cellsM.swap(grown);
 }
 
 void Container::setField(Index const& field, std::string_view text) {
-    auto& store = storesM[field.blockKind()];
-    if (store.count == 0) {
+    auto const block = lastBlocksM[field.blockKind()];
+    if (block == none) {
         throw std::logic_error("EDR field set without its block");
     }
-    auto& cell = store.cells[std::size_t{store.count - 1} * store.fieldCount + field.field()];
+    auto& cell = cellsM[blocksM[block].firstCell + field.field()];
     cell.text.assign(text);
     switch (typeOf(field)) {
     case FieldType::text:
@@ -148,23 +142,21 @@ void Container::setField(Index const& field, std::string_view text) {
     }
 }
 
-// Points a kind's cursor to where the store has its blocks now.
-void Container::followStore(std::uint32_t kind) noexcept {
-    auto const& store = storesM[kind];
-    auto& cursor = cursorsM[kind];
-    cursor.boundaries = store.boundaries.data();
-    cursor.firstCells = store.cells.data();
-    if (cursor.block < pastLast) {
-        cursor.cells = cursor.firstCells + std::size_t{cursor.block} * store.fieldCount;
-    }
-}
-
 Container::Cell const* Container::firstCell(Index const& field) const noexcept {
+    if (field.blockKind() == Description::root().blockKind()) {
+        return &cellsM[field.field()];
+    }
     if (!field.isValid()) {
         return nullptr;
     }
-    auto const& store = storesM[field.blockKind()];
-    return store.reachedByFirsts ? &store.cells[field.field()] : nullptr;
+    std::uint32_t block = 0;
+    for (auto const& place : kindOf(field).lineage) {
+        block = firstChild(blocksM[block].links, place);
+        if (block == none) {
+            return nullptr;
+        }
+    }
+    return cellsOf(block) + field.field();
 }
 
 long Container::numberOf(Cell const* cell, Index const& field) const {
@@ -174,19 +166,20 @@ long Container::numberOf(Cell const* cell, Index const& field) const {
     return typeOf(field) == FieldType::number ? cell->number : numberFrom(cell->text);
 }
 
-std::uint32_t Container::blockAtMark(std::uint32_t kind) const noexcept {
-    // What was never stepped counts as the first block within the current one of its parent kind.
-    std::uint32_t block = 0;
-    for (auto const level : storesM[kind].lineage) {
-        auto const cursor = cursorsM[level].block;
-        if (cursor != beforeFirst) {
-            block = cursor;
-        } else if (block != pastLast) {
-            auto const range = childrenOf(block, level);
-            block = range.begin != range.end ? range.begin : pastLast;
-        }
+Container::Links const* Container::currentBlock(std::uint32_t kind) const noexcept {
+    auto const& cursor = cursorsM[kind];
+    if (cursor.links.next != theFirst) {
+        return cursor.isAtBlock() ? &cursor.links : nullptr;
     }
-    return block;
+    auto const& place = kindsM[kind].place;
+    auto const* const parent = currentBlock(place.parent);
+    auto const first = parent != nullptr ? firstChild(*parent, place) : none;
+    return first != none ? &blocksM[first].links : nullptr;
+}
+
+bool Container::advanceBelowUnstepped(Description::Place const& place) noexcept {
+    auto const* const parent = currentBlock(place.parent);
+    return parent != nullptr && moveTo(firstChild(*parent, place), cursorsM[place.kind]);
 }
 
 } // namespace EDR

@@ -1,9 +1,10 @@
 // One event detail record: a tree of blocks with text fields, laid out by an EDR::Description.
 //
-// The blocks of one kind are in one array in the order in which they were added, and those of one
-// parent block next to each other, so that a read by handle is array access: no map, no string
-// comparison, no allocation, and the text is returned by constant reference. The reference is valid
-// until the container is filled again.
+// All blocks are in one array and all their fields in another, both in the order of the record, so
+// that a read by handle is array access: no map, no string comparison, no allocation, and the text
+// is returned by constant reference. The reference is valid until the container is filled again.
+// Whoever reads an EDR mostly waits for memory: what all EDRs have in common stays in the
+// description, and what is read together lies together.
 //
 // The host owns and fills containers: clear, then add and set in the order of the record. clear
 // keeps all storage. The description must outlive the container. A container is used by one thread
@@ -18,7 +19,6 @@
 #include "RW/RWTValOrderedVector.h"
 
 #include <cstdint>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -64,120 +64,108 @@ private:
         // BAS::DateTime).
         long number = 0;
     };
-    // Marks in place of a block; no block has such a number.
-    static constexpr std::uint32_t beforeFirst = UINT32_MAX;
-    static constexpr std::uint32_t pastLast = UINT32_MAX - 1;
+    // In place of a block's number: no block; and in a cursor, to which no step brings the root,
+    // the first block within the current one of the parent kind.
+    static constexpr std::uint32_t none = UINT32_MAX;
+    static constexpr std::uint32_t theFirst = 0;
 
-    struct Cursor;
-    struct BlockRange {
-        std::uint32_t begin;
-        std::uint32_t end;
+    struct Links {
+        // The next block of the same kind below the same parent.
+        std::uint32_t next;
+        // Where in firstChildrenM the first blocks below this one are, one for each child kind; not
+        // 0. Blocks of one kind have it in common only when their parent is the same.
+        std::uint32_t firstChildren;
     };
-    // All blocks of one kind. Those below block p of the parent kind begin at boundaries[p] and end
-    // before boundaries[p + 1].
-    struct BlockStore {
-        std::uint32_t parent = 0;
-        std::uint32_t fieldCount = 0;
-        std::uint32_t count = 0;
-        // Whether the first block lies in the first block at every level above.
-        bool reachedByFirsts = false;
-        std::vector<Cell> cells;
-        std::vector<std::uint32_t> boundaries;
-        // What the description says of the kind.
-        std::span<std::uint32_t const> lineage;
-        std::span<Description::Field const> fields;
-        std::vector<Cursor*> descendants;
+    struct Block {
+        std::uint32_t firstCell;
+        Links links;
     };
-    // The position of iterators among the blocks of one kind, with all that a step needs; the store
-    // of the kind owns what it points to. Its size is a power of two, which makes indexing cheap.
-    struct alignas(64) Cursor {
-        // The cells of the block at the position; null at a mark.
+    // The position of iterators among the blocks of one kind. Before the first block it is all 0,
+    // which is quickly written.
+    struct Cursor {
+        // The cells of the block; null before the first block and past the last.
         Cell const* cells = nullptr;
-        // A block, or one of the two marks.
-        std::uint32_t block = beforeFirst;
-        std::uint32_t fieldCount = 0;
-        // The first block, or pastLast when there is none, of a kind directly below the root; a
-        // mark for any other kind.
-        std::uint32_t firstInRoot = beforeFirst;
-        Cell const* firstCells = nullptr;
-        std::uint32_t const* boundaries = nullptr;
-        // The root is its own parent.
-        Cursor* parent = nullptr;
-        Cursor* const* descendantsBegin = nullptr;
-        Cursor* const* descendantsEnd = nullptr;
+        // Those of the block. Without a block, firstChildren is 0.
+        Links links{theFirst, 0};
 
-        void rewind() noexcept {
-            cells = nullptr;
-            block = beforeFirst;
-        }
+        bool isAtBlock() const noexcept { return links.firstChildren != 0; }
     };
 
-    Cell const* firstCell(Index const& field) const noexcept;
+    Description::BlockKind const& kindOf(ContainerIndex const& index) const noexcept {
+        return kindsM[index.blockKind()];
+    }
+    Cell const* cellsOf(std::uint32_t block) const noexcept {
+        return cellsM.data() + blocksM[block].firstCell;
+    }
+    std::uint32_t firstChild(Links const& parent, Description::Place const& place) const noexcept {
+        return firstChildrenM[parent.firstChildren + place.position];
+    }
     // What a field is described as; the handle must be valid.
-    FieldType typeOf(Index const& field) const noexcept;
+    FieldType typeOf(Index const& field) const noexcept {
+        return kindOf(field).fields[field.field()].type;
+    }
+    Cell const* firstCell(Index const& field) const noexcept;
     // The number that a cell's text makes; 0 when there is no cell.
     long numberOf(Cell const* cell, Index const& field) const;
-    BlockRange childrenOf(std::uint32_t parentBlock, std::uint32_t childKind) const noexcept;
-    // The block of a kind at which its child kinds are walked when its cursor is at a mark;
-    // pastLast when there is none.
-    std::uint32_t blockAtMark(std::uint32_t kind) const noexcept;
 
-    void followStore(std::uint32_t kind) noexcept;
+    std::uint32_t append(Description::BlockKind const& kind);
+    void growCells();
+
+    // The block within which the kinds below are walked, or null. What was never stepped counts as
+    // at its first block.
+    Links const* currentBlock(std::uint32_t kind) const noexcept;
     void rewindWithAncestors(BlockIndex const& block) noexcept;
     // Of a kind other than the root.
     bool advance(BlockIndex const& block) noexcept;
+    bool advanceBelowUnstepped(Description::Place const& place) noexcept;
+    bool moveTo(std::uint32_t block, Cursor& cursor) const noexcept;
     Cell const* cellAtCursor(Index const& field) const noexcept;
 
-    Description const& descriptionM;
-    int recordKindM = detailRecord;
-    std::vector<BlockStore> storesM;
-    // By block kind, beside the stores. Walking and reading through iterators touch little else.
+    // By block kind, the description's.
+    Description::BlockKind const* kindsM;
+    std::vector<Cell> cellsM;
+    std::vector<Block> blocksM;
+    // The first place isn't used.
+    std::vector<std::uint32_t> firstChildrenM;
+    // By block kind.
     std::vector<Cursor> cursorsM;
+    int recordKindM = detailRecord;
+    // While it is filled: the cells in use, and by block kind the last block.
+    std::uint32_t cellCountM = 0;
+    std::vector<std::uint32_t> lastBlocksM;
 };
 
 // Inline, for they are what every read and every step comes down to.
-inline Container::BlockRange Container::childrenOf(std::uint32_t parentBlock,
-                                                   std::uint32_t childKind) const noexcept {
-    auto const* const boundaries = cursorsM[childKind].boundaries + parentBlock;
-    return {boundaries[0], boundaries[1]};
-}
-
-inline FieldType Container::typeOf(Index const& field) const noexcept {
-    return storesM[field.blockKind()].fields[field.field()].type;
-}
-
 inline void Container::rewindWithAncestors(BlockIndex const& block) noexcept {
-    for (auto* each = &cursorsM[block.blockKind()]; each->parent != each; each = each->parent) {
-        each->rewind();
+    for (auto const& place : kindOf(block).lineage) {
+        cursorsM[place.kind] = Cursor();
     }
+}
+
+inline bool Container::moveTo(std::uint32_t block, Cursor& cursor) const noexcept {
+    if (block == none) {
+        cursor = {nullptr, {none, 0}};
+        return false;
+    }
+    cursor = {cellsOf(block), blocksM[block].links};
+    return true;
 }
 
 inline bool Container::advance(BlockIndex const& block) noexcept {
+    auto const& kind = kindOf(block);
+    for (auto const& below : kind.descendants) {
+        cursorsM[below.kind] = Cursor();
+    }
     auto& cursor = cursorsM[block.blockKind()];
-    for (auto const* each = cursor.descendantsBegin; each != cursor.descendantsEnd; ++each) {
-        (*each)->rewind();
-    }
-    auto parent = cursor.parent->block;
-    if (parent == beforeFirst) {
-        parent = cursor.parent->firstInRoot;
-    }
-    if (parent >= pastLast) {
-        parent = blockAtMark(storesM[block.blockKind()].parent);
-        if (parent == pastLast) {
-            return false;
+    auto next = cursor.links.next;
+    if (next == theFirst) {
+        auto const& parent = cursorsM[kind.place.parent];
+        if (!parent.isAtBlock()) {
+            return advanceBelowUnstepped(kind.place);
         }
+        next = firstChild(parent.links, kind.place);
     }
-    auto const* const range = cursor.boundaries + parent;
-    // What comes after the mark past the last block is beyond every range.
-    auto const next = cursor.block == beforeFirst ? range[0] : cursor.block + 1;
-    if (next >= range[1]) {
-        cursor.cells = nullptr;
-        cursor.block = pastLast;
-        return false;
-    }
-    cursor.cells = cursor.firstCells + std::size_t{next} * cursor.fieldCount;
-    cursor.block = next;
-    return true;
+    return moveTo(next, cursor);
 }
 
 inline Container::Cell const* Container::cellAtCursor(Index const& field) const noexcept {

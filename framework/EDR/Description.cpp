@@ -4,26 +4,24 @@
 
 namespace EDR {
 
-Description::Description() : blockKindsM{{"DETAIL", 0, {}, {}, {}, {}}} {
+Description::Description() : blockKindsM{{"DETAIL", {0, 0, 0}, {}, {}, {}, {}}} {
     blocksM.emplace("DETAIL", root());
 }
 
 BlockIndex Description::addBlock(BlockIndex const& parent, BAS::String const& name) {
     auto const path = blockKindsM.at(parent.blockKind()).path + "." + name;
     requireNewPath(path);
-    auto const number = static_cast<std::uint32_t>(blockKindsM.size());
-    blockKindsM.push_back({path, parent.blockKind(), {}, {}, {}, {}});
-    auto& lineage = blockKindsM.back().lineage;
-    lineage = blockKindsM[parent.blockKind()].lineage;
-    lineage.push_back(number);
-    blockKindsM[parent.blockKind()].children.push_back(number);
-    for (auto const ancestor : lineage) {
-        if (ancestor != number) {
-            blockKindsM[ancestor].descendants.push_back(number);
-        }
+    Place const place{static_cast<std::uint32_t>(blockKindsM.size()), parent.blockKind(),
+                      static_cast<std::uint32_t>(blockKindsM[parent.blockKind()].children.size())};
+    auto lineage = blockKindsM[parent.blockKind()].lineage;
+    for (auto const& ancestor : lineage) {
+        blockKindsM[ancestor.kind].descendants.push_back(place);
     }
-    blockKindsM[root().blockKind()].descendants.push_back(number);
-    BlockIndex const block(number);
+    blockKindsM[root().blockKind()].descendants.push_back(place);
+    blockKindsM[parent.blockKind()].children.push_back(place.kind);
+    lineage.push_back(place);
+    blockKindsM.push_back({path, place, {}, {}, std::move(lineage), {}});
+    BlockIndex const block(place.kind);
     blocksM.emplace(path, block);
     return block;
 }

@@ -21,16 +21,25 @@ public:
         BAS::String path;
         FieldType type;
     };
-    struct BlockKind {
-        BAS::String path;
+    // The place of a block kind in the tree.
+    struct Place {
+        std::uint32_t kind;
         // Number of the parent kind; the root is its own parent.
         std::uint32_t parent;
+        // Position among the parent kind's children.
+        std::uint32_t position;
+
+        friend bool operator==(Place const&, Place const&) = default;
+    };
+    struct BlockKind {
+        BAS::String path;
+        Place place;
         std::vector<Field> fields;
         std::vector<std::uint32_t> children;
         // The kinds from the one below the root down to this one; empty for the root.
-        std::vector<std::uint32_t> lineage;
+        std::vector<Place> lineage;
         // Every kind below this one, parents before their children.
-        std::vector<std::uint32_t> descendants;
+        std::vector<Place> descendants;
     };
 
     Description();

@@ -24,9 +24,10 @@ public:
     // is not bound.
     bool reset(Container* container);
 
-    // Advances the block kind's cursor within the current block of its parent kind (a parent that
-    // was never stepped counts as its first block) and puts the cursors of the kinds below it
-    // before their first block. False when no block is left, and without a container.
+    // Advances the block kind's cursor to the next block below the same parent, at first to the
+    // first one in the current block of the parent kind (a parent that was never stepped counts as
+    // its first block), and puts the cursors of the kinds below it before their first block. False
+    // when no block is left, and without a container.
     bool operator()(BlockIndex const& block);
 
     // Read a field at the cursor of the field's own block kind; empty text or 0 when that cursor

@@ -7,6 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+#include <random>
+
 namespace {
 
 using support::EdrStep;
@@ -188,6 +192,147 @@ TEST_F(Edr, IteratorStaysOnItsBlockWhileTheContainerGrows) {
                   BAS::String(std::string("x").append(std::to_string(i))));
     }
     EXPECT_FALSE(iterator(block("A.X")));
+}
+
+namespace {
+
+// A record as a tree of linked nodes, and for each kind of block what iterators have done to it.
+class PlainEdr {
+public:
+    struct Node {
+        std::string text;
+        Node const* parent;
+        std::map<std::string, std::vector<std::unique_ptr<Node>>> children;
+    };
+    // By kind, which is a path below "DETAIL."; "" is the root.
+    void add(std::string const& kind, std::string const& text) {
+        auto* const parent = lastM.at(parentOf(kind));
+        auto& children = parent->children[kind];
+        children.push_back(std::make_unique<Node>(Node{text, parent, {}}));
+        lastM[kind] = children.back().get();
+    }
+    bool has(std::string const& kind) const { return lastM.contains(kind); }
+
+    void reset(std::string const& kind) {
+        for (auto level = kind; !level.empty(); level = parentOf(level)) {
+            cursorsM.erase(level);
+        }
+    }
+    bool step(std::string const& kind) {
+        std::erase_if(cursorsM,
+                      [&](auto const& cursor) { return cursor.first.starts_with(kind + "."); });
+        auto const cursor = cursorsM.find(kind);
+        auto const* const parent =
+            cursor == cursorsM.end() ? current(parentOf(kind)) : parentAt(cursor->second);
+        if (parent == nullptr) {
+            return false;
+        }
+        auto const& siblings = childrenOf(*parent, kind);
+        auto const after = std::find_if(siblings.begin(), siblings.end(), [&](auto const& node) {
+            return cursor != cursorsM.end() && node.get() == cursor->second;
+        });
+        auto const next = cursor == cursorsM.end() ? siblings.begin() : after + 1;
+        cursorsM[kind] = next == siblings.end() ? nullptr : next->get();
+        return next != siblings.end();
+    }
+    std::string atCursor(std::string const& kind) const {
+        auto const cursor = cursorsM.find(kind);
+        return cursor == cursorsM.end() || cursor->second == nullptr ? "" : cursor->second->text;
+    }
+    std::string atPositions(std::string const& kind, std::vector<long> const& positions) const {
+        auto const* const node = find(kind, positions);
+        return node == nullptr ? "" : node->text;
+    }
+
+    static std::string parentOf(std::string const& kind) {
+        auto const dot = kind.rfind('.');
+        return dot == std::string::npos ? "" : kind.substr(0, dot);
+    }
+
+private:
+    using Nodes = std::vector<std::unique_ptr<Node>>;
+
+    static Nodes const& childrenOf(Node const& node, std::string const& kind) {
+        static Nodes const nothing;
+        auto const found = node.children.find(kind);
+        return found == node.children.end() ? nothing : found->second;
+    }
+    static Node const* parentAt(Node const* node) {
+        return node == nullptr ? nullptr : node->parent;
+    }
+    Node const* current(std::string const& kind) const {
+        if (kind.empty()) {
+            return &rootM;
+        }
+        if (auto const cursor = cursorsM.find(kind); cursor != cursorsM.end()) {
+            return cursor->second;
+        }
+        auto const* const parent = current(parentOf(kind));
+        return parent == nullptr || childrenOf(*parent, kind).empty()
+                   ? nullptr
+                   : childrenOf(*parent, kind).front().get();
+    }
+    Node const* find(std::string const& kind, std::vector<long> const& positions) const {
+        if (kind.empty()) {
+            return &rootM;
+        }
+        auto const* const parent = find(parentOf(kind), positions);
+        auto const level = static_cast<std::size_t>(std::count(kind.begin(), kind.end(), '.'));
+        auto const position =
+            level < positions.size() ? static_cast<unsigned long>(positions[level]) : 0;
+        return parent == nullptr || position >= childrenOf(*parent, kind).size()
+                   ? nullptr
+                   : childrenOf(*parent, kind)[position].get();
+    }
+
+    Node rootM{"", nullptr, {}};
+    std::map<std::string, Node*> lastM{{"", &rootM}};
+    // Null past the last block; nothing before the first.
+    std::map<std::string, Node const*> cursorsM;
+};
+
+} // namespace
+
+// Whatever is added, stepped and placed, in whichever order.
+TEST_F(Edr, ReadsWhatAPlainTreeHas) {
+    std::vector<std::string> const kinds = {"A", "A.X", "A.X.Y", "B"};
+    std::mt19937 random(7);
+    auto const below = [&](std::size_t bound) { return random() % bound; };
+    for (int round = 0; round < 300; ++round) {
+        PlainEdr plain;
+        std::string history;
+        fill({});
+        EDR::Iterator iterator;
+        for (int action = 0; action < 60; ++action) {
+            auto const& kind = kinds[below(kinds.size())];
+            auto const choice = below(8);
+            if (choice == 0 || action == 0) {
+                history += " reset " + kind;
+                plain.reset(kind);
+                ASSERT_TRUE(iterator.setIndex(block(kind)) && iterator.reset(container.get()));
+            } else if (choice < 4 && plain.has(PlainEdr::parentOf(kind))) {
+                auto const text = kind + std::to_string(action);
+                history += " add " + text;
+                plain.add(kind, text);
+                container->addBlock(block(kind));
+                container->setField(field(kind + ".T"), text);
+            } else {
+                history += " step " + kind;
+                ASSERT_EQ(iterator(block(kind)), plain.step(kind)) << history;
+            }
+            for (auto const& each : kinds) {
+                ASSERT_EQ(iterator.getString(field(each + ".T")).str(), plain.atCursor(each))
+                    << each << " after" << history;
+            }
+            auto const position = [&] { return static_cast<long>(below(4)) - 1; };
+            std::vector<long> const positions{position(), position()};
+            ASSERT_EQ(read(kind + ".T", {positions[0], positions[1]}),
+                      plain.atPositions(kind, positions))
+                << kind << " after" << history;
+            ASSERT_EQ(read(kind + ".T"), plain.atPositions(kind, {}))
+                << kind << " after" << history;
+        }
+    }
 }
 
 TEST_F(Edr, IteratorWithoutContainerOrBlockWalksNothing) {
