@@ -14,7 +14,7 @@ packages:
 # The programs only; `make test` builds the tests besides.
 build: packages ## build the plug-in, the data modules and pipeline-host into build/release
 	@cmake --preset release -Wno-dev --log-level=WARNING
-	@cmake --build --preset release --target DataDump/all modules/all host/all reader/all
+	@cmake --build --preset release --target DataDump/all modules/all host/all stream/all reader/all
 
 demo: build ## run the demo and print both reports
 	@tools/run-demo build/release build/demo

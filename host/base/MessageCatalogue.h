@@ -97,6 +97,21 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_EDR_FIELD_UNKNOWN", "%1:%2: the EDR description has no field '%3'; it is ignored."},
     {"ERR_EDR_FIELDS_UNKNOWN",
      "%1:%2: %3 unknown fields were reported; further ones are ignored silently."},
+    // Streams.
+    {"ERR_NO_STREAM", "The registry '%1' has no pipeline '%2' that reads a stream."},
+    {"ERR_STREAM_FAILED", "The stream '%1': %2 failed: %3"},
+    {"ERR_STREAM_AWAITED", "The stream '%1' is waited for: %2"},
+    {"ERR_STREAM_ANEW",
+     "The stream '%1' isn't the one any more in which the pipeline came to its place: it was made "
+     "anew. To begin at its start, remove its places and start the host again."},
+    {"ERR_STREAM_MESSAGES_MISSING",
+     "%1: %2 messages before sequence %3 are gone and weren't processed."},
+    {"MSG_STREAM_STARTED", "Reading '%1' from sequence %2 on, after %3 lines of it."},
+    {"MSG_PARTITION_TAKEN", "This host owns the partition '%1' now."},
+    {"MSG_PARTITION_AWAITED", "The partition '%1' is waited for: '%2' owns it."},
+    {"ERR_PARTITION_LOST",
+     "Partitions of '%1' may belong to another host now; the batch at hand isn't processed, and "
+     "the reading begins again."},
     {"ERR_BATCH_FAILED", "The plug-in threw while it processed a batch: %1"},
     {"ERR_PIPELINE_FAILED", "The pipeline stopped: %1"},
     {"ERR_BATCH_STUCK",

@@ -1,7 +1,5 @@
 #include "input/PortionReader.h"
 
-#include "base/MessageCatalogue.h"
-
 namespace host {
 
 namespace {
@@ -26,8 +24,10 @@ bool isBlank(std::string_view text) {
 PortionReader::PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
                              EDR::Description const& description, Notification const* stop,
                              std::uint64_t start)
-    : inputM(input), pipelineM(pipeline), fileM(input.file, input.descriptor, {stop, &abandonedM}),
-      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), parserM(description) {
+    : inputM(input), maxLineLengthM(pipeline.maxLineLength),
+      fileM(input.file, input.descriptor, {stop, &abandonedM}),
+      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding),
+      fillerM(pipeline, description) {
     while (linesM.offset() < start && linesM.nextLine()) {
         while (linesM.nextPiece()) {
         }
@@ -47,7 +47,7 @@ void PortionReader::read(InputPortion& portion) noexcept {
     portion.end.offset = linesM.offset();
     portion.isPause = !portion.isLast && !linesM.hasLine() && !fileM.hasBytes();
     portion.bytesRead = fileM.bytesRead();
-    portion.rejectedLines = rejectedLinesM;
+    portion.rejectedLines = fillerM.rejectedLines();
 }
 
 bool PortionReader::isComplete(InputPortion const& portion) const {
@@ -59,58 +59,29 @@ void PortionReader::readOn(InputPortion& portion) {
     if (!linesM.nextPiece() && !linesM.nextLine()) {
         portion.isLast = true;
     } else if (linesM.isTooLong()) {
-        reject(portion,
-               "the line is longer than " + std::to_string(pipelineM.maxLineLength) + " bytes");
+        rejectLongLine(portion);
     } else if (!isBlank(jsonOf(linesM))) {
         takeLine(portion);
     }
 }
 
 void PortionReader::takeLine(InputPortion& portion) {
-    auto const text = jsonOf(linesM);
-    try {
-        parserM.parse(text, portion.edrs);
-        portion.edrs.end({0, 0, linesM.offset()});
-        reportUnknownFields(portion);
-    } catch (EdrLineError const& error) {
-        portion.edrs.drop();
-        reportUnknownFields(portion);
-        auto const before = static_cast<std::size_t>(text.data() - linesM.raw().data());
-        reject(portion, error.what(),
-               error.column() ? std::optional(before + *error.column()) : std::nullopt);
-    }
+    fillerM.take(portion, jsonOf(linesM), linesM.raw(), {0, 0, linesM.offset()},
+                 [&] { return origin(); });
 }
 
-// A long line comes piece by piece; the last one has the reason.
-void PortionReader::reject(InputPortion& portion, std::string const& reason,
-                           std::optional<std::size_t> column) {
+// It comes piece by piece; the last one has the reason.
+void PortionReader::rejectLongLine(InputPortion& portion) {
     portion.rejected = linesM.raw();
-    if (!linesM.isComplete()) {
-        return;
+    if (linesM.isComplete()) {
+        fillerM.reportRejected(portion, origin(),
+                               "the line is longer than " + std::to_string(maxLineLengthM) +
+                                   " bytes");
     }
-    ++rejectedLinesM;
-    auto const place =
-        std::to_string(linesM.number()) + (column ? ":" + std::to_string(*column) : std::string());
-    portion.messages.push_back(
-        makeStatus(BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_REJECTED",
-                   {inputM.file.string(), place, reason, inputM.rejectFile.string()}));
 }
 
-void PortionReader::reportUnknownFields(InputPortion& portion) {
-    if (parserM.newUnknownFields().empty()) {
-        return;
-    }
-    auto const& file = inputM.file.string();
-    auto const line = std::to_string(linesM.number());
-    for (auto const& field : parserM.newUnknownFields()) {
-        portion.messages.push_back(makeStatus(BAS::Status::warning, pipelineM.registeredName,
-                                              "ERR_EDR_FIELD_UNKNOWN", {file, line, field}));
-        if (++unknownFieldsM == EdrLineParser::maxUnknownFields) {
-            portion.messages.push_back(
-                makeStatus(BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_FIELDS_UNKNOWN",
-                           {file, line, std::to_string(EdrLineParser::maxUnknownFields)}));
-        }
-    }
+LineOrigin PortionReader::origin() const {
+    return {inputM.file.string(), std::to_string(linesM.number()), inputM.rejectFile.string()};
 }
 
 } // namespace host

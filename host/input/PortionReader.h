@@ -3,12 +3,11 @@
 // pipeline gets everything at once. Used by one thread at a time.
 #pragma once
 
-#include "BAS/String.h"
 #include "base/Notification.h"
-#include "input/EdrLineParser.h"
 #include "input/EdrSource.h"
 #include "input/InputFile.h"
 #include "input/LineReader.h"
+#include "input/PortionFiller.h"
 #include "registry/Registry.h"
 
 #include <cstdint>
@@ -31,18 +30,15 @@ private:
     bool isComplete(InputPortion const& portion) const;
     void readOn(InputPortion& portion);
     void takeLine(InputPortion& portion);
-    void reject(InputPortion& portion, std::string const& reason,
-                std::optional<std::size_t> column = std::nullopt);
-    void reportUnknownFields(InputPortion& portion);
+    void rejectLongLine(InputPortion& portion);
+    LineOrigin origin() const;
 
     InputConfiguration inputM;
-    PipelineConfiguration const& pipelineM;
+    std::size_t maxLineLengthM;
     Notification abandonedM;
     InputFile fileM;
     LineReader linesM;
-    EdrLineParser parserM;
-    std::uint64_t rejectedLinesM = 0;
-    std::size_t unknownFieldsM = 0;
+    PortionFiller fillerM;
 };
 
 } // namespace host

@@ -46,6 +46,16 @@ constexpr char const* generateExamples =
     "  pipeline-host generate --output /tmp/day\n"
     "  pipeline-host generate --output /tmp/big --events 1000000 --customers 50000 --seed 7\n";
 
+constexpr char const* streamExamples =
+    "The registry names the stream, its servers and its number of partitions.\n\nExamples:\n"
+    "  pipeline-host stream create registry.yaml Main --replicas 3\n"
+    "  pipeline-host stream show registry.yaml Main\n";
+constexpr char const* publishExamples =
+    "Lines go out in order, those with the same key to the same partition. Given again, it goes "
+    "on\n"
+    "after the last published line. One publisher may write to a stream at a time.\n\nExamples:\n"
+    "  pipeline-host publish registry.yaml Main day.jsonl --key A_NUMBER --key GPRS=B_NUMBER\n";
+
 struct VerbName {
     char const* name;
     CommandLine::Verb verb;
@@ -56,6 +66,8 @@ constexpr std::array verbNames = {
     VerbName{"send", CommandLine::Verb::send},
     VerbName{"status", CommandLine::Verb::status},
     VerbName{"generate", CommandLine::Verb::generate},
+    VerbName{"stream", CommandLine::Verb::stream},
+    VerbName{"publish", CommandLine::Verb::publish},
 };
 
 // The texts of the command line before they are parsed.
@@ -66,6 +78,7 @@ struct Texts {
     std::string object;
     std::vector<std::string> keys;
     double timeout = 0;
+    std::string action;
 };
 
 std::string exitCodesText() {
@@ -209,6 +222,58 @@ void requireOneOutput(CommandLine const& commandLine) {
     }
 }
 
+void addRegistryAndPipeline(CLI::App& verb, Texts& texts, CommandLine& commandLine) {
+    verb.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
+    verb.add_option("PIPELINE", commandLine.pipeline, "The name of a pipeline that reads a stream")
+        ->type_name("")
+        ->required();
+}
+
+void addStream(CLI::App& app, Texts& texts, CommandLine& commandLine) {
+    auto& stream = *app.add_subcommand("stream", "Make or show the streams of a pipeline");
+    stream.footer(streamExamples);
+    stream.add_option("ACTION", texts.action, "create or show")
+        ->type_name("")
+        ->required()
+        ->check(CLI::IsMember({"create", "show"}).description(""));
+    addRegistryAndPipeline(stream, texts, commandLine);
+    auto& limits = commandLine.streamLimits;
+    stream.add_option("--replicas", limits.replicas, "On how many servers each message is kept")
+        ->type_name("NUMBER")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 5).description(""));
+    stream
+        .add_option("--bytes", limits.bytes,
+                    "So much of each partition is kept; -1 keeps everything")
+        ->type_name("NUMBER")
+        ->capture_default_str();
+    stream.add_option("--hours", limits.hours, "So long a message is kept; 0 keeps it forever")
+        ->type_name("NUMBER")
+        ->capture_default_str();
+}
+
+void addPublish(CLI::App& app, Texts& texts, CommandLine& commandLine) {
+    auto& publish = *app.add_subcommand("publish", "Send files of EDRs to a pipeline's stream");
+    publish.footer(publishExamples);
+    addRegistryAndPipeline(publish, texts, commandLine);
+    auto& source = commandLine.streamSource;
+    publish.add_option("FILE", source.files, "EDR files, in order; - is standard input")
+        ->type_name("")
+        ->required();
+    publish
+        .add_option("--key", source.keys,
+                    "[SERVICE=]FIELD whose value decides the partition; may be given again")
+        ->type_name("KEY")
+        ->required()
+        ->allow_extra_args(false);
+    publish
+        .add_option("--source", source.name,
+                    "What the lines are remembered by, instead of the file's name and identity")
+        ->type_name("NAME");
+    publish.add_option("--from", source.from, "The first line that is sent where none is known")
+        ->type_name("LINE");
+}
+
 void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
     for (auto const& each : verbNames) {
         if (app.got_subcommand(each.name)) {
@@ -216,6 +281,7 @@ void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
         }
     }
     commandLine.registry = texts.registry;
+    commandLine.isCreating = texts.action == "create";
     commandLine.timeout = std::chrono::duration<double>(texts.timeout);
     if (!texts.logLevel.empty()) {
         commandLine.leastSeverity = parsedLevel(texts.logLevel);
@@ -276,6 +342,8 @@ std::variant<CommandLine, ExitCode> parseCommandLine(int argc, char const* const
     addSend(app, texts, commandLine);
     addStatus(app, texts, commandLine);
     addGenerate(app, commandLine.generate);
+    addStream(app, texts, commandLine);
+    addPublish(app, texts, commandLine);
     std::vector<std::string> const words(argv + std::min(argc, 1), argv + argc);
     if (!words.empty()) {
         if (auto const text = unknownVerbText(app, words.front()); !text.empty()) {

@@ -5,6 +5,7 @@
 #include "base/ExitCode.h"
 #include "commands/Command.h"
 #include "generate/GenerateOptions.h"
+#include "input/StreamLibrary.h"
 
 #include <chrono>
 #include <filesystem>
@@ -15,7 +16,7 @@
 namespace host {
 
 struct CommandLine {
-    enum class Verb { run, check, send, status, generate };
+    enum class Verb { run, check, send, status, generate, stream, publish };
 
     Verb verb = Verb::run;
     std::filesystem::path registry;
@@ -28,6 +29,11 @@ struct CommandLine {
     std::optional<Command> sent;
     std::chrono::duration<double> timeout{30};
     GenerateOptions generate;
+    // Of stream and publish:
+    std::string pipeline;
+    bool isCreating = false; // or else showing
+    StreamLimits streamLimits;
+    StreamSource streamSource;
 };
 
 // Returns an exit code after printing help, the version or an error.

@@ -10,6 +10,7 @@
 #include "commands/CommandReport.h"
 #include "commands/SendCommand.h"
 #include "generate/Generate.h"
+#include "input/StreamLibrary.h"
 #include "program/CheckCommand.h"
 #include "program/CommandLine.h"
 #include "program/Summary.h"
@@ -202,6 +203,35 @@ ExitCode generate(CommandLine const& commandLine, Logs& logs) {
     }
 }
 
+PipelineConfiguration const& pipelineOf(HostConfiguration const& configuration,
+                                        CommandLine const& commandLine) {
+    for (auto const& pipeline : configuration.pipelines) {
+        if (pipeline.name == commandLine.pipeline && pipeline.stream) {
+            return pipeline;
+        }
+    }
+    throw makeStatus(BAS::Status::critical, {}, "ERR_NO_STREAM",
+                     {commandLine.registry.string(), commandLine.pipeline});
+}
+
+ExitCode useStream(CommandLine const& commandLine, Logs& logs) {
+    auto const configuration = readRegistry(commandLine.registry).configuration;
+    auto const& pipeline = pipelineOf(configuration, commandLine);
+    auto& library = ModuleLoader(ModuleLoader::defaultSearchPath()).loadStreamLibrary();
+    try {
+        if (commandLine.verb == CommandLine::Verb::publish) {
+            Notification stop;
+            StopSignals const signals(stop);
+            return library.publish(pipeline, commandLine.streamSource, stop);
+        }
+        return commandLine.isCreating ? library.create(*pipeline.stream, commandLine.streamLimits)
+                                      : library.show(*pipeline.stream);
+    } catch (BAS::Status const& status) {
+        logs.writeToCaller(status);
+        return inputOrOutputFailed;
+    }
+}
+
 ExitCode perform(CommandLine& commandLine, Logs& logs) {
     switch (commandLine.verb) {
     case CommandLine::Verb::run:
@@ -213,9 +243,12 @@ ExitCode perform(CommandLine& commandLine, Logs& logs) {
     case CommandLine::Verb::status:
         return status(commandLine, logs);
     case CommandLine::Verb::generate:
+        return generate(commandLine, logs);
+    case CommandLine::Verb::stream:
+    case CommandLine::Verb::publish:
         break;
     }
-    return generate(commandLine, logs);
+    return useStream(commandLine, logs);
 }
 
 } // namespace

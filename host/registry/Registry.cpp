@@ -183,15 +183,16 @@ private:
     }
 
     // Names of registered objects are joined with dots and stand between blanks in commands.
-    void checkName(YamlMember const& member) {
-        bool const isName = !member.key.empty() &&
-                            std::all_of(member.key.begin(), member.key.end(),
-                                        [](char c) { return isWordCharacter(c) || c == '-'; });
+    void checkName(YamlMember const& member) { requireName(member.key, member.position); }
+
+    void requireName(std::string const& name, FilePosition position) {
+        bool const isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+            return isWordCharacter(c) || c == '-';
+        });
         if (!isName) {
-            problemsM.add(member.position,
-                          fmt::format("'{}' can't be a name: expected letters, digits, '_' and "
-                                      "'-', no dots",
-                                      member.key));
+            problemsM.add(position, fmt::format("'{}' can't be a name: expected letters, digits, "
+                                                "'_' and '-', no dots",
+                                                name));
         }
     }
 
@@ -281,6 +282,79 @@ private:
                 continue;
             }
             (object.*kind.member).push_back({useInputFile(item, path), {}});
+        }
+    }
+
+    template <class Object>
+    void readValue(NameKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        requireName(member.value.text, member.value.position);
+        object.*kind.member = member.value.text;
+    }
+
+    template <class Object>
+    void readValue(TextsKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        for (auto const& item : member.value.items) {
+            if (item.kind != YamlNode::Kind::text || item.text.empty()) {
+                problemsM.add(item.position, fmt::format("'{}' must list texts", member.key));
+            }
+            (object.*kind.member).push_back(item.text);
+        }
+        if (member.value.items.empty()) {
+            problemsM.add(member.position, fmt::format("'{}' lists nothing", member.key));
+        }
+    }
+
+    template <class Object>
+    void readValue(PartitionsKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        auto& numbers = object.*kind.member;
+        for (auto const& range : BAS::String(member.value.text).split(',')) {
+            auto const ends = range.split('-');
+            long first = -1;
+            long last = -1;
+            bool const isRange = ends.entries() >= 1 && ends.entries() <= 2 &&
+                                 ends[0].toNum(first) && ends[ends.entries() - 1].toNum(last) &&
+                                 first >= 0 && first <= last &&
+                                 last < static_cast<long>(mostPartitions);
+            for (auto number = first; isRange && number <= last; ++number) {
+                numbers.push_back(static_cast<std::uint64_t>(number));
+            }
+            if (!isRange) {
+                numbers.clear();
+                break;
+            }
+        }
+        std::sort(numbers.begin(), numbers.end());
+        if (numbers.empty() ||
+            std::adjacent_find(numbers.begin(), numbers.end()) != numbers.end()) {
+            problemsM.add(member.value.position,
+                          fmt::format("'{}' must be different numbers such as '0-3,7', not '{}'",
+                                      member.key, member.value.text));
+        }
+    }
+
+    template <class Object, class Part>
+    void readValue(PartKey<Object, Part> const& kind, YamlMember const& member,
+                   std::string const& path, Object& object) {
+        auto& part = (object.*kind.member).emplace();
+        readMap(member, path, kind.keys, part);
+        checkPart(member, part);
+    }
+
+    void checkPart(YamlMember const& member, StreamConfiguration const& stream) {
+        if (stream.partitionCount > 0 && !stream.partitions.empty() &&
+            stream.partitions.back() >= stream.partitionCount) {
+            problemsM.add(member.position,
+                          fmt::format("'Partitions' names {}, but 'Of' says that there are {}, "
+                                      "counted from 0",
+                                      stream.partitions.back(), stream.partitionCount));
+        }
+        if (stream.user.empty() == stream.passwordFile.has_value() ||
+            (stream.credentials && !stream.user.empty())) {
+            problemsM.add(member.position, "expected 'Credentials', or 'User' with 'PasswordFile', "
+                                           "or none of them");
         }
     }
 

@@ -6,6 +6,7 @@
 #include "BAS/Status.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -27,6 +28,20 @@ struct InputConfiguration {
     std::optional<int> descriptor = {}; // of the file, if it is open already; stays its owner's
 };
 
+// A stream on servers, and the part of it that this host reads.
+struct StreamConfiguration {
+    std::string name;
+    std::vector<std::string> servers; // "nats://host:port" or "tls://host:port"
+    std::vector<std::uint64_t> partitions;
+    std::size_t partitionCount = 0;                   // of the whole stream
+    std::optional<std::filesystem::path> credentials; // or user and password file
+    std::string user;
+    std::optional<std::filesystem::path> passwordFile;
+    std::optional<std::filesystem::path> certificateAuthority; // the system's without it
+    std::filesystem::path stateDirectory;
+    std::size_t warmUp = 0; // messages of each partition that are read again at the start
+};
+
 struct PipelineConfiguration {
     std::string name;
     std::string registeredName; // "<root>.Pipelines.<name>"
@@ -35,6 +50,7 @@ struct PipelineConfiguration {
     std::size_t maxLineLength = std::size_t{1} << 20; // bytes, without the line end
     std::vector<InputConfiguration> inputs;
     std::optional<std::filesystem::path> inputDirectory; // instead of single inputs
+    std::optional<StreamConfiguration> stream;           // instead of files
     std::optional<std::filesystem::path> log;            // the process log without it
     std::string countBy;                                 // path of an EDR field; may be empty
     std::vector<ModuleConfiguration> functions;

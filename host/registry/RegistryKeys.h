@@ -71,6 +71,8 @@ struct TextKey {
     static constexpr auto shape = YamlNode::Kind::text;
     std::string Object::*member;
 };
+template <class Object>
+TextKey(std::string Object::*) -> TextKey<Object>;
 
 // The permissions of a file, in octal digits.
 template <class Object>
@@ -85,6 +87,43 @@ struct InputFilesKey {
     static constexpr auto shape = YamlNode::Kind::sequence;
     std::vector<InputConfiguration> Object::*member;
 };
+
+// A text that holds letters, digits, '_' and '-' only.
+template <class Object>
+struct NameKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::string Object::*member;
+};
+template <class Object>
+NameKey(std::string Object::*) -> NameKey<Object>;
+
+// A list of at least one text.
+template <class Object>
+struct TextsKey {
+    static constexpr auto shape = YamlNode::Kind::sequence;
+    std::vector<std::string> Object::*member;
+};
+template <class Object>
+TextsKey(std::vector<std::string> Object::*) -> TextsKey<Object>;
+
+// Different numbers, such as "0-3,7", up to the highest partition.
+template <class Object>
+struct PartitionsKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    std::vector<std::uint64_t> Object::*member;
+};
+template <class Object>
+PartitionsKey(std::vector<std::uint64_t> Object::*) -> PartitionsKey<Object>;
+
+// A mapping that fills an object of its own.
+template <class Object, class Part>
+struct PartKey {
+    static constexpr auto shape = YamlNode::Kind::map;
+    std::optional<Part> Object::*member;
+    KeyTable<Part> keys;
+};
+template <class Object, class Part, std::size_t size>
+PartKey(std::optional<Part> Object::*, Key<Part> const (&)[size]) -> PartKey<Object, Part>;
 
 // A mapping whose keys fill the same object.
 template <class Object>
@@ -122,9 +161,11 @@ struct Key {
     Presence presence;
     std::variant<ModuleNameKey<Object>, PathKey<Object, std::filesystem::path>,
                  PathKey<Object, std::optional<std::filesystem::path>>, DropDirectoryKey<Object>,
-                 NumberKey<Object>, TextKey<Object>, FileModeKey<Object>, InputFilesKey<Object>,
-                 MapKey<Object>, EntriesKey<Object, ModuleConfiguration>,
-                 EntriesKey<Object, PipelineConfiguration>, OwnKeys>
+                 NumberKey<Object>, FileModeKey<Object>, InputFilesKey<Object>, NameKey<Object>,
+                 TextKey<Object>, TextsKey<Object>, PartitionsKey<Object>,
+                 PartKey<Object, StreamConfiguration>, MapKey<Object>,
+                 EntriesKey<Object, ModuleConfiguration>, EntriesKey<Object, PipelineConfiguration>,
+                 OwnKeys>
         kind;
 };
 
@@ -135,10 +176,27 @@ inline constexpr Key<ModuleConfiguration> moduleKeys[] = {
     {"Module", Presence::optional, OwnKeys{}},
 };
 
+inline constexpr std::size_t mostPartitions = 4096;
+
+inline constexpr Key<StreamConfiguration> streamKeys[] = {
+    {"Name", Presence::mandatory, NameKey{&StreamConfiguration::name}},
+    {"Servers", Presence::mandatory, TextsKey{&StreamConfiguration::servers}},
+    {"Partitions", Presence::mandatory, PartitionsKey{&StreamConfiguration::partitions}},
+    {"Of", Presence::mandatory, NumberKey{&StreamConfiguration::partitionCount, 1, mostPartitions}},
+    {"Credentials", Presence::optional, PathKey{&StreamConfiguration::credentials}},
+    {"User", Presence::optional, TextKey{&StreamConfiguration::user}},
+    {"PasswordFile", Presence::optional, PathKey{&StreamConfiguration::passwordFile}},
+    {"CertificateAuthority", Presence::optional,
+     PathKey{&StreamConfiguration::certificateAuthority}},
+    {"StateDirectory", Presence::mandatory, PathKey{&StreamConfiguration::stateDirectory}},
+    {"WarmUp", Presence::optional, NumberKey{&StreamConfiguration::warmUp, 0, 1'000'000}},
+};
+
 inline constexpr Key<PipelineConfiguration> inputKeys[] = {
     {"Files", Presence::alternative,
      InputFilesKey<PipelineConfiguration>{&PipelineConfiguration::inputs}},
     {"Directory", Presence::alternative, DropDirectoryKey{&PipelineConfiguration::inputDirectory}},
+    {"Stream", Presence::alternative, PartKey{&PipelineConfiguration::stream, streamKeys}},
     {"MaxLineLength", Presence::optional,
      NumberKey{&PipelineConfiguration::maxLineLength, 1, 1 << 30}},
 };
@@ -148,8 +206,7 @@ inline constexpr Key<PipelineConfiguration> pipelineKeys[] = {
     {"Input", Presence::mandatory, MapKey{inputKeys}},
     {"BatchSize", Presence::optional, NumberKey{&PipelineConfiguration::batchSize, 1, 100'000}},
     {"Log", Presence::optional, PathKey{&PipelineConfiguration::log}},
-    {"CountBy", Presence::optional,
-     TextKey<PipelineConfiguration>{&PipelineConfiguration::countBy}},
+    {"CountBy", Presence::optional, TextKey{&PipelineConfiguration::countBy}},
     {"Functions", Presence::mandatory,
      EntriesKey{&PipelineConfiguration::functions, moduleKeys, ""}},
 };

@@ -48,6 +48,8 @@ public:
         return pipelinesM;
     }
     BAS::LogSink& log() const noexcept { return logM; }
+    // Loads it. Throws a BAS::Status when it can't be had.
+    StreamLibrary& streamLibrary() const { return loaderM.loadStreamLibrary(); }
 
     // In the order in which they were built.
     std::vector<HostedObject> const& objects() const noexcept { return objectsM; }

@@ -3,6 +3,7 @@
 #include "PLG/FunctionPlugIn.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
+#include "input/StreamLibrary.h"
 
 #include <dlfcn.h>
 
@@ -135,6 +136,17 @@ std::filesystem::path ModuleLoader::findLibrary(ModuleConfiguration const& modul
         tried += (tried.empty() ? "" : ", ") + candidate.string();
     }
     throw failure(module, "ERR_LIBRARY_NOT_FOUND", {module.moduleName, tried});
+}
+
+StreamLibrary& ModuleLoader::loadStreamLibrary() const {
+    ModuleConfiguration library;
+    library.moduleName = streamLibrary;
+    auto const path = findLibrary(library);
+    auto* const entry = ::dlsym(openLibrary(library, path), streamLibraryEntry);
+    if (entry == nullptr) {
+        throw failure(library, "ERR_MODULE_ENTRY_NOT_FOUND", {path.string(), streamLibraryEntry});
+    }
+    return (*reinterpret_cast<StreamLibraryEntry*>(entry))();
 }
 
 } // namespace host

@@ -12,6 +12,8 @@
 
 namespace host {
 
+class StreamLibrary;
+
 enum class ModuleKind { data, function };
 
 class ModuleLoader {
@@ -30,6 +32,9 @@ public:
     // kind or not usable.
     std::unique_ptr<BAS::RegisteredObject> load(ModuleConfiguration const& module,
                                                 ModuleKind kind) const;
+
+    // The library for streams. Throws a BAS::Status when it isn't found or can't be loaded.
+    StreamLibrary& loadStreamLibrary() const;
 
 private:
     std::filesystem::path findLibrary(ModuleConfiguration const& module) const;

@@ -6,6 +6,7 @@
 #include "input/FileProgress.h"
 #include "input/PortionReader.h"
 #include "input/ReadAheadInput.h"
+#include "input/StreamLibrary.h"
 #include "registry/EdrDescriptionFile.h"
 
 #include <chrono>
@@ -29,6 +30,12 @@ std::unique_ptr<BAS::RegisteredObject> PipelineRunner::makeRegisteredObject() co
     return std::make_unique<PLG::Pipeline>(configurationM.registeredName, factoryM, logM);
 }
 
+PipelineRunner::~PipelineRunner() = default;
+
+void PipelineRunner::openStream(StreamLibrary& library) {
+    streamM = library.makeInput(configurationM, descriptionM, logM);
+}
+
 void PipelineRunner::openInputDirectory() {
     if (configurationM.inputDirectory) {
         directoryM.emplace(*configurationM.inputDirectory, configurationM.registeredName, logM);
@@ -37,7 +44,9 @@ void PipelineRunner::openInputDirectory() {
 
 void PipelineRunner::run(Notification const& stop) {
     try {
-        if (directoryM) {
+        if (streamM != nullptr) {
+            runStream(stop);
+        } else if (directoryM) {
             runDirectory(stop);
         } else {
             runFiles(stop);
@@ -116,11 +125,58 @@ void PipelineRunner::runDirectory(Notification const& stop) {
             directoryM->giveUp(outcome.reason);
             break;
         case Ending::stopped:
-            break; // goes on there after a restart
+        case Ending::lost: // no part of a directory is
+            break;         // goes on there after a restart
         }
         countFailedInputs(directoryM->failedFiles());
     }
     countFailedInputs(directoryM->failedFiles());
+}
+
+void PipelineRunner::runStream(Notification const& stop) {
+    auto outcome = runStreamOnce(stop);
+    while (outcome.ending == Ending::lost && !stop.isSet()) {
+        report(makeStatus(BAS::Status::warning, {}, "ERR_PARTITION_LOST",
+                          {configurationM.stream->name}));
+        outcome = runStreamOnce(stop);
+    }
+    if (outcome.ending == Ending::failed) {
+        hasFailedM = true;
+        report(outcome.reason);
+        std::lock_guard const guard(countersLockM);
+        ++countersM.failedInputs;
+    }
+    streamM.reset(); // gives its partitions up
+}
+
+PipelineRunner::InputOutcome PipelineRunner::runStreamOnce(Notification const& stop) {
+    InputOutcome outcome{Ending::failed, {}};
+    std::optional<ReadAheadInput> edrs;
+    auto const begin = std::chrono::steady_clock::now();
+    try {
+        auto source = streamM->open(stop);
+        if (source == nullptr) {
+            return {Ending::stopped, {}};
+        }
+        edrs.emplace(std::move(source), *streamM, logM, portionsM);
+        outcome.ending = readToEnd(*edrs, *streamM, stop);
+    } catch (InputStopped const&) {
+        outcome.ending = Ending::stopped;
+    } catch (BAS::Status const& status) {
+        outcome.reason = status;
+    }
+    if (edrs) {
+        if (outcome.ending != Ending::lost) {
+            processBatch(*edrs, *streamM);
+        }
+        batchM.clear();
+        rejectedBeforeM += edrs->rejectedLines();
+        bytesBeforeM += edrs->bytesRead();
+    }
+    std::lock_guard const guard(countersLockM);
+    countersM.seconds +=
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return outcome;
 }
 
 // What was read before a failure is still processed.
@@ -168,7 +224,9 @@ PipelineRunner::Ending PipelineRunner::readToEnd(ReadAheadInput& edrs, InputProg
         }
         // What waits for more EDRs isn't held back.
         if (next == ReadAheadInput::Next::pause || batchM.entries() == configurationM.batchSize) {
-            processBatch(edrs, progress);
+            if (!processBatch(edrs, progress)) {
+                return Ending::lost;
+            }
             if (stop.isSet()) {
                 return Ending::stopped;
             }
@@ -184,11 +242,16 @@ EDR::Container& PipelineRunner::nextContainer() {
     return *poolM[place];
 }
 
-void PipelineRunner::processBatch(ReadAheadInput const& edrs, InputProgress& progress) {
+// False when it may not be processed: another host may have done so.
+bool PipelineRunner::processBatch(ReadAheadInput const& edrs, InputProgress& progress) {
+    if (!progress.mayProcess()) {
+        return false;
+    }
     auto const faults = batchM.entries() == 0 ? 0 : callFunctions();
     countBatch(edrs, faults);
     batchM.clear();
     progress.keep(edrs.places());
+    return true;
 }
 
 // Returns how many of them threw.

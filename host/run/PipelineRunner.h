@@ -36,6 +36,8 @@ class FunctionPlugIn;
 namespace host {
 
 class InputProgress;
+class StreamInput;
+class StreamLibrary;
 class ReadAheadInput;
 
 struct PipelineCounters {
@@ -76,12 +78,18 @@ public:
     // runner.
     PipelineRunner(PipelineConfiguration const& configuration, BAS::LogSink& processLog,
                    BAS::Status::Severity leastSeverity);
+    ~PipelineRunner();
+    PipelineRunner(PipelineRunner const&) = delete;
+    PipelineRunner& operator=(PipelineRunner const&) = delete;
 
     // The pipeline as plug-ins find it, which the caller owns.
     std::unique_ptr<BAS::RegisteredObject> makeRegisteredObject() const;
     // In the order in which the functions process a batch.
     void addFunction(PLG::FunctionPlugIn& function) { functionsM.push_back(&function); }
 
+    // Reads from a stream of the library, which must outlive the runner. Throws a BAS::Status when
+    // that isn't possible.
+    void openStream(StreamLibrary& library);
     // Takes the input directory, if there is one, for this host alone. Throws a BAS::Status when
     // another one has it.
     void openInputDirectory();
@@ -105,7 +113,7 @@ public:
     bool hasFailed() const noexcept;
 
 private:
-    enum class Ending { atEnd, stopped, notOpened, failed };
+    enum class Ending { atEnd, stopped, notOpened, failed, lost };
     struct InputOutcome {
         Ending ending;
         BAS::Status reason; // why it wasn't opened or failed
@@ -113,10 +121,12 @@ private:
 
     void runFiles(Notification const& stop);
     void runDirectory(Notification const& stop);
+    void runStream(Notification const& stop);
     InputOutcome runInput(DirectoryInput const& input, Notification const& stop);
     Ending readToEnd(ReadAheadInput& edrs, InputProgress& progress, Notification const& stop);
     EDR::Container& nextContainer();
-    void processBatch(ReadAheadInput const& edrs, InputProgress& progress);
+    InputOutcome runStreamOnce(Notification const& stop);
+    bool processBatch(ReadAheadInput const& edrs, InputProgress& progress);
     std::uint64_t callFunctions();
     bool call(PLG::FunctionPlugIn& function);
     void countBatch(ReadAheadInput const& edrs, std::uint64_t faults);
@@ -130,6 +140,7 @@ private:
     EDR::Description descriptionM;
     EDR::Factory factoryM;
     std::optional<InputDirectory> directoryM;
+    std::unique_ptr<StreamInput> streamM;
     std::vector<PLG::FunctionPlugIn*> functionsM;
     FairLock lockM;
     InputPortions portionsM;                            // of the input, reused

@@ -18,6 +18,9 @@ void Service::openDirectories() {
     std::vector<BAS::Status> problems;
     for (auto const& pipeline : hostM.pipelines()) {
         try {
+            if (pipeline->configuration().stream) {
+                pipeline->openStream(hostM.streamLibrary());
+            }
             pipeline->openInputDirectory();
         } catch (BAS::Status& status) {
             status.setObjectName(pipeline->configuration().registeredName);

@@ -42,6 +42,18 @@ template <class Object>
 std::string typeOf(host::InputFilesKey<Object> const&) {
     return "list of paths";
 }
+template <class Object>
+std::string typeOf(host::NameKey<Object> const&) {
+    return "name";
+}
+template <class Object>
+std::string typeOf(host::TextsKey<Object> const&) {
+    return "list of texts";
+}
+template <class Object>
+std::string typeOf(host::PartitionsKey<Object> const&) {
+    return "numbers";
+}
 template <class Kind>
 std::string typeOf(Kind const&) {
     static_assert(Kind::shape == host::YamlNode::Kind::map);
@@ -66,7 +78,7 @@ private:
             std::visit([&](auto const& kind) { add(kind, name, presence); }, key.kind);
             // What is mandatory in a mapping that may be missing.
             auto const inner =
-                key.presence == host::Presence::optional ? " in `" + name + "`" : scope;
+                key.presence != host::Presence::mandatory ? " in `" + name + "`" : scope;
             std::visit([&](auto const& kind) { addBelow(kind, name, inner); }, key.kind);
         }
     }
@@ -80,7 +92,13 @@ private:
     }
 
     template <class Object>
-    void add(host::NumberKey<Object> const& kind, std::string const& name, std::string const&) {
+    void add(host::NumberKey<Object> const& kind, std::string const& name,
+             std::string const& presence) {
+        if (!presence.empty()) {
+            rows.push_back(fmt::format("{} | {} | {}", name, typeOf(kind), presence));
+            headings.push_back(name);
+            return;
+        }
         auto const otherwise = Object{}.*kind.member;
         rows.push_back(fmt::format("{} | {} | {}", name, typeOf(kind), otherwise));
         headings.push_back(
@@ -96,6 +114,12 @@ private:
 
     template <class Kind>
     void addBelow(Kind const&, std::string const&, std::string const&) {}
+
+    template <class Object, class Part>
+    void addBelow(host::PartKey<Object, Part> const& kind, std::string const& name,
+                  std::string const& scope) {
+        addMap(kind.keys, name + ".", scope);
+    }
 
     template <class Object>
     void addBelow(host::MapKey<Object> const& kind, std::string const& name,

@@ -1,0 +1,70 @@
+// What the host needs of the library for streams, which it loads when a registry names a stream.
+#pragma once
+
+#include "base/ExitCode.h"
+#include "base/Notification.h"
+#include "input/EdrSource.h"
+#include "input/InputProgress.h"
+#include "registry/Registry.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace BAS {
+class LogSink;
+}
+namespace EDR {
+class Description;
+}
+
+namespace host {
+
+// The stream of a pipeline on this host. The pipeline's thread opens it again and again: after a
+// failure to hold its partitions.
+class StreamInput : public InputProgress {
+public:
+    // Reads on after what was kept. Waits for the servers; null when stop is set before. The
+    // input and stop must outlive the source. Throws a BAS::Status when that isn't possible.
+    virtual std::unique_ptr<EdrSource> open(Notification const& stop) = 0;
+};
+
+struct StreamLimits {
+    std::uint64_t replicas = 3;
+    std::int64_t bytes = -1; // of each partition; older messages go then
+    double hours = 0;        // after which messages go; 0: never
+};
+
+struct StreamSource {
+    std::vector<std::filesystem::path> files; // "-" is standard input
+    std::vector<std::string> keys;            // "[SERVICE=]FIELD"
+    std::optional<std::string> name;          // instead of one of the file's
+    std::uint64_t from = 0;                   // the first line; 0: after the last published one
+};
+
+class StreamLibrary {
+public:
+    virtual ~StreamLibrary() = default;
+
+    // Pipeline and description must outlive the input. Throws a BAS::Status when the state
+    // directory can't be used, or when the servers turn the host away.
+    virtual std::unique_ptr<StreamInput> makeInput(PipelineConfiguration const& pipeline,
+                                                   EDR::Description const& description,
+                                                   BAS::LogSink& log) = 0;
+    // Makes the streams that aren't there. All of these print to standard output, and throw a
+    // BAS::Status when a server doesn't do what it should.
+    virtual ExitCode create(StreamConfiguration const& stream, StreamLimits const& limits) = 0;
+    virtual ExitCode show(StreamConfiguration const& stream) = 0;
+    virtual ExitCode publish(PipelineConfiguration const& pipeline, StreamSource const& source,
+                             Notification const& stop) = 0;
+};
+
+inline constexpr char const* streamLibrary = "pipeline-host-stream"; // ".so" beside the modules
+inline constexpr char const* streamLibraryEntry = "pipelineHostStream";
+// The entry: the one library, which lives as long as the process.
+using StreamLibraryEntry = StreamLibrary&();
+
+} // namespace host

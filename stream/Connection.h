@@ -1,0 +1,78 @@
+// A connection to the servers of a stream, and owners for the objects of the client library.
+#pragma once
+
+#include "BAS/Status.h"
+#include "registry/Registry.h"
+
+#include <nats/nats.h>
+
+#include <memory>
+#include <string>
+
+namespace stream {
+
+template <auto destroy>
+struct Destroyer {
+    template <class T>
+    void operator()(T* object) const noexcept {
+        destroy(object);
+    }
+};
+template <class T, auto destroy>
+using Handle = std::unique_ptr<T, Destroyer<destroy>>;
+
+using Message = Handle<natsMsg, &natsMsg_Destroy>;
+using Subscription = Handle<natsSubscription, &natsSubscription_Destroy>;
+using StreamInfo = Handle<jsStreamInfo, &jsStreamInfo_Destroy>;
+using Bucket = Handle<kvStore, &kvStore_Destroy>;
+using BucketEntry = Handle<kvEntry, &kvEntry_Destroy>;
+
+// What the client library says of its last failure on this thread.
+std::string failureText(natsStatus status);
+
+// "ERR_STREAM_FAILED" with the stream, what was tried and why it failed.
+BAS::Status failure(std::string const& stream, std::string const& what, std::string const& reason);
+
+// No server could be reached, which may be mended by waiting.
+class NoServer : public BAS::Status {
+public:
+    explicit NoServer(BAS::Status const& status) : Status(status) {}
+};
+
+// The handler for acknowledgements of asynchronous publishing is called on a thread of the library,
+// and owns the message it is given.
+struct Acknowledgements {
+    jsPubAckHandler handler = nullptr;
+    void* closure = nullptr;
+};
+
+// Any thread may use a connection. Once it is made it connects again by itself, without end.
+class Connection {
+public:
+    // Throws NoServer when no server can be reached, and any other BAS::Status with what the
+    // servers said.
+    explicit Connection(host::StreamConfiguration const& stream,
+                        Acknowledgements const& acknowledgements = {});
+    ~Connection();
+    Connection(Connection const&) = delete;
+    Connection& operator=(Connection const&) = delete;
+
+    // Ends all waiting of other threads in calls of the library.
+    void close() noexcept { natsConnection_Close(connectionM.get()); }
+
+    natsConnection* get() const noexcept { return connectionM.get(); }
+    jsCtx* jetStream() const noexcept { return jetStreamM.get(); }
+
+    // Null when there is none of the name. Throws a BAS::Status when no server answers.
+    StreamInfo streamInfo(std::string const& name) const;
+    // Throws a BAS::Status when it can't be had.
+    Bucket bucket(std::string const& name) const;
+
+private:
+    std::string nameM;
+    Handle<natsOptions, &natsOptions_Destroy> optionsM;
+    Handle<natsConnection, &natsConnection_Destroy> connectionM;
+    Handle<jsCtx, &jsCtx_Destroy> jetStreamM;
+};
+
+} // namespace stream

@@ -1,0 +1,112 @@
+#include "EdrMessage.h"
+
+#include "BAS/String.h"
+
+#include <zstd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace stream {
+
+namespace {
+
+// No name is the beginning of another: the library would mix them up.
+constexpr char const* encodingHeader = "Edr-Encoding";
+constexpr char const* sourceHeader = "Edr-Source";
+constexpr char const* lineHeader = "Edr-Line";
+constexpr char const* zstdEncoding = "zstd";
+constexpr int level = 1;
+
+using Context = Handle<ZSTD_DCtx, &ZSTD_freeDCtx>;
+
+void setHeader(natsMsg* message, char const* name, std::string const& value) {
+    if (natsMsgHeader_Set(message, name, value.c_str()) != NATS_OK) {
+        throw std::bad_alloc();
+    }
+}
+
+} // namespace
+
+std::string compressed(std::string_view text) {
+    std::string data(ZSTD_compressBound(text.size()), '\0');
+    auto const size = ZSTD_compress(data.data(), data.size(), text.data(), text.size(), level);
+    if (ZSTD_isError(size) != 0) {
+        throw std::bad_alloc(); // with enough room nothing else can fail
+    }
+    data.resize(size);
+    return data;
+}
+
+void decode(std::string_view encoding, std::string_view data, std::size_t room, std::string& text) {
+    if (encoding.empty()) {
+        text.reserve(data.size() + room);
+        text.assign(data);
+        return;
+    }
+    if (encoding != zstdEncoding) {
+        throw MessageError("its encoding is '" + std::string(encoding) + "', expected 'zstd'");
+    }
+    // The size that a frame claims may be a lie, so it bounds the room and nothing else.
+    auto const claimed = ZSTD_getFrameContentSize(data.data(), data.size());
+    if (claimed == ZSTD_CONTENTSIZE_ERROR || claimed == ZSTD_CONTENTSIZE_UNKNOWN) {
+        throw MessageError("its zstd data are damaged or don't say their size");
+    }
+    if (claimed > mostDecodedBytes) {
+        throw MessageError("its zstd data come to " + std::to_string(claimed) +
+                           " bytes, expected at most " + std::to_string(mostDecodedBytes));
+    }
+    text.reserve(claimed + room);
+    text.resize(claimed);
+    auto const size = ZSTD_decompress(text.data(), text.size(), data.data(), data.size());
+    if (ZSTD_isError(size) != 0) {
+        text.clear();
+        throw MessageError(std::string("its zstd data are damaged: ") + ZSTD_getErrorName(size));
+    }
+    text.resize(size);
+}
+
+Message makeMessage(std::string const& subject, std::string_view data, SourcePlace const& place) {
+    natsMsg* made = nullptr;
+    if (natsMsg_Create(&made, subject.c_str(), nullptr, data.data(),
+                       static_cast<int>(data.size())) != NATS_OK) {
+        throw std::bad_alloc();
+    }
+    Message message(made);
+    setHeader(made, encodingHeader, zstdEncoding);
+    setHeader(made, sourceHeader, place.source);
+    setHeader(made, lineHeader, std::to_string(place.line));
+    return message;
+}
+
+std::string header(natsMsg* message, char const* name) {
+    // Listing the names has the library take the headers apart; before that, it would also find a
+    // longer name that begins with this one, and read past shorter ones.
+    char const** names = nullptr;
+    int count = 0;
+    if (natsMsgHeader_Keys(message, &names, &count) != NATS_OK) {
+        return {};
+    }
+    bool const isThere = std::any_of(
+        names, names + count, [&](char const* each) { return each == std::string_view(name); });
+    std::free(names);
+    char const* value = nullptr;
+    return isThere && natsMsgHeader_Get(message, name, &value) == NATS_OK ? value : std::string();
+}
+
+std::string encodingOf(natsMsg* message) {
+    return header(message, encodingHeader);
+}
+
+SourcePlace placeOf(natsMsg* message) {
+    SourcePlace place;
+    place.source = header(message, sourceHeader);
+    long line = 0;
+    if (BAS::String(header(message, lineHeader)).toNum(line) && line > 0) {
+        place.line = static_cast<std::uint64_t>(line);
+    }
+    return place;
+}
+
+} // namespace stream

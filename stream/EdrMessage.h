@@ -1,0 +1,44 @@
+// A message of a stream: up to a hundred lines of EDRs, which are compressed, and in its headers
+// what they are compressed with and where they come from.
+#pragma once
+
+#include "Connection.h"
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace stream {
+
+inline constexpr std::size_t mostLines = 100;
+inline constexpr std::size_t mostBytes = std::size_t{512} * 1024; // unless a single line is longer
+inline constexpr std::size_t mostDecodedBytes = std::size_t{16} * 1024 * 1024;
+
+// Why a message can't be taken.
+class MessageError : public std::runtime_error {
+public:
+    using runtime_error::runtime_error;
+};
+
+// The source of lines, and which of its lines was the last in a message.
+struct SourcePlace {
+    std::string source;
+    std::uint64_t line = 0;
+};
+
+std::string compressed(std::string_view text);
+
+// Puts the lines, followed by so much room, into text; the encoding is empty for plain text. Throws
+// a MessageError when the data are damaged or come to more than the bound.
+void decode(std::string_view encoding, std::string_view data, std::size_t room, std::string& text);
+
+// A message for the subject with compressed lines. Throws std::bad_alloc.
+Message makeMessage(std::string const& subject, std::string_view data, SourcePlace const& place);
+
+// The exact header, or an empty text.
+std::string header(natsMsg* message, char const* name);
+std::string encodingOf(natsMsg* message);
+SourcePlace placeOf(natsMsg* message);
+
+} // namespace stream

@@ -1,0 +1,173 @@
+#include "PartitionedInput.h"
+
+#include "BAS/LogSink.h"
+#include "StreamNames.h"
+#include "base/MessageCatalogue.h"
+#include "base/Poll.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace stream {
+
+namespace {
+
+constexpr auto connectInterval = std::chrono::seconds(1);
+constexpr auto everything = std::numeric_limits<std::uint64_t>::max();
+
+bool isBefore(StreamPlace const& one, StreamPlace const& other) {
+    return std::pair(one.sequence, one.lines) < std::pair(other.sequence, other.lines);
+}
+
+std::filesystem::path placesFile(host::StreamConfiguration const& stream) {
+    std::filesystem::create_directories(stream.stateDirectory);
+    return stream.stateDirectory / (stream.name + ".places");
+}
+
+} // namespace
+
+PartitionedInput::PartitionedInput(host::PipelineConfiguration const& pipeline,
+                                   EDR::Description const& description, BAS::LogSink& log)
+    : pipelineM(pipeline), streamM(*pipeline.stream), descriptionM(description), logM(log),
+      placesM(placesFile(streamM)) {
+    connect();
+}
+
+// False when no server answers. Throws a BAS::Status when the servers turn the host away.
+bool PartitionedInput::connect() {
+    try {
+        if (connectionM == nullptr) {
+            connectionM = std::make_unique<Connection>(streamM);
+        }
+        leasesM = std::make_unique<Leases>(*connectionM, streamM, pipelineM.registeredName, logM);
+        return true;
+    } catch (NoServer const& status) {
+        if (!isWaitReportedM) {
+            isWaitReportedM = true;
+            auto warning =
+                host::makeStatus(BAS::Status::warning, pipelineM.registeredName,
+                                 "ERR_STREAM_AWAITED", {streamM.name, host::messageText(status)});
+            logM.write(warning);
+        }
+        return false;
+    }
+}
+
+std::unique_ptr<host::EdrSource> PartitionedInput::open(host::Notification const& stop) {
+    while (leasesM == nullptr && !connect()) {
+        if (host::waitForAny({stop.descriptor()},
+                             std::chrono::steady_clock::now() + connectInterval)) {
+            return nullptr;
+        }
+    }
+    {
+        std::lock_guard const guard(lockM);
+        readingM.clear();
+        rejectsM.clear();
+    }
+    return std::make_unique<StreamReader>(
+        *connectionM, streamM, pipelineM, descriptionM, stop,
+        [this](auto partition, auto const& ended) { return begin(partition, ended); });
+}
+
+std::optional<StreamReader::Start> PartitionedInput::begin(std::uint64_t partition,
+                                                           std::function<bool()> const& ended) {
+    for (;;) {
+        if (auto const term = leasesM->term(partition)) {
+            if (auto const start = startOf(partition, *term)) {
+                return start;
+            }
+        }
+        if (ended()) {
+            return std::nullopt;
+        }
+    }
+}
+
+// Nothing when the servers don't answer. Throws a BAS::Status when there is no such stream, or
+// another one than before.
+std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t partition,
+                                                             std::uint64_t term) {
+    auto const name = streamName(streamM.name, partition);
+    StreamInfo info;
+    std::optional<StreamPlace> copied;
+    try {
+        info = connectionM->streamInfo(name);
+        copied = leasesM->copiedPlace(partition);
+    } catch (BAS::Status const&) {
+        return std::nullopt;
+    }
+    if (info == nullptr) {
+        throw failure(streamM.name, "reading the stream " + name,
+                      "there is none; 'pipeline-host stream create' makes it");
+    }
+    std::lock_guard const guard(lockM);
+    auto const local = placesM.read(partition);
+    auto const isOf = [&](auto const& place) { return place && place->created == info->Created; };
+    if ((local || copied) && !isOf(local) && !isOf(copied)) {
+        throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {name});
+    }
+    StreamReader::Start start;
+    start.isFirst = !local && !copied;
+    start.place.created = info->Created;
+    auto rejectedBytes = everything;
+    if (isOf(local)) {
+        start.place = *local;
+        rejectedBytes = local->rejectedBytes;
+    }
+    if (isOf(copied) && (!isOf(local) || isBefore(*local, *copied))) {
+        start.place = *copied;
+        rejectedBytes = everything; // what the file has is from before another host had a turn
+    }
+    auto const& rejects =
+        rejectsM.insert_or_assign(partition, host::RejectFile(rejectFile(partition), rejectedBytes))
+            .first->second;
+    start.place.rejectedBytes = rejects.size();
+    readingM[partition] = {start.place, term};
+    leasesM->copy(partition, start.place); // it may be later than the copy
+    logM.write(host::makeStatus(
+        BAS::Status::info, pipelineM.registeredName, "MSG_STREAM_STARTED",
+        {name, std::to_string(start.place.sequence), std::to_string(start.place.lines)}));
+    return start;
+}
+
+std::filesystem::path PartitionedInput::rejectFile(std::uint64_t partition) const {
+    return streamM.stateDirectory / (streamName(streamM.name, partition) + ".reject");
+}
+
+void PartitionedInput::reject(host::InputPlace const& end, std::string_view line) {
+    std::lock_guard const guard(lockM);
+    auto const& current = readingM.at(end.partition).place;
+    // What is read again at the start was kept before.
+    if (isBefore(current, {end.message, end.offset, 0, 0})) {
+        rejectsM.at(end.partition).append(line);
+    }
+}
+
+bool PartitionedInput::mayProcess() {
+    std::lock_guard const guard(lockM);
+    return std::all_of(readingM.begin(), readingM.end(), [&](auto const& each) {
+        return leasesM->term(each.first) == each.second.term;
+    });
+}
+
+void PartitionedInput::keep(std::vector<host::InputPlace> const& places) {
+    std::lock_guard const guard(lockM);
+    for (auto const& place : places) {
+        auto const reading = readingM.find(place.partition);
+        if (reading == readingM.end()) {
+            continue; // nothing has come yet
+        }
+        auto& current = reading->second.place;
+        StreamPlace next{place.message, place.offset, rejectsM.at(place.partition).size(),
+                         current.created};
+        if (isBefore(current, next)) {
+            current = next;
+            placesM.set(place.partition, current);
+            leasesM->copy(place.partition, current);
+        }
+    }
+    placesM.write();
+}
+
+} // namespace stream

@@ -1,0 +1,52 @@
+// The stream of a pipeline on this host: its connection, the partitions that the host owns, their
+// places and what was rejected. The partitions' threads begin, the pipeline's thread does the rest.
+#pragma once
+
+#include "Leases.h"
+#include "StreamReader.h"
+#include "input/RejectFile.h"
+#include "input/StreamLibrary.h"
+
+#include <map>
+#include <mutex>
+#include <set>
+
+namespace stream {
+
+class PartitionedInput : public host::StreamInput {
+public:
+    // Pipeline, description and log must outlive the object. Throws a BAS::Status when the state
+    // directory can't be used, or when the servers turn the host away.
+    PartitionedInput(host::PipelineConfiguration const& pipeline,
+                     EDR::Description const& description, BAS::LogSink& log);
+
+    std::unique_ptr<host::EdrSource> open(host::Notification const& stop) override;
+    void reject(host::InputPlace const& end, std::string_view line) override;
+    bool mayProcess() override;
+    void keep(std::vector<host::InputPlace> const& places) override;
+
+private:
+    bool connect();
+    std::optional<StreamReader::Start> begin(std::uint64_t partition,
+                                             std::function<bool()> const& ended);
+    std::optional<StreamReader::Start> startOf(std::uint64_t partition, std::uint64_t term);
+    std::filesystem::path rejectFile(std::uint64_t partition) const;
+
+    host::PipelineConfiguration const& pipelineM;
+    host::StreamConfiguration const& streamM;
+    EDR::Description const& descriptionM;
+    BAS::LogSink& logM;
+    std::unique_ptr<Connection> connectionM; // null until a server was there
+    std::unique_ptr<Leases> leasesM;
+    bool isWaitReportedM = false;
+    std::mutex lockM; // for what follows
+    StreamPlaces placesM;
+    struct Reading {
+        StreamPlace place;
+        std::uint64_t term = 0; // of the lease
+    };
+    std::map<std::uint64_t, Reading> readingM;
+    std::map<std::uint64_t, host::RejectFile> rejectsM;
+};
+
+} // namespace stream

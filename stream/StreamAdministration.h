@@ -1,0 +1,15 @@
+// Makes the streams and buckets of a pipeline, and shows them.
+#pragma once
+
+#include "input/StreamLibrary.h"
+
+namespace stream {
+
+// What isn't there is made; what is there stays as it is. Both print to standard output, and throw
+// a BAS::Status when the servers don't answer or refuse.
+host::ExitCode createStreams(host::StreamConfiguration const& stream,
+                             host::StreamLimits const& limits);
+// One row for each partition.
+host::ExitCode showStreams(host::StreamConfiguration const& stream);
+
+} // namespace stream

@@ -1,0 +1,34 @@
+// The entry of the library, by which the host finds it.
+#include "PartitionedInput.h"
+#include "Publisher.h"
+#include "StreamAdministration.h"
+
+namespace {
+
+class Library : public host::StreamLibrary {
+public:
+    std::unique_ptr<host::StreamInput> makeInput(host::PipelineConfiguration const& pipeline,
+                                                 EDR::Description const& description,
+                                                 BAS::LogSink& log) override {
+        return std::make_unique<stream::PartitionedInput>(pipeline, description, log);
+    }
+    host::ExitCode create(host::StreamConfiguration const& stream,
+                          host::StreamLimits const& limits) override {
+        return stream::createStreams(stream, limits);
+    }
+    host::ExitCode show(host::StreamConfiguration const& stream) override {
+        return stream::showStreams(stream);
+    }
+    host::ExitCode publish(host::PipelineConfiguration const& pipeline,
+                           host::StreamSource const& source,
+                           host::Notification const& stop) override {
+        return stream::publishFiles(pipeline, source, stop);
+    }
+};
+
+} // namespace
+
+extern "C" host::StreamLibrary& pipelineHostStream() {
+    static Library library;
+    return library;
+}

@@ -1,0 +1,50 @@
+// Remembers how far a host has come in the partitions of a stream. The file has one record for each
+// partition of the stream, at its own place and within one sector of a disk, so that a record is
+// there as a whole or not at all, also when the process is killed.
+#pragma once
+
+#include "base/FileDescriptor.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace stream {
+
+struct StreamPlace {
+    std::uint64_t sequence = 1;      // of the message that comes next
+    std::uint64_t lines = 0;         // of it that are processed
+    std::uint64_t rejectedBytes = 0; // that the partition's reject file holds
+    std::int64_t created = 0;        // the stream, in nanoseconds since 1970
+
+    bool operator==(StreamPlace const&) const = default;
+};
+
+std::string placeText(StreamPlace const& place);
+// Nothing when it can't be understood.
+std::optional<StreamPlace> parsePlace(std::string_view text);
+
+class StreamPlaces {
+public:
+    // Throws a BAS::Status when the file can't be opened, or when another host has it.
+    explicit StreamPlaces(std::filesystem::path file);
+
+    // Nothing when there is none, or none that can be understood.
+    std::optional<StreamPlace> read(std::uint64_t partition) const;
+    void set(std::uint64_t partition, StreamPlace const& place);
+    // Writes what was set since the last call, in one write. Throws a BAS::Status when that isn't
+    // possible.
+    void write();
+
+private:
+    std::filesystem::path fileM;
+    host::FileDescriptor descriptorM;
+    std::string recordsM; // of all partitions up to the highest known one
+    std::size_t changedBeginM = 0;
+    std::size_t changedEndM = 0;
+};
+
+} // namespace stream

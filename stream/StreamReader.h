@@ -1,0 +1,100 @@
+// Reads the partitions of a stream as one source of EDRs. A thread for each partition fetches
+// messages ahead, in order, through a consumer without acknowledgements that is made anew from the
+// next sequence whenever anything is odd; what is fetched and not yet read is bounded.
+#pragma once
+
+#include "Connection.h"
+#include "StreamPlaces.h"
+#include "base/Notification.h"
+#include "input/EdrSource.h"
+#include "input/PortionFiller.h"
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace stream {
+
+class StreamReader : public host::EdrSource {
+public:
+    // A partition from which the host may read, and where.
+    struct Start {
+        StreamPlace place;
+        bool isFirst = false; // the host never read from it, so that nothing can be missing
+    };
+    // Waits until the host may read from the partition; nothing once ended says so. Called on the
+    // partition's thread. Throws a BAS::Status when it never may.
+    using Begin = std::function<std::optional<Start>(std::uint64_t partition,
+                                                     std::function<bool()> const& ended)>;
+
+    // All that is given by reference must outlive the reader; stop ends the waiting for messages.
+    StreamReader(Connection& connection, host::StreamConfiguration const& stream,
+                 host::PipelineConfiguration const& pipeline, EDR::Description const& description,
+                 host::Notification const& stop, Begin begin);
+    ~StreamReader() override;
+
+    void read(host::InputPortion& portion) noexcept override;
+    void abandon() noexcept override;
+
+private:
+    struct Partition {
+        std::uint64_t number = 0;
+        std::string name; // of its stream
+        std::size_t queuedBytes = 0;
+        std::jthread thread;
+    };
+    struct Item {
+        Partition* partition = nullptr;
+        Message message;
+        std::uint64_t sequence = 0;
+        std::uint64_t missing = 0;   // messages before it
+        std::uint64_t skipLines = 0; // that are processed
+        std::size_t bytes = 0;
+    };
+    // Of a partition's thread.
+    struct Fetching {
+        Subscription subscription;
+        bool isNew = true; // nothing has come through the subscription yet
+        StreamPlace next;
+        bool isFirst = false;
+        std::uint64_t warmUp = 0;
+    };
+
+    void fetchAhead(Partition& partition);
+    bool subscribe(Partition const& partition, Fetching& fetching);
+    bool fetch(Partition& partition, Fetching& fetching);
+    bool accept(Partition& partition, Fetching& fetching, Message message);
+    void put(Item item);
+    void fail(std::exception_ptr failure);
+    bool isClosed() const;
+    bool pause();
+    bool take(bool mayWait);
+    void open(host::InputPortion& portion);
+    void takeLine(host::InputPortion& portion);
+    host::LineOrigin origin() const;
+
+    Connection& connectionM;
+    host::StreamConfiguration const& streamM;
+    host::PipelineConfiguration const& pipelineM;
+    host::Notification const& stopM;
+    Begin beginM;
+    host::PortionFiller fillerM;
+    std::deque<Partition> partitionsM;
+    mutable std::mutex lockM;
+    std::condition_variable changedM;
+    std::deque<Item> queueM;
+    std::exception_ptr failureM; // of a partition's thread
+    bool isClosedM = false;
+    // Of the reading thread: the message that is being read.
+    Item itemM;
+    std::string textM;
+    std::size_t atM = 0; // in the text
+    std::uint64_t lineM = 0;
+    host::InputPlace endM;
+    std::uint64_t bytesReadM = 0;
+};
+
+} // namespace stream

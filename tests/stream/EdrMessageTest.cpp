@@ -1,0 +1,119 @@
+// Messages, places and keys without servers.
+#include "EdrMessage.h"
+
+#include "PublishedSource.h"
+#include "StreamPlaces.h"
+#include "support/TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+
+namespace {
+
+using testing::HasSubstr;
+
+std::string reasonFor(std::string_view encoding, std::string const& data) {
+    std::string text;
+    try {
+        stream::decode(encoding, data, 64, text);
+    } catch (stream::MessageError const& error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(EdrMessage, DecodesWhatWasCompressedAndRefusesDamage) {
+    std::string lines;
+    for (int i = 0; i < 100; ++i) {
+        lines += "{\"A\":\"" + std::to_string(i * i) + "\"}\n";
+    }
+    auto const data = stream::compressed(lines);
+    std::string text;
+    stream::decode("zstd", data, 64, text);
+    EXPECT_EQ(text, lines);
+    EXPECT_GE(text.capacity(), text.size() + 64);
+    EXPECT_LT(data.size(), lines.size());
+
+    auto damaged = data;
+    damaged[data.size() / 2] ^= 0x55;
+    std::string const huge(std::size_t{17} << 20, 'x');
+    std::pair<std::string, char const*> const cases[] = {
+        {data.substr(0, data.size() / 2), "damaged"},
+        {damaged + "rest", "damaged"},
+        {"", "damaged"},
+        {"no zstd", "damaged"},
+        {stream::compressed(huge), "expected at most"},
+    };
+    for (auto const& [each, reason] : cases) {
+        EXPECT_THAT(reasonFor("zstd", each), HasSubstr(reason));
+    }
+    EXPECT_THAT(reasonFor("gzip", data), HasSubstr("'gzip'"));
+}
+
+TEST(EdrMessage, ReadsHeadersExactly) {
+    nats_Open(-1);
+    natsMsg* foreign = nullptr;
+    ASSERT_EQ(natsMsg_Create(&foreign, "edr.P.0", nullptr, "x", 1), NATS_OK);
+    stream::Message const owner(foreign);
+    natsMsgHeader_Set(foreign, "Edr-Line-And-More", "7");
+    natsMsgHeader_Set(foreign, "E", "8");
+    EXPECT_EQ(stream::placeOf(foreign).line, 0U);
+    EXPECT_EQ(stream::encodingOf(foreign), "");
+
+    auto const own = stream::makeMessage("edr.P.0", "data", {"day 1", 42});
+    EXPECT_EQ(stream::placeOf(own.get()).source, "day 1");
+    EXPECT_EQ(stream::placeOf(own.get()).line, 42U);
+    EXPECT_EQ(stream::encodingOf(own.get()), "zstd");
+}
+
+TEST(StreamPlaces, StayAndRefuseDamage) {
+    support::TemporaryDirectory directory;
+    auto const file = directory.path() / "Main.places";
+    stream::StreamPlace const one{5, 17, 300, 1'700'000'000'000'000'000};
+    stream::StreamPlace const other{9, 0, 0, 1};
+    {
+        stream::StreamPlaces places(file);
+        places.set(3, one);
+        places.set(1, other);
+        places.write();
+        EXPECT_THROW(stream::StreamPlaces second(file), BAS::Status); // of another host
+    }
+    {
+        stream::StreamPlaces places(file);
+        EXPECT_EQ(places.read(3), one);
+        EXPECT_EQ(places.read(0), std::nullopt);
+        EXPECT_EQ(places.read(7), std::nullopt);
+        places.set(3, other);
+        places.write();
+    }
+    EXPECT_EQ(stream::StreamPlaces(file).read(1), other);
+    for (auto const* const text : {"5 17 300", "5 17 300 x .", "-5 17 300 1 .", "5 17 300 1"}) {
+        EXPECT_EQ(stream::parsePlace(text), std::nullopt) << text;
+    }
+}
+
+TEST(KeyFields, DecideByTheFieldOfTheService) {
+    stream::KeyFields const keys({"A_NUMBER", "GPRS=B_NUMBER"});
+    auto const at = [](std::string_view key) { return stream::hashOf(key) % 1000; };
+    struct {
+        char const* line;
+        std::uint64_t partition;
+    } const cases[] = {
+        {R"({"A_NUMBER":"49","B_NUMBER":"50"})", at("49")},
+        {R"({"A_NUMBER" : "49", "INTERN_SERVICE_CODE": "TEL"})", at("49")},
+        {R"({"INTERN_SERVICE_CODE":"GPRS","A_NUMBER":"49","B_NUMBER":50})", at("50")},
+        {R"({"TEXT":"\"A_NUMBER\":1","A_NUMBER":"49"})", at("49")},
+        {R"({"RECORD":"HEADER"})", 0},
+        {"no JSON", 0},
+        {"", 0},
+    };
+    for (auto const& each : cases) {
+        EXPECT_EQ(keys.partitionOf(each.line, 1000), each.partition) << each.line;
+    }
+    EXPECT_EQ(stream::hashOf("foobar"), 0x85944171f73967e8U);
+    EXPECT_THROW(stream::KeyFields({"A", "B"}), std::invalid_argument);
+    EXPECT_THROW(stream::KeyFields({"GPRS="}), std::invalid_argument);
+}
+
+} // namespace
