@@ -39,8 +39,8 @@ test: packages ## build everything and run the tests: as installed, and under th
 
 test-long: packages ## run what takes longer: a million EDRs, races under the thread sanitizer, fuzzing, the page in a browser
 	@tools/install-packages chromium chromium-driver python3
-	@$(call BUILD_PRESETS,asan tsan fuzz)
-	@$(call RUN_TESTS,asan tsan fuzz,--label-regex long)
+	@$(call BUILD_PRESETS,release asan tsan fuzz)
+	@$(call RUN_TESTS,release asan tsan fuzz,--label-regex long)
 
 SECONDS ?= 30
 fuzz: packages ## fuzz each target for SECONDS (30); what it finds stays in build/fuzz/fuzz
@@ -52,6 +52,7 @@ SOAK_EDRS ?= 100000000
 SOAK_RUNS ?= 100000000
 SOAK_REPEATS ?= 20
 SOAK_ALIAS_ROWS ?= 10000000
+SOAK_STREAM_EDRS ?= 1000000
 soak: export LSAN_OPTIONS = suppressions=$(CURDIR)/tests/leaks.supp:print_suppressions=0
 soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --preset asan -Wno-dev --log-level=WARNING
@@ -61,9 +62,12 @@ soak: packages ## run the tests of docs/reliability.md at release size, for days
 	@cmake --preset fuzz -Wno-dev --log-level=WARNING
 	@cmake --build --preset fuzz
 	@cmake --preset release -DDATADUMP_TESTS=rooms -Wno-dev --log-level=WARNING
-	@cmake --build --preset release --target database_fault_test
+	@cmake --build --preset release --target database_fault_test \
+	    pipeline-host pipeline-host-stream DataDump/all modules/all
 	DATABASE_ALIAS_ROWS=$(SOAK_ALIAS_ROWS) tests/support/with-postgresql \
 	    build/release/bin/database_fault_test --gtest_brief=1
+	tests/support/with-nats tests/stream/run-stream-tests build/release/bin/pipeline-host \
+	    $(SOAK_STREAM_EDRS)
 	build/asan/bin/allocation_failure_test --gtest_brief=1
 	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
 	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))
