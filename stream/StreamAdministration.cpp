@@ -40,7 +40,7 @@ void createStream(Connection& connection, host::StreamConfiguration const& strea
 }
 
 void createBucket(Connection& connection, host::StreamConfiguration const& stream,
-                  host::StreamLimits const& limits, std::string const& name, jsStorageType storage,
+                  host::StreamLimits const& limits, std::string const& name,
                   std::chrono::nanoseconds life) {
     kvStore* existing = nullptr;
     if (js_KeyValue(&existing, connection.jetStream(), name.c_str()) == NATS_OK) {
@@ -52,7 +52,8 @@ void createBucket(Connection& connection, host::StreamConfiguration const& strea
     configuration.Bucket = name.c_str();
     configuration.History = 1;
     configuration.Replicas = static_cast<int>(limits.replicas);
-    configuration.StorageType = storage;
+    // In memory it would be gone with a majority of the servers, and nobody could take a lease.
+    configuration.StorageType = js_FileStorage;
     configuration.TTL = life.count();
     kvStore* store = nullptr;
     auto const status = js_CreateKeyValue(&store, connection.jetStream(), &configuration);
@@ -85,8 +86,8 @@ host::ExitCode createStreams(host::StreamConfiguration const& stream,
         }
         std::cout << name << (isThere ? ": is there already\n" : ": made\n");
     }
-    createBucket(connection, stream, limits, leaseBucket(stream.name), js_MemoryStorage, leaseTime);
-    createBucket(connection, stream, limits, placeBucket(stream.name), js_FileStorage, {});
+    createBucket(connection, stream, limits, leaseBucket(stream.name), leaseTime);
+    createBucket(connection, stream, limits, placeBucket(stream.name), {});
     std::cout << std::flush;
     return std::cout ? host::done : host::inputOrOutputFailed;
 }

@@ -205,7 +205,8 @@ TEST(RegistryReference, OfTheManualPageTellsTheTables) {
                 name.replace(at, 4, "<name>");
             }
             headings.push_back(name);
-        } else if (auto const at = line.find(", 1 to "); at != std::string::npos) {
+        } else if (auto const at = std::min(line.find(", 0 to "), line.find(", 1 to "));
+                   at != std::string::npos) {
             headings.back() += line.substr(at, line.find_last_not_of('.') + 1 - at);
         }
     }
