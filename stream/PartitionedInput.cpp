@@ -120,7 +120,9 @@ std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t parti
         rejectedBytes = everything; // what the file has is from before another host had a turn
     }
     auto const& rejects =
-        rejectsM.insert_or_assign(partition, host::RejectFile(rejectFile(partition), rejectedBytes))
+        rejectsM
+            .insert_or_assign(partition,
+                              host::RejectFile({"-", rejectFile(partition)}, rejectedBytes))
             .first->second;
     start.place.rejectedBytes = rejects.size();
     readingM[partition] = {start.place, term};

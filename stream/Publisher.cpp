@@ -131,7 +131,7 @@ private:
     }
 
     void publishFile() {
-        host::InputFile file(sourceM.files[fileM], {&stopM, nullptr});
+        host::InputFile file(sourceM.files[fileM], std::nullopt, {&stopM, nullptr});
         host::LineReader lines(file, pipelineM.maxLineLength, 0);
         try {
             while (!stopM.isSet() && lines.nextLine()) {
