@@ -8,31 +8,24 @@ namespace stream {
 namespace {
 
 constexpr std::string_view serviceField = "INTERN_SERVICE_CODE";
-constexpr std::string_view blanks = " \t";
-
-std::string_view withoutBlanks(std::string_view text) {
-    auto const begin = text.find_first_not_of(blanks);
-    return begin == std::string_view::npos ? std::string_view() : text.substr(begin);
-}
-
-// The text of the first member of that name with a text or number as its value, as it stands in the
-// line. A name within a text has a backslash before its quote, and no colon after it.
-std::optional<std::string_view> valueOf(std::string_view line, std::string_view name) {
-    for (auto at = line.find(name); at != std::string_view::npos; at = line.find(name, at + 1)) {
-        auto rest = line.substr(at + name.size());
-        if (at == 0 || line[at - 1] != '"' || !rest.starts_with('"')) {
-            continue;
-        }
-        rest = withoutBlanks(rest.substr(1));
-        if (!rest.starts_with(':')) {
-            continue;
-        }
-        rest = withoutBlanks(rest.substr(1));
-        bool const isText = rest.starts_with('"');
-        rest.remove_prefix(isText ? 1 : 0);
-        return rest.substr(0, rest.find_first_of(isText ? "\"" : ",} \t"));
+// Nothing when there is no such member, or when its value is neither a text nor a number. What the
+// text has is valid until the next one is asked for.
+std::optional<std::string_view> valueOf(simdjson::ondemand::object& edr, std::string_view name) {
+    simdjson::ondemand::value value;
+    simdjson::ondemand::json_type type = {};
+    if (edr.find_field_unordered(name).get(value) != simdjson::SUCCESS ||
+        value.type().get(type) != simdjson::SUCCESS) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    if (type == simdjson::ondemand::json_type::number) {
+        auto const token = value.raw_json_token();
+        return token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
+    }
+    std::string_view text;
+    return type == simdjson::ondemand::json_type::string &&
+                   value.get_string().get(text) == simdjson::SUCCESS
+               ? std::optional(text)
+               : std::nullopt;
 }
 
 } // namespace
@@ -49,14 +42,27 @@ KeyFields::KeyFields(std::vector<std::string> const& keys) {
     }
 }
 
-std::uint64_t KeyFields::partitionOf(std::string_view line, std::uint64_t partitions) const {
-    auto const service = valueOf(line, serviceField);
-    auto field = fieldsM.find(service.value_or(std::string_view()));
-    if (field == fieldsM.end()) {
-        field = fieldsM.find("");
+std::uint64_t KeyFields::partitionOf(std::string_view line, std::uint64_t partitions) {
+    simdjson::ondemand::document document;
+    simdjson::ondemand::object edr;
+    simdjson::padded_string_view const padded(line.data(), line.size(), line.size() + padding);
+    if (parserM.iterate(padded).get(document) != simdjson::SUCCESS ||
+        document.get_object().get(edr) != simdjson::SUCCESS) {
+        return 0;
     }
-    auto const value = field == fieldsM.end() ? std::nullopt : valueOf(line, field->second);
+    auto const* const field = fieldOf(edr);
+    auto const value = field == nullptr ? std::nullopt : valueOf(edr, *field);
     return value ? hashOf(*value) % partitions : 0;
+}
+
+// Null when neither the service of the EDR nor all services have one.
+std::string const* KeyFields::fieldOf(simdjson::ondemand::object& edr) const {
+    auto const forAll = fieldsM.find("");
+    bool const isByService = fieldsM.size() > (forAll == fieldsM.end() ? 0 : 1);
+    auto const service = isByService ? valueOf(edr, serviceField) : std::nullopt;
+    auto const own = service ? fieldsM.find(*service) : fieldsM.end();
+    auto const found = own == fieldsM.end() ? forAll : own;
+    return found == fieldsM.end() ? nullptr : &found->second;
 }
 
 } // namespace stream

@@ -1,6 +1,8 @@
 // Lines on their way to the partitions of a stream: which partition a line belongs to.
 #pragma once
 
+#include <simdjson.h>
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -23,16 +25,22 @@ constexpr std::uint64_t hashOf(std::string_view text) {
 // services that have none of their own.
 class KeyFields {
 public:
+    static constexpr std::size_t padding = simdjson::SIMDJSON_PADDING;
+
     // From texts "[SERVICE=]FIELD"; the service is a value of the field INTERN_SERVICE_CODE. Throws
     // std::invalid_argument when a service is named twice, or a text is no such.
     explicit KeyFields(std::vector<std::string> const& keys);
 
-    // The same key is always in the same partition. Lines that have no such field, headers and
-    // trailers among them, belong to partition 0.
-    std::uint64_t partitionOf(std::string_view line, std::uint64_t partitions) const;
+    // The same key is always in the same partition, however it is written. Lines that have no such
+    // field, headers and trailers among them, belong to partition 0. After the line, padding bytes
+    // may be read.
+    std::uint64_t partitionOf(std::string_view line, std::uint64_t partitions);
 
 private:
+    std::string const* fieldOf(simdjson::ondemand::object& edr) const;
+
     std::map<std::string, std::string, std::less<>> fieldsM; // by service
+    simdjson::ondemand::parser parserM;
 };
 
 } // namespace stream
