@@ -14,6 +14,7 @@ namespace {
 constexpr std::int64_t connectTimeout = 2'000; // milliseconds, for each server
 constexpr std::int64_t reconnectWait = 200;    // milliseconds
 constexpr std::int64_t requestTimeout = 5'000; // milliseconds
+constexpr std::int64_t bucketTimeout = 1'000;  // milliseconds
 
 void check(natsStatus status, host::StreamConfiguration const& stream, char const* what) {
     if (status != NATS_OK) {
@@ -108,10 +109,25 @@ Connection::Connection(host::StreamConfiguration const& stream,
     jsCtx* context = nullptr;
     check(natsConnection_JetStream(&context, connection, &jetStream), stream, "using the streams");
     jetStreamM.reset(context);
+    jsOptions_Init(&jetStream);
+    jetStream.Wait = bucketTimeout;
+    check(natsConnection_JetStream(&context, connection, &jetStream), stream, "using the buckets");
+    bucketsM.reset(context);
 }
 
 Connection::~Connection() {
     close();
+}
+
+// They do so to a client that they no longer let in.
+void Connection::requireOpen() const {
+    if (natsConnection_IsClosed(connectionM.get())) {
+        char const* reason = nullptr;
+        auto const status = natsConnection_GetLastError(connectionM.get(), &reason);
+        throw failure(
+            nameM, "keeping the connection",
+            fmt::format("{}: {}", natsStatus_GetText(status), reason == nullptr ? "" : reason));
+    }
 }
 
 StreamInfo Connection::streamInfo(std::string const& name) const {
@@ -119,18 +135,38 @@ StreamInfo Connection::streamInfo(std::string const& name) const {
     jsErrCode code = {};
     auto const status = js_GetStreamInfo(&info, jetStreamM.get(), name.c_str(), nullptr, &code);
     if (status != NATS_OK && status != NATS_NOT_FOUND) {
-        throw failure(nameM, "asking for the stream " + name, failureText(status));
+        fail("asking for the stream " + name, status);
     }
     return StreamInfo(info);
 }
 
 Bucket Connection::bucket(std::string const& name) const {
     kvStore* store = nullptr;
-    auto const status = js_KeyValue(&store, jetStreamM.get(), name.c_str());
+    auto const status = js_KeyValue(&store, bucketsM.get(), name.c_str());
+    if (status == NATS_NOT_FOUND) {
+        throw failure(nameM, "opening the bucket " + name,
+                      "there is none; 'pipeline-host stream create' makes it");
+    }
     if (status != NATS_OK) {
-        throw failure(nameM, "opening the bucket " + name, failureText(status));
+        fail("opening the bucket " + name, status);
     }
     return Bucket(store);
+}
+
+std::optional<std::string> Connection::refusal() const {
+    char const* report = nullptr;
+    bool const isRefused =
+        natsConnection_GetLastError(connectionM.get(), &report) == NATS_NOT_PERMITTED;
+    return isRefused ? std::optional<std::string>(report) : std::nullopt;
+}
+
+// The servers don't answer what they don't permit.
+void Connection::fail(std::string const& what, natsStatus status) const {
+    auto const text = failureText(status);
+    if (auto const reason = refusal(); reason && status == NATS_TIMEOUT) {
+        throw failure(nameM, what, *reason);
+    }
+    throw NoServer(failure(nameM, what, text));
 }
 
 } // namespace stream

@@ -7,6 +7,7 @@
 #include <nats/nats.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace stream {
@@ -33,7 +34,7 @@ std::string failureText(natsStatus status);
 // "ERR_STREAM_FAILED" with the stream, what was tried and why it failed.
 BAS::Status failure(std::string const& stream, std::string const& what, std::string const& reason);
 
-// No server could be reached, which may be mended by waiting.
+// No server could be reached, or those that could don't serve streams now; waiting may mend it.
 class NoServer : public BAS::Status {
 public:
     explicit NoServer(BAS::Status const& status) : Status(status) {}
@@ -60,19 +61,29 @@ public:
     // Ends all waiting of other threads in calls of the library.
     void close() noexcept { natsConnection_Close(connectionM.get()); }
 
+    // Throws a BAS::Status when the servers have closed it for good.
+    void requireOpen() const;
+    // What the servers said last that they don't permit.
+    std::optional<std::string> refusal() const;
+
     natsConnection* get() const noexcept { return connectionM.get(); }
     jsCtx* jetStream() const noexcept { return jetStreamM.get(); }
 
-    // Null when there is none of the name. Throws a BAS::Status when no server answers.
+    // Null when there is none of the name. Throws NoServer, or a BAS::Status when the servers don't
+    // permit it.
     StreamInfo streamInfo(std::string const& name) const;
-    // Throws a BAS::Status when it can't be had.
+    // Its operations wait for a second at most, so that one doesn't take the time of the others.
+    // Throws NoServer, or a BAS::Status when there is none or the servers don't permit it.
     Bucket bucket(std::string const& name) const;
+    // Throws NoServer, or a BAS::Status when the servers don't permit what failed.
+    [[noreturn]] void fail(std::string const& what, natsStatus status) const;
 
 private:
     std::string nameM;
     Handle<natsOptions, &natsOptions_Destroy> optionsM;
     Handle<natsConnection, &natsConnection_Destroy> connectionM;
     Handle<jsCtx, &jsCtx_Destroy> jetStreamM;
+    Handle<jsCtx, &jsCtx_Destroy> bucketsM;
 };
 
 } // namespace stream

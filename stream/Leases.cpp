@@ -29,9 +29,9 @@ std::string ownName() {
 
 } // namespace
 
-Leases::Leases(Connection& connection, host::StreamConfiguration const& stream,
+Leases::Leases(Connection const& connection, host::StreamConfiguration const& stream,
                std::string const& pipeline, BAS::LogSink& log)
-    : streamM(stream), pipelineM(pipeline), logM(log), ownerM(ownName()),
+    : connectionM(connection), streamM(stream), pipelineM(pipeline), logM(log), ownerM(ownName()),
       bucketM(connection.bucket(leaseBucket(stream.name))),
       placesM(connection.bucket(placeBucket(stream.name))) {
     for (auto const partition : stream.partitions) {
@@ -47,10 +47,11 @@ Leases::~Leases() {
     }
     changedM.notify_all();
     keeperM.join();
-    copyPlaces();
+    bool areServersThere = copyPlaces();
     for (auto const& [partition, lease] : leasesM) {
-        if (lease.end > Clock::now()) {
-            kvStore_Delete(bucketM.get(), std::to_string(partition).c_str());
+        if (areServersThere && lease.end > Clock::now()) {
+            areServersThere =
+                kvStore_Delete(bucketM.get(), std::to_string(partition).c_str()) == NATS_OK;
         }
     }
 }
@@ -68,7 +69,7 @@ std::optional<StreamPlace> Leases::copiedPlace(std::uint64_t partition) const {
         return std::nullopt;
     }
     if (status != NATS_OK) {
-        throw failure(streamM.name, "reading the copied place", failureText(status));
+        connectionM.fail("reading the copied place", status);
     }
     BucketEntry const entry(found);
     return parsePlace({static_cast<char const*>(kvEntry_Value(found)),
@@ -87,6 +88,9 @@ void Leases::keepAll() {
         auto next = nextCopy;
         for (auto& [partition, lease] : leasesM) {
             if (lease.refresh <= Clock::now()) {
+                if (isClosed()) {
+                    return;
+                }
                 keep(partition, lease);
             }
             next = std::min(next, lease.refresh);
@@ -151,21 +155,30 @@ void Leases::reportOwner(std::uint64_t partition, Lease& lease) {
                                 {streamName(streamM.name, partition), lease.waitsFor}));
 }
 
-void Leases::copyPlaces() {
+// False at the first place that can't be copied; the rest waits for the next time.
+bool Leases::copyPlaces() {
     std::map<std::uint64_t, StreamPlace> places;
     {
         std::lock_guard const guard(lockM);
         places.swap(toCopyM);
     }
-    for (auto const& [partition, place] : places) {
+    for (auto each = places.begin(); each != places.end(); ++each) {
+        auto const& [partition, place] = *each;
         std::uint64_t revision = 0;
         auto const key = std::to_string(partition);
         if (term(partition) && kvStore_PutString(&revision, placesM.get(), key.c_str(),
                                                  placeText(place).c_str()) != NATS_OK) {
             std::lock_guard const guard(lockM);
-            toCopyM.emplace(partition, place); // unless there is a later one
+            toCopyM.insert(each, places.end()); // but where there is a later one
+            return false;
         }
     }
+    return true;
+}
+
+bool Leases::isClosed() const {
+    std::lock_guard const guard(lockM);
+    return isClosedM;
 }
 
 // False once the object is destroyed.

@@ -23,8 +23,8 @@ inline constexpr std::chrono::seconds leaseTime{5};
 class Leases {
 public:
     // Begins to take the partitions. Everything given must outlive the object; statuses have the
-    // pipeline's registered name. Throws a BAS::Status when the buckets aren't there.
-    Leases(Connection& connection, host::StreamConfiguration const& stream,
+    // pipeline's registered name. Throws NoServer, or a BAS::Status when the buckets aren't there.
+    Leases(Connection const& connection, host::StreamConfiguration const& stream,
            std::string const& pipeline, BAS::LogSink& log);
     // Gives the partitions up, so that another host can take them at once.
     ~Leases();
@@ -34,7 +34,8 @@ public:
     // The number of the times that this host took the partition, as long as no other host can have
     // taken it since. Any thread.
     std::optional<std::uint64_t> term(std::uint64_t partition) const;
-    // The place that the last owner copied. Throws a BAS::Status when the servers don't answer.
+    // The place that the last owner copied. Throws NoServer, or a BAS::Status when the servers
+    // don't permit to ask.
     std::optional<StreamPlace> copiedPlace(std::uint64_t partition) const;
     // Has the place copied within a second. Any thread.
     void copy(std::uint64_t partition, StreamPlace const& place);
@@ -55,10 +56,12 @@ private:
     bool take(std::uint64_t partition, Lease& lease);
     bool refresh(std::uint64_t partition, Lease& lease);
     void reportOwner(std::uint64_t partition, Lease& lease);
-    void copyPlaces();
+    bool copyPlaces();
+    bool isClosed() const;
     bool waitUntil(Clock::time_point time);
     BucketEntry entryOf(std::uint64_t partition) const;
 
+    Connection const& connectionM;
     host::StreamConfiguration const& streamM;
     std::string pipelineM;
     BAS::LogSink& logM;

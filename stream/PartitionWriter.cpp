@@ -21,19 +21,20 @@ constexpr auto staleTime = std::chrono::seconds(10);
 } // namespace
 
 PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfiguration const& stream,
-                                 std::uint64_t partition)
-    : connectionM(connection), pipelineM(stream.name), streamM(streamName(stream.name, partition)),
-      subjectM(subject(stream.name, partition)) {
+                                 std::uint64_t partition, host::Notification const& stop)
+    : connectionM(connection), stopM(stop), pipelineM(stream.name),
+      streamM(streamName(stream.name, partition)), subjectM(subject(stream.name, partition)) {
     auto const giveUp = std::chrono::steady_clock::now() + startTime;
     StreamInfo info;
     for (bool isKnown = false; !isKnown;) {
         try {
             info = connection.streamInfo(streamM);
             isKnown = true;
-        } catch (BAS::Status const&) {
-            if (std::chrono::steady_clock::now() > giveUp) {
+        } catch (NoServer const&) {
+            if (std::chrono::steady_clock::now() > giveUp || stop.isSet()) {
                 throw;
             }
+            std::this_thread::sleep_for(retryInterval);
         }
     }
     if (info == nullptr) {
@@ -57,7 +58,7 @@ std::optional<SourcePlace> PartitionWriter::placeOfMessage(std::uint64_t sequenc
         return std::nullopt;
     }
     if (status != NATS_OK) {
-        throw failure(pipelineM, "reading the last message of " + streamM, failureText(status));
+        connectionM.fail("reading the last message of " + streamM, status);
     }
     return placeOf(found);
 }
@@ -126,6 +127,9 @@ void PartitionWriter::recover() {
         js_PublishAsyncComplete(connectionM.jetStream(), &options);
         hasFailedM = false;
         dropAcknowledged();
+        if (auto const reason = connectionM.refusal()) {
+            throw failure(pipelineM, "publishing to " + streamM, *reason);
+        }
         if (goOnFromStream()) {
             return;
         }
@@ -150,7 +154,11 @@ bool PartitionWriter::goOnFromStream() {
             last = info->State.LastSeq;
             place = last > acknowledgedM ? placeOfMessage(last) : std::nullopt;
             break;
-        } catch (BAS::Status const&) {
+        } catch (NoServer const&) {
+            connectionM.requireOpen();
+            if (stopM.isSet()) {
+                throw;
+            }
             std::this_thread::sleep_for(retryInterval);
         }
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "EdrMessage.h"
+#include "base/Notification.h"
 
 #include <atomic>
 #include <deque>
@@ -16,17 +17,18 @@ struct AcknowledgedLost {};
 
 class PartitionWriter {
 public:
-    // Asks the stream where to go on. The connection must outlive the writer. Throws a BAS::Status
-    // when there is no such stream or no answer.
+    // Asks the stream where to go on. Connection and stop must outlive the writer. Throws a
+    // BAS::Status when there is no such stream or no answer.
     PartitionWriter(Connection& connection, host::StreamConfiguration const& stream,
-                    std::uint64_t partition);
+                    std::uint64_t partition, host::Notification const& stop);
 
     // The headers of the last message; nothing when the stream never had one, or when it has gone.
     std::optional<SourcePlace> const& last() const noexcept { return lastM; }
     bool hasLastGone() const noexcept { return sentM > 0 && !lastM; }
 
-    // Sends lines that end at the place; waits while too many messages are on their way. Throws a
-    // BAS::Status when somebody else writes to the stream, and AcknowledgedLost.
+    // Sends lines that end at the place; waits while too many messages are on their way. Throws
+    // AcknowledgedLost, and a BAS::Status when somebody else writes to the stream, when the servers
+    // don't permit it, or when stop is set while they don't answer.
     void send(std::string_view lines, SourcePlace const& place);
     // Waits until all is in the stream. Throws as send does.
     void finish();
@@ -50,6 +52,7 @@ private:
     std::optional<SourcePlace> placeOfMessage(std::uint64_t sequence) const;
 
     Connection& connectionM;
+    host::Notification const& stopM;
     std::string pipelineM;
     std::string streamM;
     std::string subjectM;

@@ -39,7 +39,10 @@ bool PartitionedInput::connect() {
         if (connectionM == nullptr) {
             connectionM = std::make_unique<Connection>(streamM);
         }
-        leasesM = std::make_unique<Leases>(*connectionM, streamM, pipelineM.registeredName, logM);
+        auto leases =
+            std::make_unique<Leases>(*connectionM, streamM, pipelineM.registeredName, logM);
+        std::lock_guard const guard(lockM);
+        leasesM = std::move(leases);
         return true;
     } catch (NoServer const& status) {
         if (!isWaitReportedM) {
@@ -67,7 +70,31 @@ std::unique_ptr<host::EdrSource> PartitionedInput::open(host::Notification const
     }
     return std::make_unique<StreamReader>(
         *connectionM, streamM, pipelineM, descriptionM, stop,
-        [this](auto partition, auto const& ended) { return begin(partition, ended); });
+        [this](auto partition, auto const& ended) { return begin(partition, ended); },
+        [this](auto partition, auto sequence) { noteLast(partition, sequence); });
+}
+
+void PartitionedInput::noteLast(std::uint64_t partition, std::uint64_t sequence) {
+    std::lock_guard const guard(lockM);
+    readingM.at(partition).last = sequence;
+}
+
+std::vector<host::PartitionState> PartitionedInput::state() const {
+    std::lock_guard const guard(lockM);
+    std::vector<host::PartitionState> states;
+    for (auto const number : streamM.partitions) {
+        auto& state = states.emplace_back();
+        state.number = number;
+        auto const found = readingM.find(number);
+        if (found == readingM.end()) {
+            continue;
+        }
+        auto const& reading = found->second;
+        state.isOwned = leasesM->term(number) == reading.term;
+        state.sequence = reading.place.sequence;
+        state.lag = reading.last + 1 - std::min(reading.place.sequence, reading.last + 1);
+    }
+    return states;
 }
 
 std::optional<StreamReader::Start> PartitionedInput::begin(std::uint64_t partition,
@@ -84,8 +111,8 @@ std::optional<StreamReader::Start> PartitionedInput::begin(std::uint64_t partiti
     }
 }
 
-// Nothing when the servers don't answer. Throws a BAS::Status when there is no such stream, or
-// another one than before.
+// Nothing when the servers don't answer. Throws a BAS::Status when there is no such stream, another
+// one than before, or none that this host may read.
 std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t partition,
                                                              std::uint64_t term) {
     auto const name = streamName(streamM.name, partition);
@@ -94,7 +121,7 @@ std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t parti
     try {
         info = connectionM->streamInfo(name);
         copied = leasesM->copiedPlace(partition);
-    } catch (BAS::Status const&) {
+    } catch (NoServer const&) {
         return std::nullopt;
     }
     if (info == nullptr) {
@@ -125,7 +152,7 @@ std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t parti
                               host::RejectFile({"-", rejectFile(partition)}, rejectedBytes))
             .first->second;
     start.place.rejectedBytes = rejects.size();
-    readingM[partition] = {start.place, term};
+    readingM[partition] = {start.place, term, info->State.LastSeq};
     leasesM->copy(partition, start.place); // it may be later than the copy
     logM.write(host::makeStatus(
         BAS::Status::info, pipelineM.registeredName, "MSG_STREAM_STARTED",

@@ -21,6 +21,7 @@ public:
                      EDR::Description const& description, BAS::LogSink& log);
 
     std::unique_ptr<host::EdrSource> open(host::Notification const& stop) override;
+    std::vector<host::PartitionState> state() const override;
     void reject(host::InputPlace const& end, std::string_view line) override;
     bool mayProcess() override;
     void keep(std::vector<host::InputPlace> const& places) override;
@@ -30,6 +31,7 @@ private:
     std::optional<StreamReader::Start> begin(std::uint64_t partition,
                                              std::function<bool()> const& ended);
     std::optional<StreamReader::Start> startOf(std::uint64_t partition, std::uint64_t term);
+    void noteLast(std::uint64_t partition, std::uint64_t sequence);
     std::filesystem::path rejectFile(std::uint64_t partition) const;
 
     host::PipelineConfiguration const& pipelineM;
@@ -37,13 +39,14 @@ private:
     EDR::Description const& descriptionM;
     BAS::LogSink& logM;
     std::unique_ptr<Connection> connectionM; // null until a server was there
-    std::unique_ptr<Leases> leasesM;
     bool isWaitReportedM = false;
-    std::mutex lockM; // for what follows
+    mutable std::mutex lockM;        // for what follows
+    std::unique_ptr<Leases> leasesM; // set once, by the pipeline's thread
     StreamPlaces placesM;
     struct Reading {
         StreamPlace place;
         std::uint64_t term = 0; // of the lease
+        std::uint64_t last = 0; // message that the partition is known to have
     };
     std::map<std::uint64_t, Reading> readingM;
     std::map<std::uint64_t, host::RejectFile> rejectsM;

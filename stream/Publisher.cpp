@@ -67,8 +67,8 @@ public:
 private:
     struct Partition {
         Partition(Connection& connection, host::StreamConfiguration const& stream,
-                  std::uint64_t number)
-            : writer(connection, stream, number) {}
+                  std::uint64_t number, host::Notification const& stop)
+            : writer(connection, stream, number, stop) {}
 
         PartitionWriter writer;
         // Up to there it has everything: of files before that one all lines.
@@ -103,7 +103,7 @@ private:
     void openPartitions() {
         std::string gone;
         for (std::uint64_t number = 0; number < streamM.partitionCount; ++number) {
-            auto& partition = partitionsM.emplace_back(connectionM, streamM, number);
+            auto& partition = partitionsM.emplace_back(connectionM, streamM, number, stopM);
             if (partition.writer.hasLastGone() && sourceM.from == 0) {
                 gone += (gone.empty() ? "" : ", ") + streamName(streamM.name, number);
             }
@@ -132,7 +132,7 @@ private:
 
     void publishFile() {
         host::InputFile file(sourceM.files[fileM], std::nullopt, {&stopM, nullptr});
-        host::LineReader lines(file, pipelineM.maxLineLength, 0);
+        host::LineReader lines(file, pipelineM.maxLineLength, KeyFields::padding);
         try {
             while (!stopM.isSet() && lines.nextLine()) {
                 take(lines);

@@ -35,12 +35,11 @@ void createStream(Connection& connection, host::StreamConfiguration const& strea
     auto const status =
         js_AddStream(nullptr, connection.jetStream(), &configuration, nullptr, &code);
     if (status != NATS_OK) {
-        throw failure(stream.name, "making the stream " + name, failureText(status));
+        connection.fail("making the stream " + name, status);
     }
 }
 
-void createBucket(Connection& connection, host::StreamConfiguration const& stream,
-                  host::StreamLimits const& limits, std::string const& name,
+void createBucket(Connection& connection, host::StreamLimits const& limits, std::string const& name,
                   std::chrono::nanoseconds life) {
     kvStore* existing = nullptr;
     if (js_KeyValue(&existing, connection.jetStream(), name.c_str()) == NATS_OK) {
@@ -59,7 +58,7 @@ void createBucket(Connection& connection, host::StreamConfiguration const& strea
     auto const status = js_CreateKeyValue(&store, connection.jetStream(), &configuration);
     Bucket const bucket(store);
     if (status != NATS_OK) {
-        throw failure(stream.name, "making the bucket " + name, failureText(status));
+        connection.fail("making the bucket " + name, status);
     }
 }
 
@@ -86,8 +85,8 @@ host::ExitCode createStreams(host::StreamConfiguration const& stream,
         }
         std::cout << name << (isThere ? ": is there already\n" : ": made\n");
     }
-    createBucket(connection, stream, limits, leaseBucket(stream.name), leaseTime);
-    createBucket(connection, stream, limits, placeBucket(stream.name), {});
+    createBucket(connection, limits, leaseBucket(stream.name), leaseTime);
+    createBucket(connection, limits, placeBucket(stream.name), {});
     std::cout << std::flush;
     return std::cout ? host::done : host::inputOrOutputFailed;
 }

@@ -15,6 +15,8 @@ constexpr std::size_t mostQueuedBytes = std::size_t{4} * 1024 * 1024; // of a pa
 constexpr std::size_t messageOverhead = 512;
 constexpr std::size_t portionSize = 256; // EDRs
 constexpr auto retryInterval = std::chrono::milliseconds(200);
+// So often a thread that waits for room asks how far its partition goes.
+constexpr auto askInterval = std::chrono::seconds(1);
 
 // Of a fetch: without waiting as much as is there, or one message when it comes.
 constexpr int fetchedMessages = 64;
@@ -68,15 +70,18 @@ private:
     natsMsgList listM = {};
 };
 
-// 0 when the message doesn't say it.
-std::uint64_t sequenceOf(natsMsg* message) {
-    jsMsgMetaData* data = nullptr;
-    if (natsMsg_GetMetaData(&data, message) != NATS_OK) {
-        return 0;
+struct MessagePlace {
+    std::uint64_t sequence = 0; // 0 when the message doesn't say it
+    std::uint64_t last = 0;     // that the stream had when the message was sent
+};
+
+MessagePlace placeInStream(natsMsg* message) {
+    jsMsgMetaData* found = nullptr;
+    if (natsMsg_GetMetaData(&found, message) != NATS_OK) {
+        return {};
     }
-    auto const sequence = data->Sequence.Stream;
-    jsMsgMetaData_Destroy(data);
-    return sequence;
+    Handle<jsMsgMetaData, &jsMsgMetaData_Destroy> const data(found);
+    return {data->Sequence.Stream, data->Sequence.Stream + data->NumPending};
 }
 
 } // namespace
@@ -84,14 +89,16 @@ std::uint64_t sequenceOf(natsMsg* message) {
 StreamReader::StreamReader(Connection& connection, host::StreamConfiguration const& stream,
                            host::PipelineConfiguration const& pipeline,
                            EDR::Description const& description, host::Notification const& stop,
-                           Begin begin)
+                           Begin begin, NoteLast noteLast)
     : connectionM(connection), streamM(stream), pipelineM(pipeline), stopM(stop),
-      beginM(std::move(begin)), fillerM(pipeline, description) {
+      beginM(std::move(begin)), noteLastM(std::move(noteLast)), fillerM(pipeline, description) {
     for (auto const number : stream.partitions) {
         auto& partition = partitionsM.emplace_back();
         partition.number = number;
         partition.name = streamName(stream.name, number);
-        partition.thread = std::jthread([this, &partition] {
+    }
+    for (auto& partition : partitionsM) {
+        threadsM.emplace_back([this, &partition] {
             try {
                 fetchAhead(partition);
             } catch (...) {
@@ -147,6 +154,7 @@ void StreamReader::fetchAhead(Partition& partition) {
                             fetch(partition, fetching);
         if (!isFine) {
             fetching.subscription.reset();
+            connectionM.requireOpen();
             pause();
         }
     }
@@ -157,11 +165,14 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     StreamInfo info;
     try {
         info = connectionM.streamInfo(partition.name);
-    } catch (BAS::Status const&) {
+    } catch (NoServer const&) {
         return false;
     }
     if (info != nullptr && info->Created != fetching.next.created) {
         throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {partition.name});
+    }
+    if (info != nullptr) {
+        noteLastM(partition.number, info->State.LastSeq);
     }
     jsSubOptions options;
     jsSubOptions_Init(&options);
@@ -205,7 +216,7 @@ bool StreamReader::fetch(Partition& partition, Fetching& fetching) {
 
 // False when the message isn't the next one.
 bool StreamReader::accept(Partition& partition, Fetching& fetching, Message message) {
-    auto const sequence = sequenceOf(message.get());
+    auto const [sequence, last] = placeInStream(message.get());
     auto const expected = fetching.next.sequence - fetching.warmUp;
     // Only from the start of a consumer on messages may be missing because they are gone.
     if (sequence < expected || (sequence != expected && !fetching.isNew)) {
@@ -229,6 +240,7 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
     }
     fetching.isFirst = false;
     fetching.isNew = false;
+    noteLastM(partition.number, last);
     put(std::move(item));
     return true;
 }
@@ -237,11 +249,26 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
 void StreamReader::put(Item item) {
     std::unique_lock guard(lockM);
     auto& partition = *item.partition;
-    changedM.wait(guard, [&] { return isClosedM || partition.queuedBytes < mostQueuedBytes; });
+    while (!changedM.wait_for(
+        guard, askInterval, [&] { return isClosedM || partition.queuedBytes < mostQueuedBytes; })) {
+        guard.unlock();
+        askForLast(partition);
+        guard.lock();
+    }
     partition.queuedBytes += item.bytes;
     queueM.push_back(std::move(item));
     guard.unlock();
     changedM.notify_all();
+}
+
+void StreamReader::askForLast(Partition const& partition) {
+    try {
+        if (auto const info = connectionM.streamInfo(partition.name)) {
+            noteLastM(partition.number, info->State.LastSeq);
+        }
+    } catch (NoServer const&) {
+        // What was known stays so.
+    }
 }
 
 void StreamReader::read(host::InputPortion& portion) noexcept {

@@ -29,11 +29,14 @@ public:
     // partition's thread. Throws a BAS::Status when it never may.
     using Begin = std::function<std::optional<Start>(std::uint64_t partition,
                                                      std::function<bool()> const& ended)>;
+    // Takes note of the last message that a partition is known to have. Called on the partition's
+    // thread.
+    using NoteLast = std::function<void(std::uint64_t partition, std::uint64_t sequence)>;
 
     // All that is given by reference must outlive the reader; stop ends the waiting for messages.
     StreamReader(Connection& connection, host::StreamConfiguration const& stream,
                  host::PipelineConfiguration const& pipeline, EDR::Description const& description,
-                 host::Notification const& stop, Begin begin);
+                 host::Notification const& stop, Begin begin, NoteLast noteLast);
     ~StreamReader() override;
 
     void read(host::InputPortion& portion) noexcept override;
@@ -44,7 +47,6 @@ private:
         std::uint64_t number = 0;
         std::string name; // of its stream
         std::size_t queuedBytes = 0;
-        std::jthread thread;
     };
     struct Item {
         Partition* partition = nullptr;
@@ -68,6 +70,7 @@ private:
     bool fetch(Partition& partition, Fetching& fetching);
     bool accept(Partition& partition, Fetching& fetching, Message message);
     void put(Item item);
+    void askForLast(Partition const& partition);
     void fail(std::exception_ptr failure);
     bool isClosed() const;
     bool pause();
@@ -81,6 +84,7 @@ private:
     host::PipelineConfiguration const& pipelineM;
     host::Notification const& stopM;
     Begin beginM;
+    NoteLast noteLastM;
     host::PortionFiller fillerM;
     std::deque<Partition> partitionsM;
     mutable std::mutex lockM;
@@ -95,6 +99,7 @@ private:
     std::uint64_t lineM = 0;
     host::InputPlace endM;
     std::uint64_t bytesReadM = 0;
+    std::vector<std::jthread> threadsM; // of the partitions; they use all of the above
 };
 
 } // namespace stream

@@ -23,10 +23,21 @@ class Description;
 
 namespace host {
 
+// How far a host has come in a partition of a stream.
+struct PartitionState {
+    std::uint64_t number = 0;
+    bool isOwned = false;       // else another host has it, or the servers don't answer
+    std::uint64_t sequence = 0; // of the message that comes next; 0 before it is known
+    std::uint64_t lag = 0;      // messages that wait, as far as the host knows
+};
+
 // The stream of a pipeline on this host. The pipeline's thread opens it again and again: after a
 // failure to hold its partitions.
 class StreamInput : public InputProgress {
 public:
+    // In the order of their numbers. Any thread.
+    virtual std::vector<PartitionState> state() const = 0;
+
     // Reads on after what was kept. Waits for the servers; null when stop is set before. The
     // input and stop must outlive the source. Throws a BAS::Status when that isn't possible.
     virtual std::unique_ptr<EdrSource> open(Notification const& stop) = 0;

@@ -6,7 +6,6 @@
 #include "input/FileProgress.h"
 #include "input/PortionReader.h"
 #include "input/ReadAheadInput.h"
-#include "input/StreamLibrary.h"
 #include "registry/EdrDescriptionFile.h"
 
 #include <chrono>
@@ -29,8 +28,6 @@ PipelineRunner::PipelineRunner(PipelineConfiguration const& configuration, BAS::
 std::unique_ptr<BAS::RegisteredObject> PipelineRunner::makeRegisteredObject() const {
     return std::make_unique<PLG::Pipeline>(configurationM.registeredName, factoryM, logM);
 }
-
-PipelineRunner::~PipelineRunner() = default;
 
 void PipelineRunner::openStream(StreamLibrary& library) {
     streamM = library.makeInput(configurationM, descriptionM, logM);
@@ -65,8 +62,13 @@ PipelineCounters PipelineRunner::counters() const {
 
 PipelineState PipelineRunner::state() const {
     std::lock_guard const guard(countersLockM);
-    PipelineState state{
-        countersM, fileM, byteM, std::nullopt, detailsByValueM.values(), detailsByValueM.others()};
+    PipelineState state{countersM,
+                        fileM,
+                        byteM,
+                        std::nullopt,
+                        detailsByValueM.values(),
+                        detailsByValueM.others(),
+                        streamM == nullptr ? std::vector<PartitionState>() : streamM->state()};
     if (countersM.batches > 0) {
         state.lastBatch = lastBatchM;
     }
@@ -146,7 +148,9 @@ void PipelineRunner::runStream(Notification const& stop) {
         std::lock_guard const guard(countersLockM);
         ++countersM.failedInputs;
     }
-    streamM.reset(); // gives its partitions up
+    std::unique_ptr<StreamInput> ended; // gives its partitions up, which may take a second
+    std::lock_guard const guard(countersLockM);
+    ended.swap(streamM);
 }
 
 PipelineRunner::InputOutcome PipelineRunner::runStreamOnce(Notification const& stop) {

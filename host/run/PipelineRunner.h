@@ -16,6 +16,7 @@
 #include "base/LogFile.h"
 #include "input/InputDirectory.h"
 #include "input/InputPortion.h"
+#include "input/StreamLibrary.h"
 #include "registry/Registry.h"
 #include "run/ValueCounter.h"
 
@@ -36,8 +37,6 @@ class FunctionPlugIn;
 namespace host {
 
 class InputProgress;
-class StreamInput;
-class StreamLibrary;
 class ReadAheadInput;
 
 struct PipelineCounters {
@@ -63,6 +62,7 @@ struct PipelineState {
     // Details by the values of the field that the configuration names, and those of further values.
     std::map<std::string, std::uint64_t> detailsByValue;
     std::uint64_t otherDetails = 0;
+    std::vector<PartitionState> partitions; // of a stream, until it has ended
 };
 
 // A batch within a plug-in.
@@ -78,10 +78,6 @@ public:
     // runner.
     PipelineRunner(PipelineConfiguration const& configuration, BAS::LogSink& processLog,
                    BAS::Status::Severity leastSeverity);
-    ~PipelineRunner();
-    PipelineRunner(PipelineRunner const&) = delete;
-    PipelineRunner& operator=(PipelineRunner const&) = delete;
-
     // The pipeline as plug-ins find it, which the caller owns.
     std::unique_ptr<BAS::RegisteredObject> makeRegisteredObject() const;
     // In the order in which the functions process a batch.
@@ -140,7 +136,6 @@ private:
     EDR::Description descriptionM;
     EDR::Factory factoryM;
     std::optional<InputDirectory> directoryM;
-    std::unique_ptr<StreamInput> streamM;
     std::vector<PLG::FunctionPlugIn*> functionsM;
     FairLock lockM;
     InputPortions portionsM;                            // of the input, reused
@@ -157,6 +152,7 @@ private:
     std::string fileM;                                // guarded by the counters' lock
     std::uint64_t byteM = 0;                          // guarded by the counters' lock
     std::chrono::steady_clock::time_point lastBatchM; // guarded by the counters' lock
+    std::unique_ptr<StreamInput> streamM; // ended by the pipeline's thread, with that lock
     // The plug-in that has the batch, or null; and since when, in ticks of the steady clock.
     std::atomic<PLG::FunctionPlugIn const*> functionAtHandM{nullptr};
     std::atomic<std::chrono::steady_clock::rep> functionSinceM{0};

@@ -49,6 +49,10 @@ constexpr Metric lastBatch = {"pipeline_host_last_batch_timestamp_seconds", "gau
 constexpr Metric byValue = {
     "pipeline_host_details_by_value_total", "counter",
     "Detail EDRs by the value of the field to count by; further values as 'other'."};
+constexpr Metric lag = {"pipeline_host_stream_lag_messages", "gauge",
+                        "Messages of a partition that wait, as far as the host knows."};
+constexpr Metric isOwned = {"pipeline_host_stream_partition_owned", "gauge",
+                            "Whether a partition is read by this host."};
 constexpr Metric isValid = {"pipeline_host_object_valid", "gauge",
                             "Whether a registered object is valid."};
 constexpr Metric loadTime = {"pipeline_host_data_load_timestamp_seconds", "gauge",
@@ -139,6 +143,19 @@ void writeCountsByValue(Writer& writer, std::vector<PipelineStatus> const& pipel
     }
 }
 
+template <class Value>
+void writePartitions(Writer& writer, std::vector<PipelineStatus> const& pipelines,
+                     Metric const& metric, Value const& value) {
+    writer.begin(metric);
+    for (auto const& pipeline : pipelines) {
+        for (auto const& partition : pipeline.state.partitions) {
+            writer.sample(
+                {{"pipeline", pipeline.name}, {"partition", std::to_string(partition.number)}},
+                value(partition));
+        }
+    }
+}
+
 void writeObjects(Writer& writer, std::vector<ObjectStatus> const& objects) {
     writer.begin(isValid);
     for (auto const& object : objects) {
@@ -183,6 +200,10 @@ std::string metricsText(HostStatus const& status) {
     writePipelines(writer, status.pipelines);
     writeLastBatches(writer, status);
     writeCountsByValue(writer, status.pipelines);
+    writePartitions(writer, status.pipelines, lag,
+                    [](PartitionState const& partition) { return partition.lag; });
+    writePartitions(writer, status.pipelines, isOwned,
+                    [](PartitionState const& partition) { return partition.isOwned ? 1 : 0; });
     writeObjects(writer, status.objects);
     writeTables(writer, status.objects, dataRows, &DAT::LoadedTable::rows);
     writeTables(writer, status.objects, rejectedRows, &DAT::LoadedTable::rejected);

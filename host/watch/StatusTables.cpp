@@ -94,6 +94,25 @@ std::string countsTables(Element const& status) {
     return text;
 }
 
+std::string partitionsTables(Element const& status) {
+    std::string text;
+    for (auto const pipeline : status["Pipelines"].get_array()) {
+        auto const partitions = member(pipeline, "Partitions");
+        if (partitions.is_null()) {
+            continue;
+        }
+        std::vector<TableRow> rows = {{"Partition", "Owned", "Next message", "Lag"}};
+        for (auto const partition : partitions.get_array()) {
+            bool const isOwned = member(partition, "Owned").get_bool().value();
+            rows.push_back({textOf(partition, "Partition"), isOwned ? "yes" : "no",
+                            textOf(partition, "Sequence"), textOf(partition, "Lag")});
+        }
+        text +=
+            "\nPartitions of " + textOf(pipeline, "Pipeline") + "\n" + alignedTable(rows, "rlrr");
+    }
+    return text;
+}
+
 // Of what is no fault the name says enough.
 std::string statusTextOf(Element const& object) {
     auto const status = member(object, "Status");
@@ -151,11 +170,12 @@ std::string statusTables(std::string_view json, std::chrono::system_clock::time_
         auto const age =
             std::max(0.0, std::chrono::duration<double>(now.time_since_epoch()).count() -
                               double(status["UnixTime"]));
-        return fmt::format("pipeline-host {}, process {}, for {}, since {}\n{}\n\n{}{}\n{}{}{}",
+        return fmt::format("pipeline-host {}, process {}, for {}, since {}\n{}\n\n{}{}{}\n{}{}{}",
                            textOf(status, "Version"), textOf(status, "Process"),
                            secondsText(status, "Seconds", age), textOf(status, "Since"),
-                           textOf(status, "Registry"), pipelinesTable(status), countsTables(status),
-                           objectsTable(status), dataTable(status), commandsTables(status, age));
+                           textOf(status, "Registry"), pipelinesTable(status),
+                           partitionsTables(status), countsTables(status), objectsTable(status),
+                           dataTable(status), commandsTables(status, age));
     } catch (simdjson::simdjson_error const& error) {
         throw std::runtime_error(std::string("the status can't be understood: ") + error.what());
     }

@@ -17,6 +17,16 @@ std::string number(double value) {
     return fmt::format("{:.3f}", value);
 }
 
+template <class Each, class Json>
+std::string arrayOf(std::vector<Each> const& each, Json json) {
+    std::vector<std::string> elements;
+    elements.reserve(each.size());
+    for (auto const& one : each) {
+        elements.push_back(json(one));
+    }
+    return jsonArray(elements);
+}
+
 std::string countsByValue(PipelineStatus const& pipeline) {
     JsonMembers values;
     for (auto const& [value, count] : pipeline.state.detailsByValue) {
@@ -25,6 +35,16 @@ std::string countsByValue(PipelineStatus const& pipeline) {
     return jsonObject({{"Field", quotedText(pipeline.countBy)},
                        {"Values", jsonObject(values)},
                        {"Other", std::to_string(pipeline.state.otherDetails)}});
+}
+
+// Null for other inputs than streams.
+std::string partitionsJson(std::vector<PartitionState> const& partitions) {
+    return partitions.empty() ? none : arrayOf(partitions, [](PartitionState const& partition) {
+        return jsonObject({{"Partition", std::to_string(partition.number)},
+                           {"Owned", jsonTruth(partition.isOwned)},
+                           {"Sequence", std::to_string(partition.sequence)},
+                           {"Lag", std::to_string(partition.lag)}});
+    });
 }
 
 std::string pipelineJson(PipelineStatus const& pipeline) {
@@ -40,6 +60,7 @@ std::string pipelineJson(PipelineStatus const& pipeline) {
                                       ? none
                                       : jsonObject({{"File", quotedText(state.file)},
                                                     {"Byte", std::to_string(state.byte)}}));
+    members.emplace_back("Partitions", partitionsJson(state.partitions));
     auto const& atWork = pipeline.plugInAtWork;
     members.emplace_back("PlugInAtWork", atWork
                                              ? jsonObject({{"Object", quotedText(atWork->object)},
@@ -76,16 +97,6 @@ std::string objectJson(ObjectStatus const& object) {
         members.emplace_back("Loaded", loadJson(*object.load));
     }
     return jsonObject(members);
-}
-
-template <class Each, class Json>
-std::string arrayOf(std::vector<Each> const& each, Json json) {
-    std::vector<std::string> elements;
-    elements.reserve(each.size());
-    for (auto const& one : each) {
-        elements.push_back(json(one));
-    }
-    return jsonArray(elements);
 }
 
 // Seconds since 1970.
