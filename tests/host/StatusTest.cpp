@@ -55,8 +55,7 @@ TEST_F(Status, isToldWhileACommandBlocksThePipeline) {
     ASSERT_TRUE(waitForFile("cmd/a.result"));
     drop("cmd/b.yaml", std::string(object) + ": {Wait: \"a \\x1b\"}\n");
     ASSERT_TRUE(waitForText("trace", "at gate", 3));
-    ASSERT_TRUE(
-        eventually([&] { return status() == 0 && count(shown(), "Command in progress") == 1; }));
+    ASSERT_TRUE(eventually([&] { return status() == 0 && count(shown(), R"({"Wait":)") == 1; }));
     EXPECT_THAT(shown(),
                 AllOf(HasSubstr("pipeline-host 1."), HasSubstr("P            3        3         0"),
                       HasSubstr("function plug-in  yes    ERR_REG_VALUE_INVALID: "),
