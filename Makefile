@@ -38,7 +38,7 @@ test: packages ## build everything and run the tests: as installed, and under th
 	@$(call RUN_TESTS,release asan,--label-exclude long)
 
 test-long: packages ## run what takes longer: a million EDRs, races under the thread sanitizer, fuzzing, the page in a browser
-	@tools/install-packages chromium chromium-driver python3
+	@tools/install-packages chromium chromium-driver openssl python3
 	@$(call BUILD_PRESETS,release asan tsan fuzz)
 	@$(call RUN_TESTS,release asan tsan fuzz,--label-regex long)
 
@@ -55,19 +55,20 @@ SOAK_ALIAS_ROWS ?= 10000000
 SOAK_STREAM_EDRS ?= 1000000
 soak: export LSAN_OPTIONS = suppressions=$(CURDIR)/tests/leaks.supp:print_suppressions=0
 soak: packages ## run the tests of docs/reliability.md at release size, for days
+	@tools/install-packages openssl python3
 	@cmake --preset asan -Wno-dev --log-level=WARNING
 	@cmake --build --preset asan --target differential allocation_failure_test output_fault_test
 	@cmake --preset tsan -Wno-dev --log-level=WARNING
 	@cmake --build --preset tsan --target races
 	@cmake --preset fuzz -Wno-dev --log-level=WARNING
 	@cmake --build --preset fuzz
-	@cmake --preset release -DDATADUMP_TESTS=rooms -Wno-dev --log-level=WARNING
+	@cmake --preset release -DDATADUMP_TESTS='rooms;release' -Wno-dev --log-level=WARNING
 	@cmake --build --preset release --target database_fault_test \
-	    pipeline-host pipeline-host-stream DataDump/all modules/all
+	    pipeline-host pipeline-host-stream TestRecorder DataDump/all modules/all
 	DATABASE_ALIAS_ROWS=$(SOAK_ALIAS_ROWS) tests/support/with-postgresql \
 	    build/release/bin/database_fault_test --gtest_brief=1
-	tests/support/with-nats tests/stream/run-stream-tests build/release/bin/pipeline-host \
-	    $(SOAK_STREAM_EDRS)
+	STREAM_MEGABYTES=1024 STREAM_KILLS='30 30 10' tests/stream/run-each \
+	    build/release/bin/pipeline-host build/release/lib/TestRecorder.so $(SOAK_STREAM_EDRS)
 	build/asan/bin/allocation_failure_test --gtest_brief=1
 	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
 	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))

@@ -1,0 +1,264 @@
+"""What the tests of streams work with: hosts, publishers and the servers that with-nats started."""
+import base64
+import json
+import os
+import re
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import urllib.request
+
+host = os.path.abspath(sys.argv[1])
+recorder = os.path.abspath(sys.argv[2])
+events = int(sys.argv[3])
+work = tempfile.mkdtemp(prefix='stream-test.')
+servers = os.environ['NATS_SERVERS']
+directory = os.environ['NATS_DIRECTORY']
+port = int(os.environ['NATS_PORT'])
+plug_in = 'host.Pipelines.Main.Functions.DataDump.Module'
+keys = ['--key', 'A_NUMBER', '--key', 'GPRS=B_NUMBER']
+started = []
+
+
+def check(condition, what):
+    if not condition:
+        raise AssertionError(what)
+
+
+def wait_for(condition, seconds, what):
+    end = time.time() + seconds
+    while not condition():
+        check(time.time() < end, what() if callable(what) else what)
+        time.sleep(0.1)
+
+
+def path(name):
+    return f'{work}/{name}'
+
+
+def read(name):
+    with open(path(name)) as file:
+        return file.read()
+
+
+def write(name, text):
+    with open(path(name), 'w') as file:
+        file.write(text)
+    return name
+
+
+# Hosts
+
+def call(*arguments, expect=0):
+    done = subprocess.run([host, *arguments], cwd=work, capture_output=True, text=True, timeout=600)
+    check(expect is None or done.returncode == expect,
+          f'{arguments}: exit {done.returncode}, expected {expect}\n{done.stdout}{done.stderr}')
+    return done.stdout + done.stderr
+
+
+def stream_input(stream, partitions, of, state, more=''):
+    more = more if 'Servers:' in more else f'Servers: {servers}{more and ", " + more}'
+    return (f"{{Stream: {{Name: {stream}, Partitions: '{partitions}', Of: {of}, "
+            f'StateDirectory: {state}, {more}}}}}')
+
+
+def registry(name, stream, partitions, of, state, more=''):
+    """A registry like that of the generated files, but with a stream as its input."""
+    lines = f'      Input: {stream_input(stream, partitions, of, state, more)}\n'
+    return write(name, re.sub(r'      Input:\n        Files:.*\n', lambda _: lines,
+                              read('registry.yaml')))
+
+
+def recorder_registry(name, stream, partitions, of, state, record, more='', keys_of_host=''):
+    """A registry of a pipeline that does nothing but record what it processes."""
+    write('edr.yaml', 'DETAIL: {KEY: text, NUMBER: text, TEXT: text}\n')
+    return write(name, f"""host:
+{keys_of_host}
+  DataPool:
+  Pipelines:
+    Main:
+      EdrDescription: edr.yaml
+      BatchSize: 100
+      Input: {stream_input(stream, partitions, of, state, more)}
+      Functions:
+        Recorder: {{ModuleName: TestRecorder, Library: {recorder}, Module: {{File: {path(record)}}}}}
+""")
+
+
+def create(registry_file):
+    call('stream', 'create', registry_file, 'Main')
+
+
+def publish(registry_file, *files, expect=0):
+    return call('publish', registry_file, 'Main', *files, *keys, expect=expect)
+
+
+def lags(registry_file):
+    """How many messages of each partition are not processed, by stream show."""
+    rows = call('stream', 'show', registry_file, 'Main').splitlines()[1:]
+    return [int(row.split()[5]) for row in rows]
+
+
+def wait_until_read(registry_file, seconds=120):
+    wait_for(lambda: not any(lags(registry_file)), seconds, lambda: f'lags {lags(registry_file)}')
+
+
+def places(file, partitions=4):
+    """Sequence and lines of each partition."""
+    records = [record for record in read(file).split('\n') if record]
+    found = [tuple(int(part) for part in record.split()[:2]) for record in records]
+    return found + [(1, 0)] * (partitions - len(found))
+
+
+class Host:
+    """A host that runs until it is ended; its log is in NAME.log, its summary in NAME.out."""
+
+    def __init__(self, name, registry_file, *arguments):
+        self.log = f'{name}.log'
+        self.out = f'{name}.out'
+        with open(path(self.out), 'w') as out, open(path(self.log), 'a') as log:
+            self.process = subprocess.Popen([host, 'run', registry_file, '--json', *arguments],
+                                            cwd=work, stdout=out, stderr=log)
+        started.append(self.process)
+
+    def logged(self):
+        return read(self.log)
+
+    def wait_for(self, text, seconds=60, count=1):
+        def is_there():
+            check(self.process.poll() is None, f'the host ended:\n{self.logged()[-3000:]}')
+            return self.logged().count(text) >= count
+        wait_for(is_there, seconds, lambda: f'no {text}:\n{self.logged()[-3000:]}')
+
+    def end(self, expect=0):
+        """Returns how many EDRs it read."""
+        self.process.send_signal(signal.SIGTERM)
+        code = self.process.wait(60)
+        check(code == expect, f'exit {code}, expected {expect}:\n{self.logged()[-3000:]}')
+        return int(re.search(r'"Read": (\d+)', read(self.out)).group(1))
+
+    def kill(self):
+        self.process.kill()
+        self.process.wait()
+
+    def kilobytes(self):
+        """The most memory that it had."""
+        with open(f'/proc/{self.process.pid}/status') as status:
+            return int(re.search(r'VmHWM:\s+(\d+)', status.read()).group(1))
+
+
+# EDRs
+
+def line_count(file='events.jsonl'):
+    return sum(1 for _ in open(path(file)))
+
+
+def numbered_edrs(name, first, count, number_of_keys=997):
+    """EDRs that a recorder knows by key and number."""
+    with open(path(name), 'w') as file:
+        for number in range(first, first + count):
+            file.write(f'{{"KEY":"k{number * 7919 % number_of_keys}","NUMBER":"{number}",'
+                       f'"TEXT":"{"text " * (number % 40)}"}}\n')
+    return name
+
+
+def recorded(name):
+    """The batches that a recorder wrote, lists of (key, number)."""
+    return [[(key, int(number)) for key, number in (edr.split(':') for edr in line.split())]
+            for line in read(name).splitlines()]
+
+
+# Servers
+
+def start_server(number):
+    process = subprocess.Popen(['sh', f'{directory}/{number}.start'])
+    with open(f'{directory}/{number}.pid', 'w') as file:
+        file.write(str(process.pid))
+    started_servers[number] = process
+
+
+started_servers = {}
+
+
+def kill_server(number):
+    with open(f'{directory}/{number}.pid') as file:
+        os.kill(int(file.read()), signal.SIGKILL)
+    if number in started_servers:
+        started_servers.pop(number).wait()
+
+
+def server_log(number):
+    with open(f'{directory}/{number}.log') as log:
+        return log.read()
+
+
+def is_healthy(number):
+    try:
+        with urllib.request.urlopen(f'http://127.0.0.1:{port + 20 + number}/healthz',
+                                    timeout=1) as answer:
+            return b'"ok"' in answer.read()
+    except OSError:
+        return False
+
+
+def wait_until_healthy(*numbers):
+    wait_for(lambda: all(is_healthy(number) for number in numbers), 60,
+             lambda: f'servers are not healthy:\n{server_log(numbers[0])[-3000:]}')
+
+
+def reconfigure(text):
+    """Starts all servers again with the text after their configuration."""
+    for number in (1, 2, 3):
+        kill_server(number)
+        with open(f'{directory}/{number}.conf', 'a') as file:
+            file.write(text)
+    for number in (1, 2, 3):
+        start_server(number)
+    wait_until_healthy(1, 2, 3)
+
+
+class Requests:
+    """Speaks the servers' own protocol, as an administrator's tool does."""
+
+    def __init__(self):
+        self.socket = socket.create_connection(('127.0.0.1', port + 1))
+        self.file = self.socket.makefile('rwb')
+        self.file.readline()
+        self.file.write(b'CONNECT {"verbose":false,"headers":true}\r\nSUB in.> 1\r\n')
+
+    def send(self, subject, payload=b'', headers=None):
+        """The answer's text."""
+        if headers is None:
+            self.file.write(f'PUB {subject} in.1 {len(payload)}\r\n'.encode() + payload + b'\r\n')
+        else:
+            block = 'NATS/1.0\r\n' + ''.join(f'{k}: {v}\r\n' for k, v in headers.items()) + '\r\n'
+            self.file.write(f'HPUB {subject} in.1 {len(block)} {len(block) + len(payload)}\r\n'
+                            .encode() + block.encode() + payload + b'\r\n')
+        self.file.flush()
+        while True:
+            line = self.file.readline().split()
+            if line[0] == b'PING':
+                self.file.write(b'PONG\r\n')
+                self.file.flush()
+            elif line[0] == b'MSG':
+                text = self.file.read(int(line[-1]) + 2)[:-2].decode()
+                check('"error"' not in text, f'{subject}: {text}')
+                return text
+
+    def messages(self, stream):
+        """The data of all messages of a stream, in their order."""
+        last = json.loads(self.send(f'$JS.API.STREAM.INFO.{stream}'))['state']['last_seq']
+        for sequence in range(1, last + 1):
+            answer = self.send(f'$JS.API.STREAM.MSG.GET.{stream}',
+                               json.dumps({'seq': sequence}).encode())
+            yield base64.b64decode(json.loads(answer)['message'].get('data', ''))
+
+
+def lines_of_stream(stream, partition):
+    """All lines of a partition, unpacked by another program than the host."""
+    data = b''.join(Requests().messages(f'EDR_{stream}_{partition}'))
+    return [] if not data else subprocess.run(['zstd', '-dc'], input=data, stdout=subprocess.PIPE,
+                          check=True).stdout.decode().splitlines()
