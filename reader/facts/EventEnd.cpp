@@ -12,10 +12,11 @@ std::size_t lineEndsAtEnd(std::string_view text) {
     return last == std::string_view::npos ? text.size() : text.size() - last - 1;
 }
 
-std::string_view lastLine(std::string_view text) {
-    auto const end = text.find_last_not_of('\n') + 1;
-    auto const begin = text.substr(0, end).rfind('\n');
-    return text.substr(0, end).substr(begin == std::string_view::npos ? 0 : begin + 1);
+// Before the line ends at the end.
+std::string_view lastLine(LinedText const& text, std::size_t lineEndsAfterIt) {
+    auto const lineEnds = text.lineEnds() - lineEndsAfterIt;
+    auto const begin = lineEnds == 0 ? 0 : text.endOf(lineEnds - 1) + 1;
+    return text.bytes().substr(begin, text.size() - lineEndsAfterIt - begin);
 }
 
 bool isReportCut(std::string_view text) {
@@ -39,42 +40,46 @@ bool goesOnAfter(std::string_view line) {
 
 // The sharing section: the line ends of its last line, then the two of the event. A module of
 // others may leave the first one out.
-bool isSharingCut(std::string_view text, std::string_view sharing) {
+bool isSharingCut(LinedText const& text, std::string_view sharing) {
     constexpr std::size_t endOfEvent = 2;
-    auto const last = lastLine(text);
-    auto const lineEnds = lineEndsAtEnd(text);
+    auto const lineEnds = lineEndsAtEnd(text.bytes());
+    auto const last = lastLine(text, lineEnds);
     if (goesOnAfter(last) || lineEnds < endOfEvent) {
         return true;
     }
-    bool const balancesFollow = last.starts_with(ownerRowLabels.back()) &&
-                                findText(text, balancesHeading) != std::string_view::npos;
+    if (last.starts_with(ownerRowLabels.back())) {
+        bool const balancesFollow = findHeading(text, {}, balancesHeading).at != text.size();
+        return balancesFollow || lineEnds <= endOfEvent;
+    }
+    if (lineEnds > endOfEvent) {
+        return false;
+    }
     auto const lastItem = sharing.rfind(sharedModelLabel);
     auto const afterItems = sharing.substr(lastItem == std::string_view::npos ? 0 : lastItem);
-    bool const isOwnText = findText(afterItems, " asked\n") != std::string_view::npos;
-    bool const isPlugInLine = sharing.find_first_not_of('\n') == std::string_view::npos ||
-                              last.starts_with(ownerRowLabels.back()) ||
-                              last.starts_with(sharedModelLabel);
-    return balancesFollow || ((isOwnText || isPlugInLine) && lineEnds <= endOfEvent);
+    return findText(afterItems, " asked\n") != std::string_view::npos ||
+           sharing.find_first_not_of('\n') == std::string_view::npos ||
+           last.starts_with(sharedModelLabel);
 }
 
-bool isDumpCut(std::string_view text) {
-    auto const key = findText(text, dumpKeyLabel);
-    auto const keyEnd = text.find('\n', key);
-    if (key == std::string_view::npos || keyEnd == std::string_view::npos) {
+bool isDumpCut(LinedText const& text) {
+    auto const key = findText(text.bytes(), dumpKeyLabel);
+    auto const keyLine = text.placeOf(std::min(key, text.size())).line;
+    if (key == std::string_view::npos || keyLine >= text.lineEnds()) {
         return true;
     }
+    Place const keyEnd{text.endOf(keyLine), keyLine};
     constexpr std::string_view endAfterKey = "\n\n\n";
-    auto const sharing = findText(text, sharingHeading, keyEnd);
-    if (sharing == std::string_view::npos) {
-        return text.substr(keyEnd) != endAfterKey;
+    auto const sharing = findHeading(text, keyEnd, sharingHeading);
+    if (sharing.at == text.size()) {
+        return text.bytes().substr(keyEnd.at) != endAfterKey;
     }
-    return isSharingCut(text, text.substr(sharing + sharingHeading.size()));
+    return isSharingCut(text, text.bytes().substr(sharingHeading.after(sharing).at));
 }
 
 } // namespace
 
-bool isCut(EventText const& event) {
-    return event.kind == TextKind::report ? isReportCut(event.bytes) : isDumpCut(event.bytes);
+bool isCut(TextKind kind, LinedText const& text) {
+    return kind == TextKind::report ? isReportCut(text.bytes()) : isDumpCut(text);
 }
 
 } // namespace reader

@@ -7,6 +7,6 @@ namespace reader {
 
 // A dump ends every event with two line ends of its own, a report with a ruler. What was cut
 // between two events can't be known.
-bool isCut(EventText const& event);
+bool isCut(TextKind kind, LinedText const& text);
 
 } // namespace reader

@@ -85,6 +85,8 @@ struct PlanMemory {
     Fact serviceClass;
     Fact impactCategory;
     Table const* entries = nullptr; // those that match
+    // The table's lines are counted from here: equal texts are read once and shown by many events.
+    LineNumber linesBefore = 0;
 };
 
 // A list of discount or sponsorship objects.

@@ -1,13 +1,10 @@
-// Reads the facts of events. Objects of the catalogue (price models, discount models, rate plans)
-// stand in many events with the same bytes: their texts are taken apart once and kept, up to a
-// limit.
+// Reads the facts of events, section by section. What is of the catalogue stands in many events
+// with the same bytes: it is taken apart once and kept, up to a limit.
 #pragma once
 
 #include "facts/EventFacts.h"
 
 #include <memory>
-#include <string>
-#include <unordered_map>
 
 namespace reader {
 

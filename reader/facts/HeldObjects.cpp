@@ -167,11 +167,12 @@ void visitUnknown(EventFacts const& event, Visitor const& visit) {
             (section.name == SectionName::priceModels && event.priceModelsAsked.isTold()) ||
             section.text.find(" asked\n") != std::string_view::npos ||
             section.name == SectionName::ownDiscounts || section.name == SectionName::sharing;
+        TableLayouts layouts;
         ModuleText text;
         if (isKnown || section.text.find_first_not_of(" \n") == std::string_view::npos) {
             continue;
         }
-        text.read(section.text, section.line);
+        text.read(LineIndex(section.text), section.line, layouts);
         HeldObject object;
         object.id =
             fmt::format("{} text of {} {}", sectionNames[static_cast<std::size_t>(section.name)],

@@ -48,9 +48,20 @@ std::string isoTime(std::int64_t seconds) {
     auto const day = std::chrono::floor<std::chrono::days>(time);
     std::chrono::year_month_day const date{day};
     std::chrono::hh_mm_ss const clock{time - day};
-    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(date.year()),
-                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                       clock.hours().count(), clock.minutes().count(), clock.seconds().count());
+    std::string text(isoForm);
+    auto const put = [&](std::size_t begin, std::size_t end, auto value) {
+        auto rest = static_cast<unsigned>(value);
+        for (; end > begin; rest /= 10) {
+            text[--end] = static_cast<char>('0' + rest % 10);
+        }
+    };
+    put(0, 4, static_cast<int>(date.year()));
+    put(5, 7, static_cast<unsigned>(date.month()));
+    put(8, 10, static_cast<unsigned>(date.day()));
+    put(11, 13, clock.hours().count());
+    put(14, 16, clock.minutes().count());
+    put(17, 19, clock.seconds().count());
+    return text;
 }
 
 bool isIsoTime(std::string_view text) {

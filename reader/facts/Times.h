@@ -12,6 +12,7 @@ namespace reader {
 // Seconds since 1970 of a charging start; none when it is 0, no number or beyond the year 9999.
 std::optional<std::int64_t> chargingSeconds(std::string_view text);
 
+// "2026-11-20T12:00:00Z", of a time of the years 0 to 9999.
 std::string isoTime(std::int64_t seconds);
 
 bool isIsoTime(std::string_view text);

@@ -25,9 +25,9 @@ bool judgeService(Judgement& judgement) {
     auto const row = services->markedRow;
     auto const line = services->lineOf(row);
     auto const type = services->cell(row, "Type");
-    auto const subject = fmt::format("service {}", event.serviceId.text);
+    auto const subject = [&] { return fmt::format("service {}", event.serviceId.text); };
     if (type != event.serviceType.text) {
-        judgement.add(Kind::serviceTypeDiffers, line, subject,
+        judgement.add(Kind::serviceTypeDiffers, line, subject(),
                       fmt::format("type {}", event.serviceType.text), fmt::format("type {}", type));
     }
     judgement.requireActive(Kind::serviceInactive, line, subject, services->cell(row, "Status"));
@@ -45,17 +45,19 @@ struct PlanProducts {
 
 PlanProducts countProducts(Judgement const& judgement, Table const& products) {
     PlanProducts counted;
+    auto const plans = products.column("Rate plan");
+    auto const from = products.column("Valid from");
+    auto const to = products.column("Valid to");
     for (std::size_t row = 0; row < products.rowCount; ++row) {
-        if (products.cell(row, "Rate plan") != judgement.event.ratePlan.text) {
+        if (products.cell(row, plans) != judgement.event.ratePlan.text) {
             continue;
         }
         ++counted.named;
         counted.lastNamed = row;
-        if (!judgement.isOutside(products.cell(row, "Valid from"),
-                                 products.cell(row, "Valid to"))) {
+        if (!judgement.isOutside(products.cell(row, from), products.cell(row, to))) {
             ++counted.valid;
             counted.lastValid = row;
-            counted.active += products.cell(row, "Status") == "ACTIVE" ? 1 : 0;
+            counted.active += products.cell(row, "Status") == activeStatus ? 1 : 0;
         }
     }
     return counted;
@@ -75,27 +77,26 @@ void judgeProducts(Judgement& judgement) {
         return;
     }
     auto const counted = countProducts(judgement, *products);
-    auto const says = fmt::format("rate plan {}", event.ratePlan.text);
-    auto const subjectOf = [&](std::size_t row) {
+    auto const row = counted.valid == 0 ? counted.lastNamed : counted.lastValid;
+    auto const subject = [&] {
         return fmt::format("product {} of rate plan {}", products->cell(row, "Product"),
                            event.ratePlan.text);
     };
     if (counted.named == 0) {
         if (areAllAmongEntries(event)) {
+            auto const says = fmt::format("rate plan {}", event.ratePlan.text);
             std::string plans;
-            for (std::size_t row = 0; row < products->rowCount; ++row) {
-                plans += fmt::format("{}{}", row > 0 ? ", " : "", products->cell(row, "Rate plan"));
+            for (std::size_t i = 0; i < products->rowCount; ++i) {
+                plans += fmt::format("{}{}", i > 0 ? ", " : "", products->cell(i, "Rate plan"));
             }
             judgement.add(Kind::planNotOfProduct, event.accountMemory.products.service.line, says,
                           says, "products of " + (plans.empty() ? "no rate plan" : plans));
         }
     } else if (counted.valid == 0) {
-        auto const row = counted.lastNamed;
-        judgement.requireValid(Kind::productNotValid, products->lineOf(row), subjectOf(row),
+        judgement.requireValid(Kind::productNotValid, products->lineOf(row), subject,
                                products->cell(row, "Valid from"), products->cell(row, "Valid to"));
     } else if (counted.active == 0) {
-        auto const row = counted.lastValid;
-        judgement.requireActive(Kind::productInactive, products->lineOf(row), subjectOf(row),
+        judgement.requireActive(Kind::productInactive, products->lineOf(row), subject,
                                 products->cell(row, "Status"));
     }
 }
@@ -144,10 +145,10 @@ void judgeOwnDiscounts(Judgement& judgement) {
             continue;
         }
         auto const line = table.lineOf(row);
-        auto const subject = fmt::format("own discount {}", item.object.text);
+        auto const subject = [&] { return fmt::format("own discount {}", item.object.text); };
         auto const model = table.cell(row, "Discount model");
         if (item.model.isTold() && model != item.model.text) {
-            judgement.add(Kind::ownDiscountModelDiffers, line, subject,
+            judgement.add(Kind::ownDiscountModelDiffers, line, subject(),
                           fmt::format("model {}", item.model.text), fmt::format("model {}", model));
         }
         judgement.requireValid(Kind::ownDiscountNotValid, line, subject,
@@ -180,8 +181,9 @@ void judgeAccount(Judgement& judgement) {
                       fmt::format("account {}", memory.id.text));
         return;
     }
-    judgement.requireActive(Kind::accountInactive, memory.status.line,
-                            fmt::format("account {}", memory.id.text), memory.status.text);
+    judgement.requireActive(
+        Kind::accountInactive, memory.status.line,
+        [&] { return fmt::format("account {}", memory.id.text); }, memory.status.text);
     if (event.serviceId.text != "0" && judgeService(judgement)) {
         judgeProducts(judgement);
         judgeOwnDiscounts(judgement);

@@ -19,10 +19,8 @@ void judgeBalanceRows(Judgement& judgement, ShownObject const& group, Table cons
                                group.object->name);
         };
         auto const line = group.lineOf(balances, row);
-        if (judgement.isOutside(balances.cell(row, from), balances.cell(row, to))) {
-            judgement.requireValid(Kind::balanceNotValid, line, subject(), balances.cell(row, from),
-                                   balances.cell(row, to));
-        }
+        judgement.requireValid(Kind::balanceNotValid, line, subject, balances.cell(row, from),
+                               balances.cell(row, to));
         auto const order = compareAmounts(balances.cell(row, amount), balances.cell(row, limit));
         if (order && std::is_gt(*order)) {
             judgement.add(Kind::overCreditLimit, line, subject(), {},

@@ -49,8 +49,10 @@ void judgeObject(Judgement& judgement, ObjectRow const& object, UsedItem const& 
     auto const& table = *object.table;
     auto const line = table.lineOf(object.row);
     auto const value = [&](std::string_view heading) { return table.cell(object.row, heading); };
-    auto const subject =
-        fmt::format("{} {}", object.isSponsorship ? "sponsorship" : "discount", item.object.text);
+    auto const subject = [&] {
+        return fmt::format("{} {}", object.isSponsorship ? "sponsorship" : "discount",
+                           item.object.text);
+    };
     struct Comparison {
         Kind kind;
         std::string_view heading;
@@ -66,7 +68,7 @@ void judgeObject(Judgement& judgement, ObjectRow const& object, UsedItem const& 
     for (auto const& comparison : comparisons) {
         bool const hasColumn = table.column(comparison.heading) != Table::none;
         if (comparison.isMade && hasColumn && value(comparison.heading) != comparison.said) {
-            judgement.add(comparison.kind, line, subject,
+            judgement.add(comparison.kind, line, subject(),
                           fmt::format("{} {}", comparison.noun, comparison.said),
                           fmt::format("{} {}", comparison.noun, value(comparison.heading)));
         }
@@ -76,7 +78,7 @@ void judgeObject(Judgement& judgement, ObjectRow const& object, UsedItem const& 
     judgement.requireActive(Kind::objectInactive, line, subject, value("Status"));
     auto const purchased = value("Purchased");
     if (judgement.isOutside(purchased, "open")) {
-        judgement.add(Kind::objectPurchasedLater, line, subject, judgement.startText(),
+        judgement.add(Kind::objectPurchasedLater, line, subject(), judgement.startText(),
                       fmt::format("purchased {}", purchased),
                       "purchased" + judgement.outside(purchased, "open").substr(6));
     }

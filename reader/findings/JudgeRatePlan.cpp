@@ -38,7 +38,8 @@ void judgePassedOver(Judgement& judgement, Table const& entries) {
             return;
         }
         if (!isUsed(model)) {
-            judgement.add(Kind::entryPassedOver, entries.lineOf(row),
+            judgement.add(Kind::entryPassedOver,
+                          judgement.event.planMemory.linesBefore + entries.lineOf(row),
                           fmt::format("entry {} of rate plan {}", entries.cell(row, "Entry"),
                                       judgement.event.ratePlan.text),
                           fmt::format("charged by {}", codes.back().text),
@@ -74,15 +75,17 @@ void judgeRatePlan(Judgement& judgement) {
     if (event.priceModels.empty()) {
         return;
     }
-    auto const subject =
-        fmt::format("rate plan {} version {}", event.ratePlan.text, event.ratePlanVersion.text);
+    auto const subject = [&] {
+        return fmt::format("rate plan {} version {}", event.ratePlan.text,
+                           event.ratePlanVersion.text);
+    };
     if (memory.isAbsent) {
-        judgement.add(Kind::ratePlanAbsent, memory.code.line, subject, "used", "not in memory");
+        judgement.add(Kind::ratePlanAbsent, memory.code.line, subject(), "used", "not in memory");
         return;
     }
     if (memory.id.isTold() && !event.ratePlanId.text.empty() &&
         memory.id.text != event.ratePlanId.text) {
-        judgement.add(Kind::ratePlanIdDiffers, memory.id.line, subject,
+        judgement.add(Kind::ratePlanIdDiffers, memory.id.line, subject(),
                       fmt::format("rate plan id {}", event.ratePlanId.text),
                       fmt::format("rate plan id {}", memory.id.text));
     }

@@ -10,7 +10,6 @@ namespace reader {
 namespace {
 
 constexpr std::string_view openEnd = "open";
-constexpr std::string_view activeStatus = "ACTIVE";
 
 } // namespace
 
@@ -45,21 +44,6 @@ std::string Judgement::outside(std::string_view from, std::string_view to) const
     }
     return startM == to ? "ended at the charging start"
                         : "ended " + distance(to, startM) + " before the charging start";
-}
-
-void Judgement::requireValid(Kind kind, LineNumber line, std::string_view subject,
-                             std::string_view from, std::string_view to) {
-    if (isOutside(from, to)) {
-        add(kind, line, std::string(subject), startText(), "valid " + validityText(from, to),
-            outside(from, to));
-    }
-}
-
-void Judgement::requireActive(Kind kind, LineNumber line, std::string_view subject,
-                              std::string_view status) {
-    if (!status.empty() && status != activeStatus) {
-        add(kind, line, std::string(subject), {}, fmt::format("status {}", status));
-    }
 }
 
 bool Judgement::hasSeveralPlans() const {

@@ -9,6 +9,11 @@
 
 namespace reader {
 
+inline constexpr std::string_view activeStatus = "ACTIVE";
+
+// "from 2026-10-01T00:00:00Z to open"
+std::string validityText(std::string_view from, std::string_view to);
+
 class Judgement {
 public:
     Judgement(EventFacts const& judged, std::vector<Finding>& findings);
@@ -27,11 +32,23 @@ public:
     // start". Empty when it is within, or when one of the times is none.
     std::string outside(std::string_view from, std::string_view to) const;
     bool isOutside(std::string_view from, std::string_view to) const;
-    // Adds a finding when the charging start is outside the validity.
-    void requireValid(Kind kind, LineNumber line, std::string_view subject, std::string_view from,
-                      std::string_view to);
-    void requireActive(Kind kind, LineNumber line, std::string_view subject,
-                       std::string_view status);
+    // Adds a finding when the charging start is outside the validity. The subject is called for its
+    // text only then.
+    template <class Subject>
+    void requireValid(Kind kind, LineNumber line, Subject const& subject, std::string_view from,
+                      std::string_view to) {
+        if (isOutside(from, to)) {
+            add(kind, line, subject(), startText(), "valid " + validityText(from, to),
+                outside(from, to));
+        }
+    }
+    template <class Subject>
+    void requireActive(Kind kind, LineNumber line, Subject const& subject,
+                       std::string_view status) {
+        if (!status.empty() && status != activeStatus) {
+            add(kind, line, subject(), {}, "status " + std::string(status));
+        }
+    }
 
     // Earlier price models are of other rate plans than the one that is shown.
     bool hasSeveralPlans() const;
@@ -41,8 +58,6 @@ private:
     std::string startM;
 };
 
-// "from 2026-10-01T00:00:00Z to open"
-std::string validityText(std::string_view from, std::string_view to);
 bool isAmongEntries(Table const& entries, std::string_view priceModel);
 
 // The judges, one a section.

@@ -16,10 +16,11 @@ void leaveOut(std::vector<Finding>& findings, Options const& options) {
 
 // Text that no event has is a finding of the file.
 void judgeOutside(EventText const& text, std::vector<Finding>& findings) {
-    auto const begin = text.bytes.find_first_not_of('\n');
+    auto const begin = text.text.bytes().find_first_not_of('\n');
     if (begin != std::string_view::npos) {
-        auto const line = text.line + lineEndsIn(text.bytes.substr(0, begin));
-        auto const first = text.bytes.substr(begin, text.bytes.find('\n', begin) - begin);
+        auto const place = text.text.placeOf(begin);
+        auto const line = text.line + place.line;
+        auto const first = text.text.restOfLine(place);
         findings.push_back({Kind::unplaced,
                             line,
                             "text before the first event",

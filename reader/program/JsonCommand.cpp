@@ -76,8 +76,9 @@ Json tableOf(Table const& table) {
 }
 
 Json sectionOf(SectionText const& section, bool hasRawText) {
+    TableLayouts layouts;
     ModuleText text;
-    text.read(section.text, section.line);
+    text.read(LineIndex(section.text), section.line, layouts);
     Json object;
     object["line"] = section.line;
     auto lines = Json::array();

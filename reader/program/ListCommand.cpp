@@ -25,52 +25,77 @@ public:
     explicit EventList(bool hasSeveralFiles)
         : terminalM(Terminal::ofOutput()), hasFileM(hasSeveralFiles) {
         if (terminalM.isTerminal) {
-            std::vector<std::string> headings;
-            for (auto const& column : columns) {
-                headings.emplace_back(column.heading);
+            for (std::size_t i = 0; i < cellsM.size(); ++i) {
+                cellsM[i] = columns[i].heading;
             }
-            line(headings, fileColumn.heading);
+            line(fileColumn.heading);
         }
     }
 
     void add(EventFacts const& event, std::string const& file) {
-        auto const seconds = chargingSeconds(event.chargingStart.text);
-        std::string models;
-        for (auto const& code : event.priceModels) {
-            models += (models.empty() ? "" : " ") + printable(code.text);
+        for (auto& cell : cellsM) {
+            cell.clear();
         }
-        line({std::to_string(event.number), std::to_string(event.line),
-              printable(event.customer.text), printable(event.service.text),
-              (seconds ? isoTime(*seconds) + " " : "") + printable(event.chargingStart.text),
-              printable(event.account.text), printable(event.ratePlan.text), models},
-             file);
+        auto next = cellsM.begin();
+        appendNumber(*next++, event.number);
+        appendNumber(*next++, event.line);
+        appendPrintable(*next++, event.customer.text);
+        appendPrintable(*next++, event.service.text);
+        appendStart(*next++, event.chargingStart.text);
+        appendPrintable(*next++, event.account.text);
+        appendPrintable(*next++, event.ratePlan.text);
+        for (auto const& code : event.priceModels) {
+            *next += next->empty() ? "" : " ";
+            appendPrintable(*next, code.text);
+        }
+        line(file);
     }
 
     void end() { outM.flush(); }
 
 private:
-    void line(std::vector<std::string> const& cells, std::string const& file) {
-        std::string text;
+    static void appendNumber(std::string& cell, std::uint64_t number) {
+        fmt::format_int const digits(number);
+        cell.append(digits.data(), digits.size());
+    }
+
+    static void appendStart(std::string& cell, std::string_view start) {
+        if (auto const seconds = chargingSeconds(start)) {
+            cell += isoTime(*seconds);
+            cell += ' ';
+        }
+        appendPrintable(cell, start);
+    }
+
+    void line(std::string_view file) {
+        lineM.clear();
         if (hasFileM) {
-            text = terminalM.isTerminal ? fitted(file, fileColumn.width) + " " : file + '\t';
+            addCell(printable(file), fileColumn);
         }
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            if (!terminalM.isTerminal) {
-                text += (i > 0 ? "\t" : "") + cells[i];
-            } else {
-                text += columns[i].width == 0 ? cells[i] : fitted(cells[i], columns[i].width) + " ";
-            }
+        for (std::size_t i = 0; i < cellsM.size(); ++i) {
+            addCell(cellsM[i], columns[i]);
         }
+        lineM.pop_back(); // what separates cells
         if (terminalM.isTerminal) {
-            text = fitted(text, terminalM.width);
-            text.erase(text.find_last_not_of(' ') + 1);
+            lineM = fitted(lineM, terminalM.width);
+            lineM.erase(lineM.find_last_not_of(' ') + 1);
         }
-        outM.write(text += '\n');
+        lineM += '\n';
+        outM.write(lineM);
+    }
+
+    void addCell(std::string const& cell, ListColumn const& column) {
+        bool const isFitted = terminalM.isTerminal && column.width != 0;
+        lineM += isFitted ? fitted(cell, column.width) : cell;
+        lineM += terminalM.isTerminal ? ' ' : '\t';
     }
 
     Output outM;
     Terminal terminalM;
     bool hasFileM;
+    // Their memory is used again.
+    std::array<std::string, std::size(columns)> cellsM;
+    std::string lineM;
 };
 
 } // namespace
@@ -120,7 +145,7 @@ int showEvents(Options const& options) {
         bool const isShown =
             showsAll || (!text.isOutside && options.filter.lets(reader.read(text)));
         if (isShown) {
-            out.write(text.bytes);
+            out.write(text.text.bytes());
         }
     });
     out.flush();

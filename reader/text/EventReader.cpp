@@ -10,12 +10,11 @@ namespace {
 
 constexpr std::size_t pieceSize = std::size_t{1} << 18U;
 constexpr std::size_t rulerSize = 70;
-// What begins the key line of either text. What follows tells which.
-constexpr std::string_view keyLineStart = "\nEvent type";
+constexpr std::size_t longestKeyLabel = std::max(dumpKeyLabel.size(), reportKeyLabel.size());
 constexpr std::size_t longestOutside = std::size_t{64} << 20U;
 
 bool isRuler(std::string_view line, char c) {
-    return line.size() == rulerSize && line.find_first_not_of(c) == std::string_view::npos;
+    return line.find_first_not_of(c) == std::string_view::npos;
 }
 
 // The begin of the line that ends before a line end.
@@ -38,11 +37,12 @@ std::optional<std::uint64_t> numberOf(std::string_view line) {
 // label.
 bool beginsLikeEvent(std::string_view text) {
     std::string_view line;
-    Lines lines(text, 1);
+    LineIndex const index(text);
+    Lines lines(index, 1);
     if (!lines.next(line)) {
         return false;
     }
-    if (line.starts_with("Begin: ")) {
+    if (line.starts_with(beginLabel)) {
         auto const digits = line.substr(beginLabel.size());
         if (digits.find_first_not_of("0123456789") != std::string_view::npos) {
             return false;
@@ -70,8 +70,7 @@ bool EventReader::next(EventText& event) {
         auto const outsideEnd = presentM ? presentM->begin : endM;
         if (outsideEnd > beginM) {
             event.isOutside = true;
-            event.isLast = !presentM;
-            hand(event, outsideEnd);
+            hand(event);
             return true;
         }
     }
@@ -80,24 +79,19 @@ bool EventReader::next(EventText& event) {
     }
     anyEventM = true;
     event.kind = presentM->kind;
-    event.number = presentM->number;
+    event.number = presentM->kind == TextKind::report ? ++reportsM : presentM->number;
     checkNumber(*presentM);
     presentM = nextStart();
-    event.isLast = !presentM;
-    hand(event, presentM ? presentM->begin : endM);
+    hand(event);
     return true;
 }
 
 // The first start after the present event's own, which is at beginM.
 std::optional<EventReader::Start> EventReader::nextStart() {
     for (;;) {
-        if (auto const start = findStart(searchedM)) {
+        if (auto const start = findStart()) {
             return start;
         }
-        // A start may be half read.
-        constexpr std::size_t longestStart = 256;
-        searchedM = std::max(searchedM, endM > longestStart ? endM - longestStart : 0);
-        searchedM = std::max(searchedM, beginM);
         if (!anyEventM && !presentM && endM - beginM > longestOutside) {
             requireEvent();
         }
@@ -112,47 +106,65 @@ bool EventReader::readMore() {
         return false;
     }
     if (beginM > 0 && endM + pieceSize > bufferM.size()) {
-        std::memmove(bufferM.data(), bufferM.data() + beginM, endM - beginM);
-        endM -= beginM;
-        searchedM -= beginM;
-        if (presentM) {
-            presentM->begin -= beginM;
-        }
-        beginM = 0;
+        dropWhatWasHandedOut();
     }
     if (endM + pieceSize > bufferM.size()) {
         bufferM.resize(std::max(bufferM.size() * 2, endM + pieceSize));
     }
     auto const count = fileM.read(bufferM.data() + endM, pieceSize);
+    appendLineEnds({bufferM.data() + endM, count}, endM, endsM);
     endM += count;
     isAtEndM = count == 0;
     return !isAtEndM;
 }
 
-std::optional<EventReader::Start> EventReader::findStart(std::size_t from) const {
-    std::string_view const text(bufferM.data(), endM);
-    for (auto at = findText(text, keyLineStart, from); at != std::string_view::npos;
-         at = findText(text, keyLineStart, at + 1)) {
-        auto const start = startAround(at + 1);
-        bool const isOwn = presentM && start && start->begin <= presentM->begin;
-        if (start && !isOwn && start->begin >= beginM) {
+void EventReader::dropWhatWasHandedOut() {
+    std::memmove(bufferM.data(), bufferM.data() + beginM, endM - beginM);
+    endsM.erase(endsM.begin(), endsM.begin() + static_cast<std::ptrdiff_t>(firstLineEndM));
+    for (auto& end : endsM) {
+        end -= beginM;
+    }
+    endM -= beginM;
+    searchedM -= firstLineEndM;
+    if (presentM) {
+        presentM->begin -= beginM;
+        presentM->lineEnd -= firstLineEndM;
+    }
+    beginM = 0;
+    firstLineEndM = 0;
+}
+
+// The ruler above the key line shows a start: few other lines are as long.
+std::optional<EventReader::Start> EventReader::findStart() {
+    auto begin = beginOfLine(searchedM);
+    for (; searchedM < endsM.size(); begin = endsM[searchedM++] + 1) {
+        if (endsM[searchedM] - begin != rulerSize) {
+            continue;
+        }
+        bool const isKeyLineThere = endM - endsM[searchedM] > longestKeyLabel;
+        if (!isKeyLineThere && !isAtEndM) {
+            return std::nullopt;
+        }
+        if (auto const start = startAround(searchedM)) {
+            ++searchedM;
             return start;
         }
     }
     return std::nullopt;
 }
 
-std::optional<EventReader::Start> EventReader::startAround(std::size_t keyLine) const {
+std::optional<EventReader::Start> EventReader::startAround(std::size_t ruler) const {
     std::string_view const text(bufferM.data(), endM);
-    auto const ruler = lineBefore(text, keyLine - 1);
-    auto const rulerLine = text.substr(ruler, keyLine - 1 - ruler);
-    if (text.substr(keyLine).starts_with(reportKeyLabel) && isRuler(rulerLine, '-')) {
-        return Start{ruler, TextKind::report, 0};
+    auto const begin = beginOfLine(ruler);
+    auto const line = text.substr(begin, rulerSize);
+    auto const keyLine = text.substr(endsM[ruler] + 1);
+    if (keyLine.starts_with(reportKeyLabel) && isRuler(line, '-')) {
+        return Start{begin, ruler, TextKind::report, 0};
     }
-    if (text.substr(keyLine).starts_with(dumpKeyLabel) && isRuler(rulerLine, '=') && ruler > 0) {
-        auto const begin = lineBefore(text, ruler - 1);
-        if (auto const number = numberOf(text.substr(begin, ruler - 1 - begin))) {
-            return Start{begin, TextKind::dump, *number};
+    if (ruler > firstLineEndM && keyLine.starts_with(dumpKeyLabel) && isRuler(line, '=')) {
+        auto const beginLine = beginOfLine(ruler - 1);
+        if (auto const number = numberOf(text.substr(beginLine, begin - 1 - beginLine))) {
+            return Start{beginLine, ruler - 1, TextKind::dump, *number};
         }
     }
     return std::nullopt;
@@ -169,7 +181,9 @@ std::optional<EventReader::Start> EventReader::startThatIsCut() const {
         bool const isAfterAnother = begin > beginM && (!presentM || begin > presentM->begin) &&
                                     text.substr(beginM, begin - beginM).ends_with("\n\n");
         if ((isFirst || isAfterAnother) && beginsLikeEvent(text.substr(begin))) {
-            return Start{begin, TextKind::dump, numberOf(line).value_or(lastNumberM + 1)};
+            auto const lineEnd = std::lower_bound(endsM.begin(), endsM.end(), begin);
+            return Start{begin, static_cast<std::size_t>(lineEnd - endsM.begin()), TextKind::dump,
+                         numberOf(line).value_or(lastNumberM + 1)};
         }
         if (begin <= beginM) {
             break;
@@ -179,15 +193,17 @@ std::optional<EventReader::Start> EventReader::startThatIsCut() const {
     return std::nullopt;
 }
 
-void EventReader::hand(EventText& event, std::size_t end) {
-    event.bytes = {bufferM.data() + beginM, end - beginM};
+// Everything up to what comes next.
+void EventReader::hand(EventText& event) {
+    auto const end = presentM ? presentM->begin : endM;
+    auto const endOfLines = presentM ? presentM->lineEnd : endsM.size();
+    event.text = {{bufferM.data() + beginM, end - beginM},
+                  {endsM.data() + firstLineEndM, endOfLines - firstLineEndM},
+                  bufferM.data()};
     event.line = lineM;
-    if (event.kind == TextKind::report && !event.isOutside) {
-        event.number = ++reportsM;
-    }
-    lineM += lineEndsIn(event.bytes);
+    lineM += event.text.lineEnds();
     beginM = end;
-    searchedM = std::max(searchedM, beginM);
+    firstLineEndM = endOfLines;
 }
 
 void EventReader::checkNumber(Start const& start) {

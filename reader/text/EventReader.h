@@ -19,14 +19,12 @@ enum class TextKind { report, dump };
 // Valid until the next one is read.
 struct EventText {
     TextKind kind = TextKind::dump;
-    std::string_view bytes;
+    LinedText text;
     LineNumber line = 1;
     // "Begin: N" of a dump; in a report the how manieth.
     std::uint64_t number = 0;
     // Not of an event: what stands before the first one, or after the end of a report's.
     bool isOutside = false;
-    // The last of its file.
-    bool isLast = false;
 };
 
 // Something about the order of events that a reader of the file should know.
@@ -44,25 +42,30 @@ public:
 private:
     struct Start {
         std::size_t begin = 0;
+        std::size_t lineEnd = 0; // the first one that is not before it
         TextKind kind = TextKind::dump;
         std::uint64_t number = 0;
     };
 
-    std::optional<Start> findStart(std::size_t from) const;
-    std::optional<Start> startAround(std::size_t keyLine) const;
+    std::size_t beginOfLine(std::size_t line) const { return line > 0 ? endsM[line - 1] + 1 : 0; }
+    std::optional<Start> findStart();
+    std::optional<Start> startAround(std::size_t ruler) const;
     std::optional<Start> startThatIsCut() const;
     bool readMore();
+    void dropWhatWasHandedOut();
     std::optional<Start> nextStart();
-    void hand(EventText& event, std::size_t end);
+    void hand(EventText& event);
     void checkNumber(Start const& start);
     void requireEvent() const;
 
     InputFile& fileM;
     NoticeSink noticeM;
-    std::vector<char> bufferM;
-    std::size_t beginM = 0; // of what was not handed out yet
+    std::vector<char> bufferM;      // begins with a line
+    std::vector<std::size_t> endsM; // places of the line ends in it
+    std::size_t beginM = 0;         // of what was not handed out yet
+    std::size_t firstLineEndM = 0;  // the first one that was not handed out yet
     std::size_t endM = 0;
-    std::size_t searchedM = 0; // no start is before it
+    std::size_t searchedM = 0; // no line before it is the ruler of a start
     LineNumber lineM = 1;
     bool isAtEndM = false;
     std::optional<Start> presentM;

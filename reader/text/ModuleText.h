@@ -1,14 +1,18 @@
 // A text that a data module wrote into a dump, taken apart into lines and tables. A table is what
 // has a line of headings, a ruler of dashes below it and rows that fit its columns; what it means
-// is not known here. Everything points into the text, which stays the caller's.
+// is not known here. Cells are cut out of their lines when they are asked for: most never are.
+// Everything points into the text, which stays the caller's.
 #pragma once
 
 #include "text/Lines.h"
+#include "text/TableLayouts.h"
 
 #include <optional>
 #include <vector>
 
 namespace reader {
+
+class ModuleText;
 
 class Table {
 public:
@@ -25,12 +29,9 @@ public:
     // False when the text was cut within or right after it: rows may be missing.
     bool isComplete = true;
 
-    std::string_view heading(std::size_t column) const { return (*cellsM)[firstM + column]; }
-    // Empty when there is no such column.
-    std::string_view cell(std::size_t row, std::size_t column) const {
-        return column < columnCount ? (*cellsM)[firstM + (row + 1) * columnCount + column]
-                                    : std::string_view();
-    }
+    std::string_view heading(std::size_t column) const { return layoutM->columns[column].heading; }
+    // Without the blanks around it; empty when there is no such column.
+    std::string_view cell(std::size_t row, std::size_t column) const;
     std::string_view cell(std::size_t row, std::string_view heading) const;
     std::size_t column(std::string_view heading) const;
     LineNumber lineOf(std::size_t row) const { return line + 2 + row; }
@@ -38,8 +39,9 @@ public:
 private:
     friend class ModuleText;
 
-    std::vector<std::string_view> const* cellsM = nullptr;
-    std::size_t firstM = 0;
+    ModuleText const* textM = nullptr;
+    TableLayout const* layoutM = nullptr; // null without rows
+    std::size_t firstRowM = 0;            // among those of the text
 };
 
 class ModuleText {
@@ -54,8 +56,9 @@ public:
     ModuleText(ModuleText const&) = delete;
     ModuleText& operator=(ModuleText const&) = delete;
 
-    // Replaces what was read before. A text that is cut goes no further than the file does.
-    void read(std::string_view text, LineNumber line, bool isCut = false);
+    // Replaces what was read before. The layouts stay the caller's, and are used as long as the
+    // tables are. A text that is cut goes no further than the file does.
+    void read(LinedText const& text, LineNumber line, TableLayouts& layouts, bool isCut = false);
 
     // In their order. Empty lines are left out.
     std::vector<Item> const& items() const noexcept { return itemsM; }
@@ -64,23 +67,14 @@ public:
     Table const* tableOf(std::string_view title) const;
 
 private:
-    struct Columns {
-        std::size_t indent = 0;
-        std::vector<std::size_t> begins; // in characters, from the line's begin
-        std::vector<std::size_t> ends;
-    };
+    friend class Table;
 
-    bool readRuler(std::string_view line);
-    bool splitRow(std::string_view line, bool& isMarked);
-    bool splitPlainRow(std::string_view line);
-    bool splitWideRow(std::string_view line);
-    void beginTable(LineNumber line);
-    void addEmptyTable(std::string_view line, LineNumber number);
+    void beginTable(LineNumber number, TableLayout const* layout);
 
     std::vector<Item> itemsM;
     std::vector<Table> tablesM;
-    std::vector<std::string_view> cellsM;
-    Columns columnsM;
+    std::vector<std::string_view> rowsM; // of all tables
+    bool isPlainM = true;                // every byte is a character
 };
 
 } // namespace reader

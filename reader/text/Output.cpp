@@ -52,15 +52,20 @@ void Output::flush() {
 
 std::string printable(std::string_view text) {
     std::string shown;
-    shown.reserve(text.size());
+    appendPrintable(shown, text);
+    return shown;
+}
+
+void appendPrintable(std::string& shown, std::string_view text) {
+    std::size_t begin = 0; // of what needs no escape
     for (std::size_t at = 0; at < text.size(); ++at) {
         if (isControl(text, at)) {
+            shown += text.substr(begin, at - begin);
             shown += fmt::format("\\x{:02x}", static_cast<unsigned char>(text[at]));
-        } else {
-            shown += text[at];
+            begin = at + 1;
         }
     }
-    return shown;
+    shown += text.substr(begin);
 }
 
 } // namespace reader

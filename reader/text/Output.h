@@ -32,5 +32,6 @@ private:
 // Control characters as "\xNN": so that a value neither breaks a line nor moves a terminal's
 // cursor.
 std::string printable(std::string_view text);
+void appendPrintable(std::string& shown, std::string_view text);
 
 } // namespace reader

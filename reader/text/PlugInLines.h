@@ -1,8 +1,10 @@
 // The lines that the plug-in itself writes into its two texts, character for character.
 #pragma once
 
+#include "text/Lines.h"
+
 #include <array>
-#include <string_view>
+#include <span>
 
 namespace reader {
 
@@ -16,10 +18,6 @@ inline constexpr std::array<std::string_view, 6> eventRowLabels = {
     "Event Service Id         = ", "Event Service Type       = ", "Event Event Type         = ",
     "Charging Start Time Stamp= ", "Event Account id         = ", "Event Balance Group id   = "};
 
-inline constexpr std::string_view planLabel = "Used Rate Plan code: ";
-inline constexpr std::string_view planIdLabel = " , Intern RatePlan Id: ";
-inline constexpr std::string_view planVersionLabel = " , Intern RatePlan Version: ";
-inline constexpr std::string_view impactCategoryLabel = " , Impact Catagory: ";
 inline constexpr std::string_view codesLabel = "Used Price model codes: ";
 inline constexpr std::string_view codesGap = "   ";
 
@@ -33,18 +31,37 @@ inline constexpr std::array<std::string_view, 4> ownerRowLabels = {
     "    Account id : ", "    Owner id   : ", "    Owner Type : ", "    BalGrp id  : "};
 inline constexpr std::string_view ownerBalancesLabel = "Sharing owner Balance Information:";
 
-// The headings of a dump's sections with the rulers below them.
-inline constexpr std::string_view accountHeading =
-    "\n\nEvent Account Info:\n--------------------\n";
-inline constexpr std::string_view productHeading =
-    "\n\nUsed Rating product Info:\n-------------------------\n";
+// A heading of a dump's section with the ruler below it. It begins with the end of a line, and an
+// empty one.
+struct Heading {
+    std::string_view text;
+    std::size_t lineEnds;
+
+    explicit constexpr Heading(std::string_view heading)
+        : text(heading),
+          lineEnds(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'))) {}
+
+    Place after(Place begin) const { return {begin.at + text.size(), begin.line + lineEnds}; }
+};
+inline constexpr Heading accountHeading{"\n\nEvent Account Info:\n--------------------\n"};
+inline constexpr Heading productHeading{
+    "\n\nUsed Rating product Info:\n-------------------------\n"};
+inline constexpr Heading balancesHeading{"\n\nEvent's owner Balance Information:"};
+inline constexpr Heading ownDiscountsHeading{"\n\nEvent's own Discount:\n---------------------\n"};
+inline constexpr Heading sharingHeading{"\n\nAll DiscountSharing & Sponsorship Information:\n"
+                                        "--------------------------------------------------\n"};
 inline constexpr std::string_view codesRuler = "\n----------------------- \n";
-inline constexpr std::string_view balancesHeading = "\n\nEvent's owner Balance Information:";
-inline constexpr std::string_view ownDiscountsHeading =
-    "\n\nEvent's own Discount:\n---------------------\n";
-inline constexpr std::string_view sharingHeading =
-    "\n\nAll DiscountSharing & Sponsorship Information:\n"
-    "--------------------------------------------------\n";
+
+// Whether the heading begins there.
+inline bool isHeadingAt(LinedText const& text, Place place, Heading const& heading) {
+    return text.bytes().substr(place.at).starts_with(heading.text);
+}
+
+// Where the first of the headings begins at or after a place; the end of the text when none does.
+Place findHeading(LinedText const& text, Place from, std::span<Heading const> headings);
+inline Place findHeading(LinedText const& text, Place from, Heading const& heading) {
+    return findHeading(text, from, std::span(&heading, 1));
+}
 
 // The lines of a report besides rows and items.
 inline constexpr std::string_view reportProductHeading = "  Used Rating product info:";

@@ -2,35 +2,21 @@
 
 namespace reader {
 
-bool matches(std::string_view pattern, std::string_view line, Captures& values) {
-    constexpr std::string_view slot = "{}";
-    auto at = pattern.find(slot);
-    if (!line.starts_with(pattern.substr(0, at))) {
-        return false;
-    }
-    line.remove_prefix(std::min(at, pattern.size()));
-    for (auto& value : values) {
-        if (at == std::string_view::npos) {
-            return line.empty();
-        }
-        pattern.remove_prefix(at + slot.size());
-        at = pattern.find(slot);
-        auto const literal = pattern.substr(0, at);
-        if (at == std::string_view::npos) {
-            if (!line.ends_with(literal)) {
-                return false;
-            }
-            value = line.substr(0, line.size() - literal.size());
-            return true;
-        }
-        auto const end = line.find(literal);
+bool SentencePattern::takeValues(std::string_view line, Captures& values) const {
+    auto const last = countM - 1;
+    for (std::size_t i = 1; i < last; ++i) {
+        auto const end = line.find(piecesM[i]);
         if (end == std::string_view::npos) {
             return false;
         }
-        value = line.substr(0, end);
-        line.remove_prefix(end + literal.size());
+        values[i - 1] = line.substr(0, end);
+        line.remove_prefix(end + piecesM[i].size());
     }
-    return false;
+    if (last == 0 || !line.ends_with(piecesM[last])) {
+        return last == 0 && line.empty();
+    }
+    values[last - 1] = line.substr(0, line.size() - piecesM[last].size());
+    return true;
 }
 
 } // namespace reader

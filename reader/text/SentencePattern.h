@@ -10,6 +10,28 @@ namespace reader {
 
 using Captures = std::array<std::string_view, 5>;
 
-bool matches(std::string_view pattern, std::string_view line, Captures& values);
+class SentencePattern {
+public:
+    // The text outlives the pattern, and has no more values than the captures.
+    constexpr SentencePattern(char const* text) {
+        constexpr std::string_view slot = "{}";
+        std::string_view rest(text);
+        for (auto at = rest.find(slot); at != std::string_view::npos; at = rest.find(slot)) {
+            piecesM[countM++] = rest.substr(0, at);
+            rest.remove_prefix(at + slot.size());
+        }
+        piecesM[countM++] = rest;
+    }
+
+    bool matches(std::string_view line, Captures& values) const {
+        return line.starts_with(piecesM[0]) && takeValues(line.substr(piecesM[0].size()), values);
+    }
+
+private:
+    bool takeValues(std::string_view line, Captures& values) const;
+
+    std::array<std::string_view, std::tuple_size_v<Captures> + 1> piecesM;
+    std::size_t countM = 0;
+};
 
 } // namespace reader

@@ -13,7 +13,7 @@ void readEvents(std::string const& path, std::string const& text) {
     std::string joined;
     reader::EventText event;
     while (events.next(event)) {
-        joined += event.bytes;
+        joined += event.text.bytes();
         if (event.isOutside) {
             continue;
         }

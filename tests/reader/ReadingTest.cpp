@@ -12,7 +12,7 @@ using testing::IsEmpty;
 
 std::string joinedPieces(std::string const& text) {
     std::string joined;
-    forEachEventOf(text, [&](EventText const& event) { joined += event.bytes; });
+    forEachEventOf(text, [&](EventText const& event) { joined += event.text.bytes(); });
     return joined;
 }
 
@@ -85,15 +85,16 @@ TEST(Reading, findsWhereADumpWasCut) {
 }
 
 TEST(Reading, takesListsApartByTheirRulers) {
+    TableLayouts layouts;
     ModuleText text;
-    text.read("  Names of the \xc3\xbc"
-              "bliche\n"
-              "    Nam\xc3\xa9   Number\n"
-              "    -----  ------\n"
-              "    J\xc3\xbcrgn       7\n"
-              "  > \xff x         8\n"
-              "  Others: 9 z\n",
-              10);
+    LineIndex const lines("  Names of the \xc3\xbc"
+                          "bliche\n"
+                          "    Nam\xc3\xa9   Number\n"
+                          "    -----  ------\n"
+                          "    J\xc3\xbcrgn       7\n"
+                          "  > \xff x         8\n"
+                          "  Others: 9 z\n");
+    text.read(lines, 10, layouts);
     ASSERT_EQ(text.tables().size(), 1U);
     auto const& table = text.tables()[0];
     EXPECT_EQ(table.heading(0), "Nam\xc3\xa9");
