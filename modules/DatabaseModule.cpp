@@ -42,6 +42,10 @@ bool DatabaseModule::start() {
     }
     ConnectionString const given(entry->value().str(), registryDirectory().str());
     connectionTextM = given.text;
+    if (given.file && given.file->empty()) {
+        return fail("ERR_DATABASE", "'" + RWDBConnection(connectionTextM).shownText().str() +
+                                        "' names no database file, expected 'db=FILE'");
+    }
     // Opening it would give a less exact error.
     std::error_code unreachable;
     if (given.file && !std::filesystem::exists(*given.file, unreachable)) {

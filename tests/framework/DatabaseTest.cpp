@@ -121,8 +121,7 @@ TEST(Connection, ThatCannotBeOpenedSaysWhyWithoutItsSecrets) {
     };
     for (auto const& c :
          {Case{"sqlite3://db=/no/such/directory/x.db", "/no/such/directory/x.db"},
-          Case{"nosuchdatabase://db=x", "nosuchdatabase"},
-          Case{"", "''"},
+          Case{"nosuchdatabase://db=x", "nosuchdatabase"}, Case{"", "''"},
           Case{"sqlite3://db=/no/such/x.db password=tiger timeout=1", "password=*** timeout=1"},
           Case{"sqlite3://db=/no/such/x.db PassWord = 'tiger \\' lion' passfile=/tiger timeout=1",
                "PassWord = *** timeout=1"},
@@ -148,6 +147,15 @@ TEST(Connection, ThatCannotBeOpenedSaysWhyWithoutItsSecrets) {
           Case{"postgresql://postgresql://user:tiger@%2Fno%2Fsuch/x", "user:***@%2Fno%2Fsuch/x"},
           Case{"postgresql://postgresql://%2Fno%2Fsuch/x?password=tiger&user=me",
                "password=***&user=me"},
+          // What isn't known to be harmless may be a mistyped secret: it is named only.
+          Case{"postgresql://dbanme=lion user=me host=/x", "//dbanme=*** user=me host=/x'"},
+          Case{"postgresql://dbanme=lion user=me host=/x", "\"dbanme\""},
+          Case{"postgresql://host=/x dbanme=lion cub pasword=tiger colour=lion",
+               "//host=/x dbanme=*** pasword=***'"},
+          Case{"postgresql://postgresql://%2Fx?colour=lion&apssword=tiger&user=me",
+               "?colour=***&apssword=***&user=me'"},
+          Case{"sqlite3://db=/no/such=/x.db Timeout=1 vsf=lion sslkey=/k",
+               "Timeout=1 vsf=*** sslkey=/k"},
           Case{"postgresql://user@[::1]:x", "://user@[::1]:x"}}) {
         RWDBConnection const connection{RWCString(c.connection)};
         EXPECT_FALSE(connection.isValid());
