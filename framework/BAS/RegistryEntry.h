@@ -20,6 +20,9 @@ public:
     RegistryEntry const* find(String const& name) const;
     // Whether find ever returned this key. Any thread.
     bool wasFound() const;
+    // The names that find was asked for and that aren't here, at most a hundred, in the order in
+    // which they were first asked for. Any thread.
+    std::vector<String> namesMissed() const;
 
     String const& name() const noexcept { return nameM; }
     String const& value() const noexcept { return valueM; }
@@ -30,7 +33,8 @@ public:
 private:
     String nameM;
     String valueM;
-    mutable bool wasFoundM = false; // accessed atomically
+    mutable bool wasFoundM = false;           // accessed atomically
+    mutable std::vector<String> namesMissedM; // guarded by a lock that all entries share
     std::vector<std::unique_ptr<RegistryEntry>> childrenM;
 };
 

@@ -76,6 +76,15 @@ std::string printable(std::string_view text) {
     return escaped(text, printableEscape);
 }
 
+bool hasControlCharacter(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isControl(byteAt(text, i)) || isC1(text, i)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::string quotedText(std::string_view text) {
     return '"' + escaped(text, quotedEscape) + '"';
 }

@@ -11,6 +11,9 @@ namespace host {
 // text that isn't valid UTF-8, all bytes beyond ASCII are escaped.
 std::string printable(std::string_view text);
 
+// Whether any character of the text controls rather than shows.
+bool hasControlCharacter(std::string_view text);
+
 // In double quotes, valid in JSON and YAML. In a text that isn't valid UTF-8, all bytes beyond
 // ASCII become U+FFFD.
 std::string quotedText(std::string_view text);

@@ -20,13 +20,13 @@ struct CatalogueMessage {
 inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     // Framework, plug-ins and data modules.
     {"ERR_REG_SUBTREE_NOT_FOUND", "The registry has no subtree '%1'."},
-    {"ERR_REG_ENTRY_NOT_FOUND", "The mandatory registry key '%1' is missing."},
+    {"ERR_REG_ENTRY_NOT_FOUND", "The mandatory registry key '%1' is missing%2."},
     {"ERR_PLUGIN_TYPE_INVALID",
-     "The module '%1' doesn't exist in the data pool or is of another kind than the registry key "
+     "The module '%1'%2 doesn't exist in the data pool or is of another kind than the registry key "
      "requires: a key names the kind that it expects, such as AccountDataModule a DAT_Account and "
      "Database a DBC_Database."},
     {"ERR_DATA_PLUGIN_NOT_FOUND",
-     "There is no data module '%1': expected a name below DataPool in the registry."},
+     "There is no data module '%1'%2: expected a name below DataPool in the registry."},
     {"ERR_REG_UPDATE_FAILED", "The registry update of '%1' failed."},
     {"ERR_REG_VALUE_INVALID", "The registry value '%1' is invalid: %2"},
     {"ERR_INIT_EDR_ITERATOR", "No iterator can be made for the EDR block '%1'."},
@@ -36,9 +36,9 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "name, KWL_ALIAS_MAP rows with the EDRC_DESC of that row and a customer's REFERENCE, and "
      "KWL_EDRC_FIELD a row with the FIELD_ID of each."},
     {"ERR_EDR_FIELD_NOT_FOUND",
-     "The EDR description has no field '%1' (alias '%2', needed by %3 %4)."},
+     "The EDR description has no field '%1' (alias '%2', needed by %3 %4)%5."},
     {"ERR_EDR_BLOCK_NOT_FOUND",
-     "The EDR description has no block '%1' (alias '%2', needed by %3 %4)."},
+     "The EDR description has no block '%1' (alias '%2', needed by %3 %4)%5."},
     {"ERR_PIPELINE_NOT_FOUND", "'%1' doesn't belong to a pipeline."},
     {"ERR_ROW_REJECTED", "The row %2 of table %1 is rejected: %3"},
     {"MSG_DATA_LOADED", "Loaded %1 rows, rejected %2, from '%3' in %4 s: %5; reading began at %6."},
@@ -54,7 +54,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_CONFIGURATION", "%1:%2:%3: %4"},
     {"ERR_FILE_NOT_READABLE", "'%1' can't be read: %2"},
     {"ERR_FILE_NOT_WRITABLE", "'%1' can't be written: %2"},
-    {"ERR_LIBRARY_NOT_FOUND", "The library of the module '%1' wasn't found. Tried: %2"},
+    {"ERR_LIBRARY_NOT_FOUND", "The library of the module '%1' wasn't found%3. Tried: %2"},
     {"ERR_LIBRARY_NOT_LOADED", "The library '%1' can't be loaded: %2"},
     {"ERR_MODULE_ENTRY_NOT_FOUND", "The library '%1' has no entry '%2'."},
     {"ERR_MODULE_ENTRY_FAILED", "The entry '%2' of the library '%1' failed: %3"},
@@ -83,13 +83,16 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_MODULE_NOT_USABLE", "The module '%1' isn't usable: %2"},
     {"MSG_MODULE_LEFT_OUT", "The module '%1' isn't loaded: it refers to '%2', which isn't usable."},
     {"ERR_LIFE_CYCLE", "The operation '%1' failed: %2"},
-    {"ERR_REG_KEY_UNREAD", "The module started without reading the registry key '%1'."},
+    {"ERR_REG_KEY_UNREAD", "The module started without reading the registry key '%1'%2."},
     {"MSG_STARTED", "Started; data modules: %1, pipelines: %2."},
     // Run.
     {"MSG_INPUT_STARTED", "Reading '%1'."},
     {"MSG_INPUT_RESUMED", "Resuming '%1' after byte %2."},
     {"MSG_INPUT_DONE", "'%1' is done and kept as '%2'."},
     {"ERR_INPUT_CHANGED", "'%1' isn't the interrupted file any more; it is read from its start."},
+    {"ERR_INPUT_REPLACED",
+     "Another file took the place of '%1' while it was read; what was read of it is processed, and "
+     "the other file is read by itself."},
     {"ERR_INPUT_VANISHED", "'%1' vanished while it was read; what was read of it is processed."},
     {"ERR_FILE_NOT_MOVED", "'%1' can't be moved to '%2': %3"},
     {"MSG_STOPPING", "Stopping on a signal: the batches in progress are finished."},

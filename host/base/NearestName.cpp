@@ -38,12 +38,13 @@ std::size_t editDistance(std::string_view one, std::string_view other) {
 
 } // namespace
 
-std::string nearestNameHint(std::string_view mistyped, std::vector<std::string_view> const& known) {
+std::optional<std::string> nearestName(std::string_view mistyped,
+                                       std::vector<std::string_view> const& known) {
     auto best = std::max<std::size_t>(1, mistyped.size() / 3) + 1;
-    std::string_view nearest;
+    std::optional<std::string> nearest;
     for (auto const candidate : known) {
         if (candidate == mistyped) {
-            return {};
+            return std::nullopt;
         }
         auto const distance = editDistance(mistyped, candidate);
         if (distance < best) {
@@ -51,7 +52,12 @@ std::string nearestNameHint(std::string_view mistyped, std::vector<std::string_v
             nearest = candidate;
         }
     }
-    return nearest.empty() ? "" : " (did you mean '" + std::string(nearest) + "'?)";
+    return nearest;
+}
+
+std::string nearestNameHint(std::string_view mistyped, std::vector<std::string_view> const& known) {
+    auto const nearest = nearestName(mistyped, known);
+    return nearest ? " (did you mean '" + *nearest + "'?)" : std::string();
 }
 
 } // namespace host

@@ -1,4 +1,4 @@
-// Checks whether a file could be written, without creating or opening it.
+// Checks whether a file could be written or replaced, without creating or opening it.
 #pragma once
 
 #include <filesystem>
@@ -9,5 +9,7 @@ namespace host {
 
 // Why the file can't be opened for writing; nothing when it probably can.
 std::optional<std::string> writeObstacle(std::filesystem::path const& file);
+// Why no other file can be renamed to it; likewise.
+std::optional<std::string> replaceObstacle(std::filesystem::path const& file);
 
 } // namespace host

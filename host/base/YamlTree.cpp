@@ -45,6 +45,9 @@ std::string withWholeCharacters(std::string const& value) {
     return text;
 }
 
+// Far more than anything here has; the parser gives up later, and doesn't say why.
+constexpr std::size_t mostLevels = 100;
+
 // Builds the tree from the parser's events.
 class TreeBuilder : public YAML::EventHandler {
 public:
@@ -94,6 +97,12 @@ private:
     }
 
     void open(YamlNode::Kind kind, YAML::Mark const& mark) {
+        if (openM.size() == mostLevels) {
+            problemsM.add(positionOf(mark), fmt::format("nested deeper than {} levels, expected "
+                                                        "less",
+                                                        mostLevels));
+            problemsM.throwIfAny();
+        }
         YamlNode node;
         node.kind = kind;
         node.position = positionOf(mark);
@@ -168,6 +177,26 @@ void requireText(std::string_view text, Problems& problems) {
     }
 }
 
+std::string_view lineAt(std::string_view text, int number) {
+    for (; number > 0 && text.find('\n') != std::string_view::npos; --number) {
+        text.remove_prefix(text.find('\n') + 1);
+    }
+    return text.substr(0, text.find('\n'));
+}
+
+// What is wrong, in words for people who know no grammars, where the parser hasn't any.
+std::string reasonOf(YAML::Exception const& error, std::string_view text) {
+    auto const line = error.mark.is_null() ? std::string_view() : lineAt(text, error.mark.line);
+    if (line.substr(0, line.find_first_not_of(" \t")).find('\t') != std::string_view::npos) {
+        return "a tab can't be used to indent a line, expected blanks";
+    }
+    auto const column = static_cast<std::size_t>(std::max(error.mark.column, 0));
+    if (column < line.size() && (line[column] == '@' || line[column] == '`')) {
+        return fmt::format("a text that begins with '{}' needs quotes", line[column]);
+    }
+    return error.msg;
+}
+
 } // namespace
 
 YamlMember const* YamlNode::find(std::string_view key) const {
@@ -208,7 +237,7 @@ YamlNode readYaml(std::string const& bytes, Problems& problems) {
         }
         return root;
     } catch (YAML::Exception const& error) {
-        problems.add(positionOf(error.mark), "not valid YAML: " + error.msg);
+        problems.add(positionOf(error.mark), "not valid YAML: " + reasonOf(error, bytes));
         problems.throwIfAny();
         throw;
     }

@@ -4,6 +4,7 @@
 #include "BAS/RegisteredObject.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
+#include "base/NearestName.h"
 #include "commands/PreparedCommand.h"
 
 #include <algorithm>
@@ -40,18 +41,18 @@ std::string objectionTo(CommandResult const& result) {
 }
 
 // A value that the object didn't ask for, it couldn't open.
-void forgiveUnasked(BAS::RegistryEntry const& update, std::vector<NamedFile>& files) {
-    auto const ignored = keysNotAsked(update);
-    for (auto& file : files) {
-        if (!file.isOpened &&
-            std::find(ignored.begin(), ignored.end(), file.key) != ignored.end()) {
+void forgiveUnasked(CommandResult& result) {
+    auto const& ignored = result.ignoredKeys;
+    for (auto& file : result.files) {
+        if (!file.isOpened && std::any_of(ignored.begin(), ignored.end(),
+                                          [&](auto const& key) { return key.name == file.key; })) {
             file.reason = "the object didn't ask for the key";
         }
     }
 }
 
-void execute(PreparedCommand& prepared, BAS::RegisteredObject& object, CommandRoom const& room,
-             CommandResult& result) {
+void execute(Command const& command, PreparedCommand& prepared, BAS::RegisteredObject& object,
+             CommandRoom const& room, CommandResult& result) {
     auto guard = room.pipelineLock == nullptr ? std::unique_lock<FairLock>()
                                               : std::unique_lock(*room.pipelineLock);
     auto const turn =
@@ -62,14 +63,14 @@ void execute(PreparedCommand& prepared, BAS::RegisteredObject& object, CommandRo
     update(object, prepared.update(), result);
     result.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    result.ignoredKeys = keysNotAsked(prepared.update());
+    result.ignoredKeys = keysNotAsked(prepared.update(), command.update);
     result.files = files.report();
     if (guard.owns_lock()) {
         guard.unlock(); // the disk is no business of the pipeline's
     }
     auto const collected = prepared.finish(objectionTo(result));
     result.files.insert(result.files.end(), collected.begin(), collected.end());
-    forgiveUnasked(prepared.update(), result.files);
+    forgiveUnasked(result);
 }
 
 } // namespace
@@ -100,14 +101,22 @@ CommandResult begunResult(Command const& command) {
     return result;
 }
 
-std::vector<std::string> keysNotAsked(BAS::RegistryEntry const& update) {
-    std::vector<std::string> names;
-    for (auto const& key : update.children()) {
-        if (!key->wasFound()) {
-            names.push_back(key->name().str());
+std::vector<CommandResult::IgnoredKey> keysNotAsked(BAS::RegistryEntry const& update,
+                                                    BAS::RegistryEntry const& command) {
+    auto const missed = {update.namesMissed(), command.namesMissed()};
+    std::vector<std::string_view> asked;
+    for (auto const& names : missed) {
+        for (auto const& name : names) {
+            asked.push_back(name.view());
         }
     }
-    return names;
+    std::vector<CommandResult::IgnoredKey> ignored;
+    for (auto const& key : update.children()) {
+        if (!key->wasFound()) {
+            ignored.push_back({key->name().str(), nearestName(key->name().view(), asked)});
+        }
+    }
+    return ignored;
 }
 
 CommandResult executeCommand(Command const& command, BAS::RegisteredObject& object,
@@ -115,7 +124,7 @@ CommandResult executeCommand(Command const& command, BAS::RegisteredObject& obje
     auto result = begunResult(command);
     try {
         PreparedCommand prepared(command);
-        execute(prepared, object, room, result);
+        execute(command, prepared, object, room, result);
     } catch (CommandRefused const& refused) {
         result.fault = refused.what();
         result.files = {refused.file()};

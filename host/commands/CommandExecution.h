@@ -23,10 +23,15 @@ struct CommandResult {
         std::string name;
         std::string value;
     };
+    // A key that the object didn't read; perhaps mistyped.
+    struct IgnoredKey {
+        std::string name;
+        std::optional<std::string> nearest; // of those that the object asked for, if one is near
+    };
 
     std::string object;
     std::vector<Key> keys;
-    std::vector<std::string> ignoredKeys; // that the object didn't read; perhaps mistyped
+    std::vector<IgnoredKey> ignoredKeys;
     bool isHandled = false;
     bool isWorkDone = false;
     // Set when the object doesn't exist or threw.
@@ -43,8 +48,10 @@ struct CommandResult {
 
 // The result of a command before it is executed.
 CommandResult begunResult(Command const& command);
-// The keys that weren't read yet.
-std::vector<std::string> keysNotAsked(BAS::RegistryEntry const& update);
+// The keys of the update that weren't read yet. Those that were asked for in vain may be near, in
+// the update or in the command from which it was made.
+std::vector<CommandResult::IgnoredKey> keysNotAsked(BAS::RegistryEntry const& update,
+                                                    BAS::RegistryEntry const& command);
 
 // Keys and values as they were given on a command line.
 std::string keysText(CommandResult const& result);

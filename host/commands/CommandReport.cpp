@@ -59,13 +59,26 @@ std::string filesArray(std::vector<NamedFile> const& files) {
     return jsonArray(parts);
 }
 
-std::string namesArray(std::vector<std::string> const& names) {
+using IgnoredKeys = std::vector<CommandResult::IgnoredKey>;
+
+std::string namesArray(IgnoredKeys const& keys) {
     std::vector<std::string> parts;
-    parts.reserve(names.size());
-    for (auto const& name : names) {
-        parts.push_back(quotedText(name));
+    parts.reserve(keys.size());
+    for (auto const& key : keys) {
+        parts.push_back(quotedText(key.name));
     }
     return jsonArray(parts);
+}
+
+// The mistyped keys with what was probably meant.
+JsonMembers nearestOf(IgnoredKeys const& keys) {
+    JsonMembers members;
+    for (auto const& key : keys) {
+        if (key.nearest) {
+            members.emplace_back(key.name, quotedText(*key.nearest));
+        }
+    }
+    return members;
 }
 
 // Keys with values that JSON and YAML both read.
@@ -79,6 +92,9 @@ JsonMembers membersOf(CommandResult const& result) {
     members.emplace_back("WorkDone", jsonTruth(result.isWorkDone));
     if (!result.ignoredKeys.empty()) {
         members.emplace_back("Ignored", namesArray(result.ignoredKeys));
+    }
+    if (auto const nearest = nearestOf(result.ignoredKeys); !nearest.empty()) {
+        members.emplace_back("DidYouMean", jsonObject(nearest));
     }
     if (result.status) {
         members.emplace_back("Status", jsonStatus(*result.status));
@@ -118,7 +134,11 @@ std::string resultText(CommandResult const& result) {
                             verdictOf(result) + (result.fault ? ", " + *result.fault : ""),
                             result.isWorkDone ? "work done" : "no work done");
     if (!result.ignoredKeys.empty()) {
-        text += ", ignored " + fmt::format("{}", fmt::join(result.ignoredKeys, " "));
+        text += ", ignored";
+        for (auto const& key : result.ignoredKeys) {
+            text += " " + key.name +
+                    (key.nearest ? fmt::format(" (did you mean '{}'?)", *key.nearest) : "");
+        }
     }
     if (result.status) {
         text += ", status " + statusText(*result.status);

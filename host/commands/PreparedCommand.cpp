@@ -1,5 +1,6 @@
 #include "commands/PreparedCommand.h"
 
+#include "base/EscapedText.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
 #include "base/WholeFile.h"
@@ -147,6 +148,9 @@ std::string PreparedCommand::prepare(std::string const& key, std::string const& 
 }
 
 std::string PreparedCommand::collect(std::string const& key, std::string const& path, Wish wish) {
+    if (wish == Wish::file && hasControlCharacter(path)) {
+        refuse(key, path, "the path has a control character, expected none");
+    }
     auto const* const room = wish == Wish::forSender ? nullptr : commandM.room;
     auto place = room == nullptr ? openPlace(key, path) : openPlaceIn(*room, key, path);
     requireReplaceable(key, place);

@@ -43,23 +43,24 @@ private:
     Statuses warningsM;
 };
 
-void checkLog(std::optional<std::filesystem::path>& file, BAS::String const& object,
-              Statuses& problems) {
-    if (!file) {
-        return;
-    }
-    if (auto const obstacle = writeObstacle(*file)) {
+using Obstacle = std::optional<std::string>(std::filesystem::path const&);
+
+void checkFile(std::optional<std::filesystem::path> const& file, BAS::String const& object,
+               Obstacle& obstacleOf, Statuses& problems) {
+    if (auto const obstacle = file ? obstacleOf(*file) : std::nullopt) {
         problems.push_back(makeStatus(BAS::Status::critical, object, "ERR_FILE_NOT_WRITABLE",
                                       {file->string(), *obstacle}));
     }
-    file.reset();
 }
 
 // Leaves a configuration whose pipelines log where the host does.
-void checkLogs(HostConfiguration& configuration, Statuses& problems) {
-    checkLog(configuration.processLog, {}, problems);
+void checkFiles(HostConfiguration& configuration, Statuses& problems) {
+    checkFile(configuration.processLog, {}, writeObstacle, problems);
+    checkFile(configuration.statusFile, {}, replaceObstacle, problems);
+    checkFile(configuration.metricsFile, {}, replaceObstacle, problems);
     for (auto& pipeline : configuration.pipelines) {
-        checkLog(pipeline.log, pipeline.registeredName, problems);
+        checkFile(pipeline.log, pipeline.registeredName, writeObstacle, problems);
+        pipeline.log.reset();
     }
 }
 
@@ -91,7 +92,7 @@ void append(Statuses& problems, Statuses const& more) {
 Statuses findProblems(std::filesystem::path const& file, BAS::LogSink& log) {
     Statuses problems;
     auto registry = readRegistry(file, problems);
-    checkLogs(registry.configuration, problems);
+    checkFiles(registry.configuration, problems);
     logAll(problems, log);
     warnOfInputs(registry.configuration, log);
     Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), log,
@@ -129,6 +130,21 @@ std::string counted(std::size_t count, char const* what) {
 }
 
 } // namespace
+
+ExitCode listObjects(std::filesystem::path const& file) {
+    auto const registry = readRegistry(file);
+    auto const& configuration = registry.configuration;
+    std::vector<ModuleConfiguration> modules = configuration.dataPool;
+    for (auto const& pipeline : configuration.pipelines) {
+        modules.insert(modules.end(), pipeline.functions.begin(), pipeline.functions.end());
+    }
+    std::cout << registry.root->name().view() << ".DataPool -\n";
+    for (auto const& module : modules) {
+        std::cout << module.registeredName << ' ' << module.moduleName << '\n';
+    }
+    std::cout << std::flush;
+    return std::cout ? done : inputOrOutputFailed;
+}
 
 ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log, bool isJson) {
     WarningSink sink(log);

@@ -17,4 +17,8 @@ namespace host {
 // runs the host, and a host may be writing them.
 ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log, bool isJson);
 
+// Prints the objects to which commands can be sent, one a line with its module, or "-" for the data
+// pool. Throws a StartFailure or a BAS::Status when the file is no sound registry.
+ExitCode listObjects(std::filesystem::path const& registry);
+
 } // namespace host

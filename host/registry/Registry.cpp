@@ -1,5 +1,6 @@
 #include "registry/Registry.h"
 
+#include "base/EscapedText.h"
 #include "base/Failures.h"
 #include "base/NearestName.h"
 #include "base/YamlTree.h"
@@ -17,6 +18,13 @@ namespace {
 // Where an input file is named, to find files that are named twice.
 struct InputUse {
     std::string list; // the path of its key
+    FilePosition position;
+};
+
+// What a file is first named for.
+struct NamedFor {
+    std::string key; // its path
+    FileUse use;
     FilePosition position;
 };
 
@@ -56,7 +64,9 @@ bool isUsable(PipelineConfiguration const& pipeline) {
 class RegistryReader {
 public:
     RegistryReader(std::filesystem::path const& file, Problems& problems) : problemsM(problems) {
-        configurationM.directory = std::filesystem::absolute(file).lexically_normal().parent_path();
+        auto const path = std::filesystem::absolute(file).lexically_normal();
+        configurationM.directory = path.parent_path();
+        useFile(path, {"the registry", FileUse::read, {}});
     }
 
     HostConfiguration read(YamlNode const& document) {
@@ -69,6 +79,7 @@ public:
         checkName(root);
         readMap<HostConfiguration>(root, root.key, rootKeys, configurationM);
         nameRejectFiles();
+        checkWrittenFiles();
         return std::move(configurationM);
     }
 
@@ -200,6 +211,15 @@ private:
         return (configurationM.directory / path).lexically_normal();
     }
 
+    std::filesystem::path readPath(YamlNode const& value) {
+        if (hasControlCharacter(value.text)) {
+            problemsM.add(value.position, fmt::format("the path '{}' has a control character, "
+                                                      "expected none",
+                                                      value.text));
+        }
+        return resolve(value.text);
+    }
+
     template <class Object>
     void readValue(ModuleNameKey<Object> const& kind, YamlMember const& member,
                    std::string const& /*path*/, Object& object) {
@@ -215,15 +235,17 @@ private:
 
     template <class Object, class Path>
     void readValue(PathKey<Object, Path> const& kind, YamlMember const& member,
-                   std::string const& /*path*/, Object& object) {
-        object.*kind.member = resolve(member.value.text);
+                   std::string const& path, Object& object) {
+        auto const file = readPath(member.value);
+        useFile(file, {path, kind.use, member.value.position});
+        object.*kind.member = file;
     }
 
     template <class Object>
     void readValue(DropDirectoryKey<Object> const& kind, YamlMember const& member,
                    std::string const& /*path*/, Object& object) {
         auto const& value = member.value;
-        auto const path = (resolve(value.text) / "").parent_path();
+        auto const path = (readPath(value) / "").parent_path();
         auto const [use, isNew] = directoryUsesM.emplace(path, value.position);
         if (!isNew) {
             problemsM.add(value.position,
@@ -401,7 +423,10 @@ private:
     }
 
     std::filesystem::path useInputFile(YamlNode const& item, std::string const& list) {
-        auto file = item.text == "-" ? std::filesystem::path("-") : resolve(item.text);
+        auto file = item.text == "-" ? std::filesystem::path("-") : readPath(item);
+        if (file != "-") {
+            useFile(file, {list, FileUse::read, item.position});
+        }
         auto& uses = inputUsesM[file];
         if (!uses.empty() && (file == "-" || uses.back().list == list)) {
             problemsM.add(item.position,
@@ -427,6 +452,36 @@ private:
                                   "this input is the reject file of the input '" +
                                       input.file.filename().string() +
                                       "' and would be overwritten");
+                } else {
+                    useFile(input.rejectFile, {"the reject file of an input", FileUse::replaced,
+                                               uses.front().position});
+                }
+            }
+        }
+    }
+
+    void useFile(std::filesystem::path const& file, NamedFor const& use) {
+        auto const [first, isNew] = filesM.emplace(file, use);
+        bool const isOther = !isNew && first->second.key != use.key; // not an input given twice
+        if (isOther && (first->second.use != use.use || use.use == FileUse::replaced)) {
+            problemsM.add(use.position,
+                          fmt::format("the file '{}' can't be that of {} and of {} on line {}",
+                                      file.filename().string(), use.key, first->second.key,
+                                      first->second.position.line));
+        }
+    }
+
+    // What the host writes into an input directory, it would read or take for what it has read.
+    void checkWrittenFiles() {
+        for (auto const& [file, use] : filesM) {
+            for (auto const& pipeline : configurationM.pipelines) {
+                auto const& inputs = pipeline.inputDirectory;
+                if (use.use != FileUse::read && inputs &&
+                    (file.parent_path() == *inputs || file.parent_path() == *inputs / "done")) {
+                    problemsM.add(use.position,
+                                  fmt::format("the file of {} can't be in the input directory of "
+                                              "the pipeline '{}'",
+                                              use.key, pipeline.name));
                 }
             }
         }
@@ -436,6 +491,7 @@ private:
     HostConfiguration configurationM;
     std::map<std::filesystem::path, std::vector<InputUse>> inputUsesM;
     std::map<std::filesystem::path, FilePosition> directoryUsesM;
+    std::map<std::filesystem::path, NamedFor> filesM;
 };
 
 // The items of a sequence become keys that count from 0.
@@ -449,6 +505,15 @@ void fillEntry(BAS::RegistryEntry& entry, YamlNode const& node) {
 }
 
 } // namespace
+
+BAS::RegistryEntry const* subtreeOf(Registry const& registry, BAS::String const& registeredName) {
+    auto const parts = registeredName.split('.');
+    BAS::RegistryEntry const* entry = registry.root.get();
+    for (std::size_t i = 1; i < parts.entries() && entry != nullptr; ++i) {
+        entry = entry->find(parts[i]);
+    }
+    return entry;
+}
 
 Registry readRegistry(std::filesystem::path const& file) {
     std::vector<BAS::Status> problems;

@@ -77,6 +77,9 @@ struct Registry {
     std::unique_ptr<BAS::RegistryEntry> root;
 };
 
+// The entry with the keys of a registered object, or null.
+BAS::RegistryEntry const* subtreeOf(Registry const& registry, BAS::String const& registeredName);
+
 // Reads and checks the whole file; all paths are absolute. Throws a StartFailure with all problems
 // of the file and their places.
 Registry readRegistry(std::filesystem::path const& file);

@@ -37,14 +37,19 @@ struct ModuleNameKey {
     std::string Object::*member;
 };
 
+// What the host does with a file. Several may read it or append to it, and nobody may do anything
+// else with a file that is replaced.
+enum class FileUse { read, appended, replaced };
+
 // A path, relative to the registry's directory.
 template <class Object, class Path>
 struct PathKey {
     static constexpr auto shape = YamlNode::Kind::text;
     Path Object::*member;
+    FileUse use = FileUse::read;
 };
 template <class Object, class Path>
-PathKey(Path Object::*) -> PathKey<Object, Path>;
+PathKey(Path Object::*, FileUse = FileUse::read) -> PathKey<Object, Path>;
 
 // The path of a directory that serves one purpose only, since files of others lie in it.
 template <class Object>
@@ -205,7 +210,7 @@ inline constexpr Key<PipelineConfiguration> pipelineKeys[] = {
     {"EdrDescription", Presence::mandatory, PathKey{&PipelineConfiguration::edrDescription}},
     {"Input", Presence::mandatory, MapKey{inputKeys}},
     {"BatchSize", Presence::optional, NumberKey{&PipelineConfiguration::batchSize, 1, 100'000}},
-    {"Log", Presence::optional, PathKey{&PipelineConfiguration::log}},
+    {"Log", Presence::optional, PathKey{&PipelineConfiguration::log, FileUse::appended}},
     {"CountBy", Presence::optional, TextKey{&PipelineConfiguration::countBy}},
     {"Functions", Presence::mandatory,
      EntriesKey{&PipelineConfiguration::functions, moduleKeys, ""}},
@@ -220,15 +225,15 @@ inline constexpr Key<HostConfiguration> commandsKeys[] = {
 };
 
 inline constexpr Key<HostConfiguration> logKeys[] = {
-    {"Process", Presence::mandatory, PathKey{&HostConfiguration::processLog}},
+    {"Process", Presence::mandatory, PathKey{&HostConfiguration::processLog, FileUse::appended}},
 };
 
 inline constexpr Key<HostConfiguration> statusKeys[] = {
-    {"File", Presence::mandatory, PathKey{&HostConfiguration::statusFile}},
+    {"File", Presence::mandatory, PathKey{&HostConfiguration::statusFile, FileUse::replaced}},
 };
 
 inline constexpr Key<HostConfiguration> metricsKeys[] = {
-    {"File", Presence::mandatory, PathKey{&HostConfiguration::metricsFile}},
+    {"File", Presence::mandatory, PathKey{&HostConfiguration::metricsFile, FileUse::replaced}},
     {"Mode", Presence::optional, FileModeKey<HostConfiguration>{&HostConfiguration::metricsMode}},
 };
 

@@ -73,7 +73,7 @@ std::optional<CommandResult> CommandExecutor::execute(Command const& command, Do
         record(number, result);
         return result;
     }
-    begun.ignoredKeys = keysNotAsked(command.update);
+    begun.ignoredKeys = keysNotAsked(command.update, command.update);
     auto const turn = timerM.begin(begun.object, keysText(begun));
     reload->done = [this, object, number, begun, turn, done = std::move(done),
                     begin = std::chrono::steady_clock::now()](Reload& read) {

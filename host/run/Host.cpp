@@ -5,6 +5,7 @@
 #include "base/DropDirectory.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
+#include "base/NearestName.h"
 #include "commands/CommandInlet.h"
 
 #include <fmt/format.h>
@@ -15,27 +16,24 @@ namespace host {
 
 namespace {
 
-BAS::RegistryEntry const* subtree(BAS::RegistryEntry const& root, BAS::String const& name) {
-    auto const parts = name.split('.');
-    auto const* entry = &root;
-    for (std::size_t i = 1; i < parts.entries() && entry != nullptr; ++i) {
-        entry = entry->find(parts[i]);
-    }
-    return entry;
-}
-
 bool hasValue(BAS::RegistryEntry const& entry, BAS::String const& value) {
     return entry.value() == value ||
            std::any_of(entry.children().begin(), entry.children().end(),
                        [&](auto const& child) { return hasValue(*child, value); });
 }
 
+bool isMissingName(BAS::Status const& status) {
+    auto const name = status.messageName().view();
+    return name == "ERR_EDR_FIELD_NOT_FOUND" || name == "ERR_EDR_BLOCK_NOT_FOUND";
+}
+
 } // namespace
 
 Host::Host(Registry registry, ModuleLoader loader, BAS::LogSink& log,
            BAS::Status::Severity leastSeverity)
-    : registryM(std::move(registry)), loaderM(std::move(loader)), logM(log),
-      leastSeverityM(leastSeverity) {
+    : registryM(std::move(registry)), loaderM(std::move(loader)),
+      hintsM(registryM, [this](BAS::String const& object) { return descriptionOf(object); }),
+      logM(log, hintsM), leastSeverityM(leastSeverity) {
     BAS::RegisteredObject::bindRegistry(registryM.root.get(),
                                         registryM.configuration.directory.string());
     BAS::RegisteredObject::bindProcessLog(&logM);
@@ -66,6 +64,7 @@ void Host::logStarted() const {
 }
 
 std::vector<BAS::Status> Host::check() {
+    isCheckedM = true;
     for (auto const stage : stagesM) {
         (this->*stage)();
     }
@@ -132,9 +131,10 @@ void Host::buildPipelines() {
 void Host::buildFunctions() {
     for (auto const& pipeline : pipelinesM) {
         for (auto const& module : pipeline->configuration().functions) {
+            auto* const object =
+                isCheckedM ? loadForCheck(*pipeline, module) : load(module, ModuleKind::function);
             // The loader has checked the kind.
-            if (auto* const function =
-                    dynamic_cast<PLG::FunctionPlugIn*>(load(module, ModuleKind::function))) {
+            if (auto* const function = dynamic_cast<PLG::FunctionPlugIn*>(object)) {
                 pipeline->addFunction(*function);
             }
         }
@@ -161,16 +161,31 @@ void Host::warnOfUnreadKeys() {
         if (dynamic_cast<PLG::StdPlugIn const*>(&object) == nullptr || subtree == nullptr) {
             continue;
         }
+        auto const missed = subtree->namesMissed();
+        std::vector<std::string_view> asked;
+        for (auto const& name : missed) {
+            asked.push_back(name.view());
+        }
         for (auto const& key : subtree->children()) {
             if (!key->wasFound()) {
-                logM.write(makeStatus(BAS::Status::warning, object.name(), "ERR_REG_KEY_UNREAD",
-                                      {key->name().str()}));
+                logM.write(
+                    makeStatus(BAS::Status::warning, object.name(), "ERR_REG_KEY_UNREAD",
+                               {key->name().str(), nearestNameHint(key->name().view(), asked)}));
             }
         }
     }
 }
 
 BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind kind) {
+    try {
+        return build(module, kind);
+    } catch (ModuleFailure const& failure) {
+        problemsM.push_back(failure);
+    }
+    return nullptr;
+}
+
+BAS::RegisteredObject* Host::build(ModuleConfiguration const& module, ModuleKind kind) {
     if (isLeftOut(module)) {
         return nullptr;
     }
@@ -179,19 +194,64 @@ BAS::RegisteredObject* Host::load(ModuleConfiguration const& module, ModuleKind 
                             kind == ModuleKind::data ? "data module" : "function plug-in",
                             module.moduleName});
         return objectsM.back().object.get();
-    } catch (BAS::Status const& status) {
-        problemsM.push_back(status);
+    } catch (ModuleFailure& failure) {
+        if (!failure.cause.messageName().isNull()) {
+            auto& arguments = failure.arguments();
+            arguments[arguments.entries() - 1] = statusText(hintsM.withHint(failure.cause));
+        }
+        throw;
     } catch (...) {
-        problemsM.push_back(makeStatus(BAS::Status::critical, module.registeredName,
+        throw ModuleFailure{makeStatus(BAS::Status::critical, module.registeredName,
                                        "ERR_MODULE_NOT_USABLE",
-                                       {module.moduleName, currentExceptionText()}));
+                                       {module.moduleName, currentExceptionText()}),
+                            {}};
     }
-    return nullptr;
+}
+
+// A plug-in that copes with what it misses isn't started twice.
+BAS::RegisteredObject* Host::loadForCheck(PipelineRunner& pipeline,
+                                          ModuleConfiguration const& module) {
+    logM.hold();
+    BAS::RegisteredObject* object = nullptr;
+    std::vector<BAS::Status> problems;
+    try {
+        object = build(module, ModuleKind::function);
+    } catch (ModuleFailure const& failure) {
+        if (isMissingName(failure.cause)) {
+            problems = missingNames(pipeline, module);
+        }
+        if (!problems.empty()) {
+            logM.drop(); // they say the same
+        } else {
+            problems.push_back(failure);
+        }
+    }
+    logM.passOn();
+    problemsM.insert(problemsM.end(), problems.begin(), problems.end());
+    return object;
+}
+
+// Starts it with a factory that collects what it lacks.
+std::vector<BAS::Status> Host::missingNames(PipelineRunner& pipeline,
+                                            ModuleConfiguration const& module) const {
+    std::vector<BAS::Status> missing;
+    pipeline.collectMissing(&missing);
+    try {
+        loaderM.load(module, ModuleKind::function);
+    } catch (...) {
+        // It may miss other things, too: the next check finds them.
+    }
+    pipeline.collectMissing(nullptr);
+    for (auto& status : missing) {
+        status.setObjectName(module.registeredName);
+        status = hintsM.withHint(status);
+    }
+    return missing;
 }
 
 // Its start would only report a known problem again.
 bool Host::isLeftOut(ModuleConfiguration const& module) {
-    auto const* const own = subtree(*registryM.root, module.registeredName);
+    auto const* const own = subtreeOf(registryM, module.registeredName);
     auto const absent = std::find_if(absentM.begin(), absentM.end(), [&](auto const& reference) {
         return own != nullptr && hasValue(*own, reference);
     });
@@ -201,6 +261,13 @@ bool Host::isLeftOut(ModuleConfiguration const& module) {
     logM.write(makeStatus(BAS::Status::info, module.registeredName, "MSG_MODULE_LEFT_OUT",
                           {module.moduleName, absent->str()}));
     return true;
+}
+
+EDR::Description const* Host::descriptionOf(BAS::String const& object) const {
+    auto const found = std::find_if(pipelinesM.begin(), pipelinesM.end(), [&](auto const& each) {
+        return object.view().starts_with(each->configuration().registeredName + ".");
+    });
+    return found == pipelinesM.end() ? nullptr : &(*found)->description();
 }
 
 void Host::logSummaries() const {

@@ -6,6 +6,7 @@
 #include "BAS/RegisteredObject.h"
 #include "registry/Registry.h"
 #include "run/DataPool.h"
+#include "run/HostLog.h"
 #include "run/LifeCycle.h"
 #include "run/ModuleLoader.h"
 #include "run/PipelineRunner.h"
@@ -40,7 +41,8 @@ public:
     // else those of the pipelines' descriptions and logs, else those of the plug-ins.
     void start();
     // Starts as much as possible and returns all problems. A module that refers to an unusable data
-    // module is left out, so that an unreachable database is one problem.
+    // module is left out, so that an unreachable database is one problem. A plug-in that fails for
+    // an EDR field or block is started once more, and each that it misses is a problem.
     std::vector<BAS::Status> check();
 
     HostConfiguration const& configuration() const noexcept { return registryM.configuration; }
@@ -77,7 +79,14 @@ private:
     void startLifeCycle();
     void warnOfUnreadKeys();
     BAS::RegisteredObject* load(ModuleConfiguration const& module, ModuleKind kind);
+    // Throws a ModuleFailure.
+    BAS::RegisteredObject* build(ModuleConfiguration const& module, ModuleKind kind);
+    BAS::RegisteredObject* loadForCheck(PipelineRunner& pipeline,
+                                        ModuleConfiguration const& module);
+    std::vector<BAS::Status> missingNames(PipelineRunner& pipeline,
+                                          ModuleConfiguration const& module) const;
     bool isLeftOut(ModuleConfiguration const& module);
+    EDR::Description const* descriptionOf(BAS::String const& object) const;
 
     // The start, step by step; each adds to the problems.
     static constexpr void (Host::*stagesM[])() = {&Host::checkDirectories, &Host::buildDataPool,
@@ -86,8 +95,10 @@ private:
 
     Registry registryM;
     ModuleLoader loaderM;
-    BAS::LogSink& logM;
+    NameHints hintsM;
+    mutable HostLog logM;
     BAS::Status::Severity leastSeverityM;
+    bool isCheckedM = false; // rather than run
     std::vector<std::unique_ptr<PipelineRunner>> pipelinesM;
     std::vector<HostedObject> objectsM; // in the order of creation
     DataPool* dataPoolM = nullptr;      // one of the objects

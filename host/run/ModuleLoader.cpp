@@ -3,6 +3,7 @@
 #include "PLG/FunctionPlugIn.h"
 #include "base/Failures.h"
 #include "base/MessageCatalogue.h"
+#include "base/NearestName.h"
 #include "input/StreamLibrary.h"
 
 #include <dlfcn.h>
@@ -22,9 +23,10 @@ constexpr char const* searchPathVariable = "PIPELINE_HOST_MODULE_PATH";
 constexpr std::array moduleDirectories = {"../lib/pipeline-host",
                                           "../" PIPELINE_HOST_LIBDIR "/pipeline-host"};
 
-BAS::Status failure(ModuleConfiguration const& module, MessageName name,
-                    std::initializer_list<std::string> arguments) {
-    return makeStatus(BAS::Status::critical, module.registeredName, name, arguments);
+ModuleFailure failure(ModuleConfiguration const& module, MessageName name,
+                      std::initializer_list<std::string> arguments,
+                      BAS::Status const& cause = BAS::Status()) {
+    return {makeStatus(BAS::Status::critical, module.registeredName, name, arguments), cause};
 }
 
 void* openLibrary(ModuleConfiguration const& module, std::filesystem::path const& library) {
@@ -49,14 +51,18 @@ std::unique_ptr<BAS::RegisteredObject> callEntry(ModuleConfiguration const& modu
                                                  std::filesystem::path const& library) {
     std::unique_ptr<BAS::RegisteredObject> object;
     std::string reason = "it returned no object";
+    BAS::Status cause;
     try {
         object.reset(entry(module.registeredName));
+    } catch (BAS::Status const& status) {
+        cause = status;
+        reason = statusText(status);
     } catch (...) {
         reason = currentExceptionText();
     }
     if (object == nullptr) {
         throw failure(module, "ERR_MODULE_ENTRY_FAILED",
-                      {library.string(), module.moduleName + "ModuleStart", reason});
+                      {library.string(), module.moduleName + "ModuleStart", reason}, cause);
     }
     return object;
 }
@@ -76,15 +82,17 @@ void requireKind(ModuleConfiguration const& module, ModuleKind kind,
 
 void requireUsable(ModuleConfiguration const& module, BAS::RegisteredObject& object) {
     std::string reason;
+    BAS::Status cause;
     try {
         if (object.isUsable()) {
             return;
         }
-        reason = statusText(object.status());
+        cause = object.status();
+        reason = statusText(cause);
     } catch (...) {
         reason = currentExceptionText();
     }
-    throw failure(module, "ERR_MODULE_NOT_USABLE", {module.moduleName, reason});
+    throw failure(module, "ERR_MODULE_NOT_USABLE", {module.moduleName, reason}, cause);
 }
 
 } // namespace
@@ -135,7 +143,23 @@ std::filesystem::path ModuleLoader::findLibrary(ModuleConfiguration const& modul
         }
         tried += (tried.empty() ? "" : ", ") + candidate.string();
     }
-    throw failure(module, "ERR_LIBRARY_NOT_FOUND", {module.moduleName, tried});
+    throw failure(module, "ERR_LIBRARY_NOT_FOUND",
+                  {module.moduleName, tried, module.library.empty() ? nearestModule(module) : ""});
+}
+
+// The hint for the name of a module that isn't there.
+std::string ModuleLoader::nearestModule(ModuleConfiguration const& module) const {
+    std::vector<std::string> names;
+    for (auto const& directory : searchPathM) {
+        std::error_code error;
+        std::filesystem::directory_iterator entry(directory, error);
+        for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+            if (entry->path().extension() == ".so") {
+                names.push_back(entry->path().stem().string());
+            }
+        }
+    }
+    return nearestNameHint(module.moduleName, {names.begin(), names.end()});
 }
 
 StreamLibrary& ModuleLoader::loadStreamLibrary() const {

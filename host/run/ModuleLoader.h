@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -15,6 +16,13 @@ namespace host {
 class StreamLibrary;
 
 enum class ModuleKind { data, function };
+
+// Thrown when there is no usable object of a module.
+struct ModuleFailure : BAS::Status {
+    // What the module reported, which is the last argument of the failure; without a message when
+    // it reported nothing.
+    BAS::Status cause;
+};
 
 class ModuleLoader {
 public:
@@ -27,7 +35,7 @@ public:
     static std::vector<std::filesystem::path> defaultSearchPath();
 
     // The module's object, ready for use. A function plug-in is a PLG::FunctionPlugIn, a data
-    // module any other registered object. Throws a BAS::Status when the library isn't found or
+    // module any other registered object. Throws a ModuleFailure when the library isn't found or
     // can't be loaded, when its entry is missing or throws, and when the object is of the wrong
     // kind or not usable.
     std::unique_ptr<BAS::RegisteredObject> load(ModuleConfiguration const& module,
@@ -38,6 +46,7 @@ public:
 
 private:
     std::filesystem::path findLibrary(ModuleConfiguration const& module) const;
+    std::string nearestModule(ModuleConfiguration const& module) const;
 
     std::vector<std::filesystem::path> searchPathM;
 };

@@ -7,6 +7,7 @@
 #include "input/PortionReader.h"
 #include "input/ReadAheadInput.h"
 #include "registry/EdrDescriptionFile.h"
+#include "run/NameHints.h"
 
 #include <chrono>
 
@@ -20,8 +21,13 @@ PipelineRunner::PipelineRunner(PipelineConfiguration const& configuration, BAS::
       logM(ownLogM == nullptr ? processLog : *ownLogM),
       descriptionM(readEdrDescription(configuration.edrDescription)), factoryM(descriptionM) {
     if (!configuration.countBy.empty()) {
-        countedFieldM = factoryM.getIndex(configuration.registeredName, configuration.countBy,
-                                          "CountBy", "the key");
+        countedFieldM = descriptionM.findField(configuration.countBy);
+        if (!countedFieldM->isValid()) {
+            throw makeStatus(BAS::Status::critical, configuration.registeredName,
+                             "ERR_EDR_FIELD_NOT_FOUND",
+                             {configuration.countBy, "", configuration.registeredName, "CountBy",
+                              missingFieldHint(descriptionM, configuration.countBy)});
+        }
     }
 }
 

@@ -95,6 +95,11 @@ public:
     void run(Notification const& stop);
 
     PipelineConfiguration const& configuration() const noexcept { return configurationM; }
+    EDR::Description const& description() const noexcept { return descriptionM; }
+    // For the plug-ins that start from now on; see EDR::Factory.
+    void collectMissing(std::vector<BAS::Status>* missing) noexcept {
+        factoryM.collectMissing(missing);
+    }
     FairLock& lock() noexcept { return lockM; }
     void countCommand();
 

@@ -2,6 +2,7 @@
 // of them isn't as it should be.
 #include "PlugInFixture.h"
 
+#include <fstream>
 #include <future>
 #include <thread>
 
@@ -151,6 +152,33 @@ INSTANTIATE_TEST_SUITE_P(Fields, MissingName, testing::ValuesIn(boundFields), la
 // Blocks with bound fields are missed by those fields first; these two have none.
 INSTANTIATE_TEST_SUITE_P(Blocks, MissingName, testing::Values("DETAIL.ASS_CBD.DP.SUB_BALANCE"),
                          lastParts);
+
+// What stands in the first column of a table of the operator's guide.
+std::vector<std::string> fieldsOfTheGuide() {
+    std::ifstream guide(SOURCES "/docs/operators-guide.md");
+    std::vector<std::string> paths;
+    std::string const begin = "| `DETAIL.";
+    for (std::string line; std::getline(guide, line);) {
+        if (line.starts_with(begin)) {
+            paths.push_back(line.substr(3, line.find('`', 3) - 3));
+        }
+    }
+    return paths;
+}
+
+TEST_F(PlugInFixture, LooksUpWhatTheGuideListsIfNothingEndsIt) {
+    leftOutOfDescription = "DETAIL";
+    std::vector<BAS::Status> missing;
+    factory.collectMissing(&missing);
+    EXPECT_TRUE(start().isUsable());
+    EXPECT_THAT(registry.log.entries(), IsEmpty());
+    std::vector<std::string> paths;
+    for (auto const& status : missing) {
+        paths.push_back(status.arguments()[0].str());
+    }
+    EXPECT_EQ(paths.size(), boundFields.size() + boundBlocks.size());
+    EXPECT_THAT(paths, testing::UnorderedElementsAreArray(fieldsOfTheGuide()));
+}
 
 TEST_F(PlugInFixture, LookUpsEndAtTheFirstThatFails) {
     leftOutOfDescription = "DETAIL.EVENT_TYPE";

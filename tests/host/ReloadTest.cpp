@@ -83,6 +83,8 @@ TEST_F(Reload, takesAModulesDataOverOrRefusesThemAndTellsWhy) {
                           HasSubstr(isTaken ? "Verdict: \"handled\"" : "Verdict: \"rejected\"")));
     }
     EXPECT_THAT(answer("d", one, "Reload: '', Relaod: ''"), HasSubstr("Ignored: [\"Relaod\"]"));
+    EXPECT_THAT(answer("f", one, "Relaod: ''"),
+                HasSubstr("Ignored: [\"Relaod\"]\n    DidYouMean: {\"Relaod\": \"Reload\"}"));
     EXPECT_THAT(answer("e", "host.Pipelines.P.Functions.F.Module", "Reload: ''"),
                 HasSubstr("Ignored: [\"Reload\"]"));
 }

@@ -63,7 +63,7 @@ TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
         {"Write=@old Hold", unlimited, 1, "old", "still open 3 seconds after"},
         {"Count=@old", unlimited, 1, "old", "nothing opened it for writing"},
         {"Wirte=@old", unlimited, 1, "old", "the object didn't ask for the key"},
-        {"Count Wirte=old", unlimited, 1, "old", "ignored Wirte"},
+        {"Count Wirte=old", unlimited, 1, "old", "ignored Wirte (did you mean 'Write'?)"},
         {"Write=@link", unlimited, 1, "old", "link': it is a link, expected a regular file"},
         {"Write=@directory", unlimited, 1, "old", "it is a directory"},
         {"Write=@missing/x", unlimited, 1, "old", "' doesn't exist"},

@@ -1,9 +1,11 @@
 // A function plug-in that counts what it gets and writes it to its trace. With the registry key
-// "Gate", the path of a FIFO, each batch takes a byte from there before it goes on.
+// "Gate", the path of a FIFO, each batch takes a byte from there before it goes on. It can't start
+// without the EDR fields of the key "Fields", and can without those of "Wished".
 #include "Trace.h"
 
 #include "BAS/ProtectedBool.h"
 #include "EDR/Container.h"
+#include "EDR/Factory.h"
 #include "PLG/FunctionPlugIn.h"
 
 #include <memory>
@@ -16,6 +18,16 @@ public:
         if (!traceM.step("build")) {
             setStatus("ERR_REG_ENTRY_NOT_FOUND", BAS::Status::critical, "SomeKey", true);
             isValidM = false;
+        }
+        try {
+            askForFields("Fields");
+        } catch (BAS::Status const& status) {
+            setStatus(status, true);
+            isValidM = false;
+        }
+        try {
+            askForFields("Wished");
+        } catch (BAS::Status const&) {
         }
     }
     ~Counter() override { traceM.note("destroy"); }
@@ -73,6 +85,13 @@ public:
     }
 
 private:
+    void askForFields(char const* key) const {
+        auto const paths = BAS::String(traceM.value(key)).split(',');
+        for (std::size_t i = 0; i < paths.entries() && traceM.has(key); ++i) {
+            edrFactoryM->getIndex("TestCounter", paths[i], "", "");
+        }
+    }
+
     void write(BAS::RegistryEntry const& update, std::string const& file) {
         long lines = 1;
         if (auto const* const given = update.find("Lines")) {

@@ -32,6 +32,12 @@ public:
 
     bool has(char const* key) const { return !value(key).empty(); }
 
+    std::string value(char const* key) const {
+        auto const* const registry = objectM.registry();
+        auto const* const entry = registry == nullptr ? nullptr : registry->find(key);
+        return entry == nullptr ? std::string() : entry->value().str();
+    }
+
     // Waits for a byte from the FIFO that the key "Gate" names, which the test has open. Throws
     // when a stop is requested meanwhile.
     void passGate(std::stop_token const& stop = {}) const {
@@ -73,11 +79,5 @@ public:
     }
 
 private:
-    std::string value(char const* key) const {
-        auto const* const registry = objectM.registry();
-        auto const* const entry = registry == nullptr ? nullptr : registry->find(key);
-        return entry == nullptr ? std::string() : entry->value().str();
-    }
-
     BAS::RegisteredObject const& objectM;
 };
