@@ -39,6 +39,14 @@ std::int64_t timeOfChange(std::filesystem::path const& file) {
                : 0;
 }
 
+// Whether that is the file that is open, and not another one in its place.
+bool isSame(std::filesystem::path const& path, FileDescriptor const& file) {
+    struct stat named = {};
+    struct stat opened = {};
+    return ::lstat(path.c_str(), &named) == 0 && ::fstat(file.number(), &opened) == 0 &&
+           named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
+}
+
 bool isThere(std::filesystem::path const& file) {
     return ::faccessat(AT_FDCWD, file.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
 }
@@ -167,8 +175,8 @@ void InputDirectory::keepPosition(InputPosition const& position) {
 }
 
 void InputDirectory::finish() {
-    moveAway({});
     passedByM.erase(currentM.name);
+    moveAway({});
 }
 
 void InputDirectory::passBy(BAS::Status const& reason) {
@@ -183,20 +191,16 @@ void InputDirectory::giveUp(BAS::Status const& reason) {
 
 void InputDirectory::moveAway(std::string const& suffix) {
     auto const from = pathOf(currentM.name);
-    auto to = doneM / (currentM.doneName + suffix);
-    int error = renameToNew(from, to);
-    while (error == EEXIST) {
-        to = doneM / (freeDoneName(currentM.name) + suffix);
-        error = renameToNew(from, to);
-    }
-    if (error == ENOENT) {
+    auto const to = moveCurrent(suffix);
+    if (!to.empty()) {
+        report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_DONE", {from.string(), to.string()}));
+    } else if (isThere(from)) {
+        ++failedFilesM;
+        report(makeStatus(BAS::Status::warning, {}, "ERR_INPUT_REPLACED", {from.string()}));
+        list(); // with the other file
+    } else {
         failOnce(currentM.name,
                  makeStatus(BAS::Status::warning, {}, "ERR_INPUT_VANISHED", {from.string()}));
-    } else if (error != 0) {
-        throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_MOVED",
-                         {from.string(), to.string(), std::generic_category().message(error)});
-    } else {
-        report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_DONE", {from.string(), to.string()}));
     }
     currentM = {};
     try {
@@ -204,6 +208,32 @@ void InputDirectory::moveAway(std::string const& suffix) {
     } catch (BAS::Status const& status) {
         fail(status);
     }
+}
+
+// Returns its new path, which is empty when it has vanished or another file has taken its place:
+// that one is left there, or brought back when it came at the last moment.
+std::filesystem::path InputDirectory::moveCurrent(std::string const& suffix) const {
+    auto const from = pathOf(currentM.name);
+    if (!isSame(from, currentFileM)) {
+        return {};
+    }
+    auto to = doneM / (currentM.doneName + suffix);
+    int error = renameToNew(from, to);
+    while (error == EEXIST) {
+        to = doneM / (freeDoneName(currentM.name) + suffix);
+        error = renameToNew(from, to);
+    }
+    if (error == 0) {
+        if (isSame(to, currentFileM)) {
+            return to;
+        }
+        error = renameToNew(to, from);
+    }
+    if (error != 0 && error != ENOENT) {
+        throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_MOVED",
+                         {from.string(), to.string(), std::generic_category().message(error)});
+    }
+    return {};
 }
 
 void InputDirectory::failOnce(std::string const& name, BAS::Status status) {

@@ -60,6 +60,7 @@ private:
     std::filesystem::path pathOf(std::string const& name) const { return directoryM.path() / name; }
     std::string freeDoneName(std::string const& name) const;
     void moveAway(std::string const& suffix);
+    std::filesystem::path moveCurrent(std::string const& suffix) const;
     void failOnce(std::string const& name, BAS::Status status);
     void report(BAS::Status status);
     void fail(BAS::Status const& status);

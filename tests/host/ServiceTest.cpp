@@ -153,6 +153,23 @@ TEST_F(Service, SurvivesFilesThatVanishOrCantBeRead) {
     EXPECT_THAT(log, HasSubstr("read: 4, details: 4, rejected: 0, failed inputs: 3, batches: 2"));
 }
 
+TEST_F(Service, ReadsAFileThatTookThePlaceOfTheOneItReads) {
+    writeRegistry("{Directory: in}", gate());
+    drop("in/a.jsonl", edrs(2));
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForText("trace", "at gate"));
+    drop("in/a.jsonl", edrs(4));
+    openGate(3);
+    ASSERT_TRUE(waitForFile("in/done/a.jsonl"));
+    host.signal(SIGINT);
+    EXPECT_EQ(host.wait(), 0);
+    EXPECT_EQ(directoryM.read("in/done/a.jsonl"), edrs(4));
+    EXPECT_THAT(names("in/done"), ElementsAre("a.jsonl"));
+    auto const log = directoryM.read("err");
+    EXPECT_EQ(count(log, "ERR_INPUT_REPLACED"), 1U);
+    EXPECT_THAT(log, HasSubstr("read: 6, details: 6, rejected: 0, failed inputs: 1, batches: 3"));
+}
+
 TEST_F(Service, EndsWhileStandardInputIsSilent) {
     int ends[2];
     ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
@@ -301,7 +318,8 @@ TEST_F(Service, CarriesOutABurstOfCommandsInOrderWhileBatchesGoOn) {
 TEST_F(Service, ChecksEverything) {
     directoryM.write(
         "r.yaml", "host:\n  Commands: {Directory: nowhere}\n  Logs: x\n"
-                  "  Log: {Process: nodir/log}\n  DataPool:\n"
+                  "  Log: {Process: nodir/log}\n  Metrics: {File: out/m}\n"
+                  "  Status: {File: in}\n  DataPool:\n"
                   "    D: {ModuleName: TestMissing}\n  Pipelines:\n"
                   "    P: {EdrDescription: bad.yaml, Input: {Directory: no}, Log: ., Functions: }\n"
                   "    Q:\n      EdrDescription: edr.yaml\n      Input: {Files: [x]}\n"
@@ -315,13 +333,14 @@ TEST_F(Service, ChecksEverything) {
     for (auto const* const part :
          {"r.yaml:3:3: unknown key 'Logs' (did you mean 'Log'?)", "/nowhere' can't be used",
           "/nodir/log' can't be written: the directory '", "P ERR_FILE_NOT_WRITABLE",
+          "/out/m' can't be written: the directory '", "/in' can't be written: it is a directory",
           "/no' can't be used", "ERR_LIBRARY_NOT_FOUND",
           "/bad.yaml:1:13: the field 'A' has the unknown type",
           "Functions.G.Module ERR_MODULE_NOT_USABLE", "Functions.H.Module ERR_LIFE_CYCLE",
           "Functions.I.Module ERR_LIFE_CYCLE"}) {
         EXPECT_EQ(count(problems, part), 1U) << part << " in\n" << problems;
     }
-    EXPECT_EQ(directoryM.read("out"), "r.yaml: 10 problems found, 1 warning\n");
+    EXPECT_EQ(directoryM.read("out"), "r.yaml: 12 problems found, 1 warning\n");
 }
 
 TEST_F(Service, SummarisesForPeopleAndPrograms) {
