@@ -137,11 +137,11 @@ ExitCode run(CommandLine& commandLine, Logs& logs) {
     }
     CommandExecutor executor(host, stop);
     Service service(host, executor, stop, progress ? &*progress : nullptr);
-    host.logStarted();
     Watcher const watcher(host, executor.journal(), commandLine.registry, hangUps, [&] {
         logs.process().reopen();
         host.reopenLogs();
     });
+    host.logStarted();
     WatchedHost const watched(watchdog, host);
     service.run();
     auto const results = executeAtEnd(executor, commandLine);
@@ -237,6 +237,9 @@ ExitCode perform(CommandLine& commandLine, Logs& logs) {
     case CommandLine::Verb::run:
         return run(commandLine, logs);
     case CommandLine::Verb::check:
+        if (commandLine.isListingObjects) {
+            return listObjects(commandLine.registry);
+        }
         return checkRegistry(commandLine.registry, logs.process(), commandLine.isJson);
     case CommandLine::Verb::send:
         return send(commandLine, logs);

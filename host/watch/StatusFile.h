@@ -1,7 +1,7 @@
-// The file in which a host shows its status, replaced whenever it is written. The file that is
-// there is locked by the process that wrote it, so that what a host left behind is not taken for
-// the status of a running one: the lock goes with the process, however it ends. Reading waits for
-// nobody, and no reader keeps the host waiting.
+// The file in which a host shows its status, replaced whenever it is written. From its start on,
+// the file that is there is locked by the host, so that no other one takes it, and that what a host
+// left behind is not taken for the status of a running one: the locks go with the process, however
+// it ends. Reading waits for nobody, and no reader keeps the host waiting.
 #pragma once
 
 #include "base/TemporaryFile.h"
@@ -16,7 +16,7 @@ namespace host {
 
 class StatusFile {
 public:
-    // Throws a BAS::Status when a running host has that file.
+    // Throws a BAS::Status when another host has that file, or it can't be written.
     explicit StatusFile(std::filesystem::path file);
     StatusFile(StatusFile const&) = delete;
     StatusFile& operator=(StatusFile const&) = delete;
@@ -28,7 +28,8 @@ public:
 
 private:
     std::filesystem::path fileM;
-    std::unique_ptr<TemporaryFile> thereM; // locked
+    FileDescriptor claimM;                 // of the file that was there first
+    std::unique_ptr<TemporaryFile> thereM; // that was written last; locked
 };
 
 // What a running host wrote there last; nothing when none runs. Throws a BAS::Status when the file

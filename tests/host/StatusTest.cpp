@@ -8,8 +8,12 @@
 
 #include <simdjson.h>
 
+#include <barrier>
+#include <optional>
+
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -80,6 +84,7 @@ TEST_F(Status, isThatOfARunningHostOnly) {
         HostProcess host(directoryM.path(), {"run", "r.yaml"});
         ASSERT_TRUE(eventually([&] { return status() == 0; }));
         EXPECT_EQ(HostProcess(pathOf("s"), {"run", "../r.yaml"}).wait(), 3);
+        EXPECT_THAT(directoryM.read("s/err"), Not(HasSubstr("MSG_STARTED")));
         host.signal(SIGKILL);
         EXPECT_EQ(host.wait(), -SIGKILL);
     }
@@ -102,6 +107,33 @@ TEST_F(Status, fileIsNeverTakenForThatOfADeadHostWhileItIsReplaced) {
         ASSERT_EQ(host::readStatusFile(file), "{}") << i;
     }
     EXPECT_THROW(host::StatusFile{file}, BAS::Status);
+}
+
+TEST_F(Status, fileBelongsToOneOfTheHostsThatStartAtTheSameTime) {
+    auto const file = pathOf("status");
+    for (int i = 0; i < 100; ++i) {
+        std::barrier begin(2);
+        std::atomic<int> refused = 0;
+        std::optional<host::StatusFile> taken[2];
+        auto const take = [&](int number) {
+            begin.arrive_and_wait();
+            try {
+                taken[number].emplace(file);
+            } catch (BAS::Status const&) {
+                ++refused;
+            }
+        };
+        {
+            std::jthread const one(take, 0);
+            std::jthread const other(take, 1);
+        }
+        ASSERT_EQ(refused, 1);
+        EXPECT_EQ(host::readStatusFile(file), std::nullopt) << "nothing is written yet";
+        auto& winner = *taken[taken[0] ? 0 : 1];
+        winner.write("{}");
+        EXPECT_EQ(host::readStatusFile(file), "{}");
+    }
+    EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST(RateMeter, goesByTheLastMinute) {
