@@ -153,6 +153,10 @@ void addCheck(CLI::App& app, Texts& texts, CommandLine& commandLine) {
     check.footer(checkExamples);
     check.add_option("REGISTRY", texts.registry, "The registry file")->type_name("")->required();
     check.add_flag("--json", commandLine.isJson, "Problems and warnings as one line of JSON");
+    check
+        .add_flag("--objects", commandLine.isListingObjects,
+                  "Start nothing; list the objects that take commands, each with its module")
+        ->excludes("--json");
 }
 
 void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {

@@ -22,6 +22,7 @@ struct CommandLine {
     std::filesystem::path registry;
     BAS::Status::Severity leastSeverity = BAS::Status::info; // of what is logged
     bool isJson = false;                                     // results and problems for programs
+    bool isListingObjects = false;                           // rather than checking
     // Of a run:
     std::vector<Command> atEnd; // in order
     bool isQuiet = false;
