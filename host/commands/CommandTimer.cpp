@@ -4,21 +4,18 @@
 #include "base/ExitCode.h"
 #include "base/MessageCatalogue.h"
 
+#include <fmt/format.h>
+
 #include <unistd.h>
 
 #include <algorithm>
 
 namespace host {
 
-namespace {
-
-constexpr std::chrono::seconds longTime{10};
-
-} // namespace
-
 CommandTimer::CommandTimer(BAS::LogSink& log, Notification const& stop,
-                           std::chrono::seconds stopTimeout)
-    : logM(log), stopM(stop), stopTimeoutM(stopTimeout), threadM([this] { watch(); }) {
+                           std::chrono::seconds stopTimeout, std::chrono::milliseconds longTime)
+    : logM(log), stopM(stop), stopTimeoutM(stopTimeout), longTimeM(longTime),
+      threadM([this] { watch(); }) {
 }
 
 CommandTimer::~CommandTimer() {
@@ -66,12 +63,14 @@ Deadline CommandTimer::reportLong() {
         if (running.isLong) {
             continue;
         }
-        running.isLong = now >= running.start + longTime;
+        running.isLong = now >= running.start + longTimeM;
         if (running.isLong) {
-            logM.write(makeStatus(BAS::Status::warning, running.object, "ERR_COMMAND_LONG",
-                                  {running.text, std::to_string(longTime.count())}));
-        } else if (!next || running.start + longTime < *next) {
-            next = running.start + longTime;
+            logM.write(makeStatus(
+                BAS::Status::warning, running.object, "ERR_COMMAND_LONG",
+                {running.text,
+                 fmt::format("{:g}", std::chrono::duration<double>(longTimeM).count())}));
+        } else if (!next || running.start + longTimeM < *next) {
+            next = running.start + longTimeM;
         }
     }
     return next;

@@ -38,8 +38,11 @@ public:
         std::list<Running>::iterator runningM;
     };
 
-    // Log and stop must outlive the timer.
-    CommandTimer(BAS::LogSink& log, Notification const& stop, std::chrono::seconds stopTimeout);
+    static constexpr std::chrono::milliseconds usualLongTime{10'000};
+
+    // Log and stop must outlive the timer. A command that has run for the long time is logged.
+    CommandTimer(BAS::LogSink& log, Notification const& stop, std::chrono::seconds stopTimeout,
+                 std::chrono::milliseconds longTime = usualLongTime);
     CommandTimer(CommandTimer const&) = delete;
     CommandTimer& operator=(CommandTimer const&) = delete;
     ~CommandTimer();
@@ -67,6 +70,7 @@ private:
     BAS::LogSink& logM;
     Notification const& stopM;
     std::chrono::seconds stopTimeoutM;
+    std::chrono::milliseconds longTimeM;
     Bell changedM;
     Notification endedM;
     std::mutex guardM;

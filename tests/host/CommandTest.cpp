@@ -1,7 +1,11 @@
 #include "commands/CommandExecution.h"
 
+#include "HostProcess.h"
+#include "support/LogRecorder.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace {
@@ -36,6 +40,25 @@ TEST(Command, IsReadFromText) {
     for (auto const& each : cases) {
         EXPECT_EQ(parsed(each.text), each.expected) << each.text;
     }
+}
+
+TEST(CommandTimer, LogsOnceThatACommandTakesLong) {
+    support::LogRecorder log;
+    host::Notification const stop;
+    auto const isLogged = [&] {
+        auto const& entries = log.entries();
+        return std::any_of(entries.begin(), entries.end(), [](auto const& entry) {
+            return entry.starts_with("ERR_COMMAND_LONG(3) [Write=x] [0.02] @one");
+        });
+    };
+    {
+        host::CommandTimer timer(log, stop, std::chrono::seconds(5), std::chrono::milliseconds(20));
+        auto const turn = timer.begin("one", "Write=x");
+        ASSERT_TRUE(eventually(isLogged));
+        auto const next = timer.begin("two", "Count"); // wakes the timer up
+        ASSERT_TRUE(eventually([&] { return log.entries().size() >= 4; }));
+    }
+    EXPECT_EQ(log.entries().size(), 4U); // of each, that it began and that it is long
 }
 
 } // namespace

@@ -2,8 +2,12 @@
 #include "ServiceFixture.h"
 
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/sysmacros.h>
+#include <sys/un.h>
 
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -15,9 +19,35 @@ protected:
         directoryM.write("x.jsonl", edrs(1));
         std::filesystem::create_directory(pathOf("directory"));
         std::filesystem::create_symlink(pathOf("old"), pathOf("link"));
-        if (::mkfifo(pathOf("fifo").c_str(), 0600) != 0) {
-            throw std::runtime_error("no FIFO");
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, pathOf("socket").c_str(), sizeof address.sun_path - 1);
+        if (::mkfifo(pathOf("fifo").c_str(), 0600) != 0 ||
+            ::bind(socketM, reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0) {
+            throw std::runtime_error("no FIFO or no socket");
         }
+    }
+    ~ReportCollection() override { ::close(socketM); }
+
+    // Runs the commands at the end beside a small file system, "small", with a file "old", which is
+    // copied to "kept" afterwards; the exit code, or 77 when there can't be one.
+    int runBesideASmallFileSystem(std::vector<std::string> const& commands) const {
+        writeRegistry("{Files: [x.jsonl]}");
+        std::string script =
+            "mount -t tmpfs -o size=1m none small || exit 77; printf old >small/old; "
+            "PIPELINE_HOST_MODULE_PATH='" HOST_TEST_MODULES "' '" HOST_PROGRAM
+            "' run r.yaml --quiet";
+        for (auto const& each : commands) {
+            script += " --at-end '" + each + "'";
+        }
+        directoryM.write("script",
+                         script + " >out 2>err; code=$?; cp small/old kept; exit $code\n");
+        auto const outer =
+            "cd '" + directoryM.path().string() +
+            "' && mkdir small && { unshare --mount true 2>/dev/null || exit 77; } && "
+            "unshare --mount sh script 2>/dev/null";
+        int const status = std::system(outer.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     static std::string command(std::string const& keys) { return std::string(object) + " " + keys; }
@@ -41,6 +71,9 @@ protected:
         return std::any_of(all.begin(), all.end(),
                            [](auto const& name) { return name.ends_with(".tmp"); });
     }
+
+private:
+    int socketM = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
 TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
@@ -73,6 +106,10 @@ TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
         {"Count=/missing/x", unlimited, 1, "old", "didn't write '"},
         {"Write=fifo", unlimited, 1, "old", "it is a FIFO, expected a regular file"},
         {"Write=directory", unlimited, 1, "old", "it is a directory, expected a regular file"},
+        {"Write=socket", unlimited, 1, "old", "it is a socket, expected a regular file"},
+        {"Write=@\"ol\x07"
+         "d\"",
+         unlimited, 1, "old", "has a control character"},
         {"Write=/dev/null", unlimited, 0, "old", "wrote '/dev/null', 0 bytes"},
     };
     for (auto const& each : cases) {
@@ -87,6 +124,33 @@ TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
         }
         EXPECT_FALSE(hasTemporaries());
     }
+}
+
+TEST_F(ReportCollection, RefusesBlockDevices) {
+    constexpr auto major = 7;
+    if (::mknod(pathOf("block").c_str(), S_IFBLK | 0600, ::makedev(major, 0)) != 0) {
+        GTEST_SKIP() << "making a block device is not permitted here";
+    }
+    for (auto const* const value : {"Write=block", "Write=@block"}) {
+        EXPECT_EQ(runWith(value), 1);
+        EXPECT_THAT(directoryM.read("out"), HasSubstr("it is a block device, expected a regular"));
+    }
+}
+
+TEST_F(ReportCollection, TellsWhenTheFileSystemIsFull) {
+    int const code = runBesideASmallFileSystem({command("Write=@small/old Lines=1000000"),
+                                                command("Write=@small/fits"),
+                                                command("Write=small/plain Lines=1000000")});
+    if (code == 77) {
+        GTEST_SKIP() << "mounting a file system is not permitted here";
+    }
+    EXPECT_EQ(code, 1);
+    auto const told = directoryM.read("out");
+    EXPECT_THAT(told, HasSubstr("/small/old', 8000000 bytes, not complete: "));
+    EXPECT_THAT(told, HasSubstr("No space left on device"));
+    EXPECT_THAT(told, HasSubstr("/small/fits', 8 bytes, complete"));
+    EXPECT_THAT(told, HasSubstr("not complete: the file system is full, so that it may be cut"));
+    EXPECT_EQ(directoryM.read("kept"), "old");
 }
 
 TEST_F(ReportCollection, CollectsWhatIsLargerThanItsMemoryPrivately) {
@@ -159,6 +223,33 @@ TEST_F(ReportCollection, EndsInTheMiddleOfACommandThatDoesnt) {
     HostProcess next(directoryM.path(), {"run", "r.yaml"});
     ASSERT_TRUE(waitForFile("cmd/a.result"));
     EXPECT_THAT(directoryM.read("cmd/a.result"), HasSubstr("its outcome is unknown"));
+}
+
+// The signal comes while a command of the end is at work: it has its time, and the others follow.
+TEST_F(ReportCollection, GivesCommandsAtTheEndTheirTimeAfterASignal) {
+    auto const run = [&] {
+        directoryM.write("old", "old");
+        directoryM.write("trace", "");
+        writeRegistry("{Files: [x.jsonl]}", gate(), ", StopTimeout: 1");
+        auto host = std::make_unique<HostProcess>(
+            directoryM.path(),
+            std::vector<std::string>{"run", "r.yaml", "--quiet", "--at-end",
+                                     command("Write=@old Wait"), "--at-end", command("Count")});
+        openGate(1); // for the batch
+        EXPECT_TRUE(waitForText("trace", "at gate", 2));
+        host->signal(SIGTERM);
+        return host;
+    };
+    auto const waiting = run();
+    openGate(1);
+    EXPECT_EQ(waiting->wait(), 0);
+    EXPECT_EQ(directoryM.read("old"), "written\n");
+    EXPECT_THAT(directoryM.read("out"), HasSubstr("Count: handled, work done"));
+
+    EXPECT_EQ(run()->wait(), 4);
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("ERR_COMMAND_GIVEN_UP 'Write=@old Wait' was"));
+    EXPECT_EQ(directoryM.read("old"), "old");
+    EXPECT_FALSE(hasTemporaries());
 }
 
 } // namespace
