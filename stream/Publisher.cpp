@@ -117,13 +117,10 @@ private:
     }
 
     void findDone(Partition& partition) const {
+        partition.doneLine = sourceM.from == 0 ? 0 : sourceM.from - 1;
         auto const& last = partition.writer.last();
-        if (!last) {
-            partition.doneLine = sourceM.from == 0 ? 0 : sourceM.from - 1;
-            return;
-        }
         for (std::size_t file = 0; file < namesM.size(); ++file) {
-            if (namesM[file] == last->source) {
+            if (last && namesM[file] == last->source) {
                 partition.doneFile = file;
                 partition.doneLine = last->line;
             }

@@ -18,10 +18,10 @@ constexpr auto retryInterval = std::chrono::milliseconds(200);
 // So often a thread that waits for room asks how far its partition goes.
 constexpr auto askInterval = std::chrono::seconds(1);
 
-// Of a fetch: without waiting as much as is there, or one message when it comes.
+// Of a fetch: as much as is there, or one message when it comes.
 constexpr int fetchedMessages = 64;
 constexpr std::int64_t fetchedBytes = 2 * 1024 * 1024;
-constexpr std::int64_t fetchTime = 2'000'000'000;     // nanoseconds
+constexpr std::int64_t fetchTime = 1'000'000'000;     // nanoseconds
 constexpr std::int64_t waitTime = 1'000'000'000;      // nanoseconds
 constexpr std::int64_t heartbeat = 250'000'000;       // nanoseconds
 constexpr std::int64_t consumerLife = 30'000'000'000; // nanoseconds without a request
@@ -192,6 +192,7 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     }
     fetching.subscription.reset(subscription);
     fetching.isNew = true;
+    fetching.hasMore = false;
     return true;
 }
 
@@ -199,13 +200,11 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
 bool StreamReader::fetch(Partition& partition, Fetching& fetching) {
     Fetched messages;
     auto* const subscription = fetching.subscription.get();
-    // A new subscription may begin with a message that is larger than what is fetched of many.
-    auto status = fetching.isNew ? NATS_TIMEOUT : messages.fetch(subscription, requestForAll());
-    bool const isEmpty = messages.count() == 0 &&
-                         (status == NATS_OK || status == NATS_TIMEOUT || status == NATS_NOT_FOUND);
-    if (isEmpty) {
-        status = messages.fetch(subscription, requestForOne());
-    }
+    // Without knowing that there are messages: the server would wait, and keep back what comes. A
+    // new subscription may begin with a message that is larger than what is fetched of many.
+    auto const status =
+        messages.fetch(subscription, fetching.hasMore ? requestForAll() : requestForOne());
+    fetching.hasMore = false;
     for (int i = 0; i < messages.count(); ++i) {
         if (!accept(partition, fetching, messages.take(i))) {
             return false;
@@ -240,6 +239,7 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
     }
     fetching.isFirst = false;
     fetching.isNew = false;
+    fetching.hasMore = last > sequence;
     noteLastM(partition.number, last);
     put(std::move(item));
     return true;

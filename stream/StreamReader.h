@@ -59,7 +59,8 @@ private:
     // Of a partition's thread.
     struct Fetching {
         Subscription subscription;
-        bool isNew = true; // nothing has come through the subscription yet
+        bool isNew = true;    // nothing has come through the subscription yet
+        bool hasMore = false; // the last message said so
         StreamPlace next;
         bool isFirst = false;
         std::uint64_t warmUp = 0;
