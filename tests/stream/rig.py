@@ -108,7 +108,7 @@ def wait_until_read(registry_file, seconds=120):
 
 def places(file, partitions=4):
     """Sequence and lines of each partition."""
-    records = [record for record in read(file).split('\n') if record]
+    records = [record for record in re.split('[\n\0]+', read(file)) if record]
     found = [tuple(int(part) for part in record.split()[:2]) for record in records]
     return found + [(1, 0)] * (partitions - len(found))
 
