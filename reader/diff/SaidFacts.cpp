@@ -1,8 +1,24 @@
 #include "diff/SaidFacts.h"
 
+#include "text/Hash.h"
+
 namespace reader {
 
 namespace {
+
+constexpr Fact EventFacts::*plainFacts[] = {
+    &EventFacts::serviceId,     &EventFacts::serviceType, &EventFacts::eventType,
+    &EventFacts::chargingStart, &EventFacts::account,     &EventFacts::balanceGroup,
+    &EventFacts::ratePlan,      &EventFacts::ratePlanId,  &EventFacts::ratePlanVersion,
+    &EventFacts::impactCategory};
+// After the plain ones.
+enum ListFact : std::size_t {
+    priceModels = std::size(plainFacts),
+    ownDiscounts,
+    sharingOwners,
+    factCount
+};
+static_assert(factCount == saidFactNames.size());
 
 void append(std::string& list, std::string_view text) {
     list += (list.empty() ? "" : ", ");
@@ -19,28 +35,45 @@ std::string itemTexts(std::vector<UsedItem> const& items) {
     return list;
 }
 
+std::uint64_t itemsHash(std::vector<UsedItem> const& items, std::uint64_t hash) {
+    for (auto const& item : items) {
+        hash = hashOf(item.model.text, hashOf(item.object.text, hash));
+    }
+    return mixed(hash, items.size());
+}
+
 } // namespace
 
 SaidFacts saidFacts(EventFacts const& event) {
     SaidFacts facts;
-    Fact const* const plain[] = {&event.serviceId,     &event.serviceType, &event.eventType,
-                                 &event.chargingStart, &event.account,     &event.balanceGroup,
-                                 &event.ratePlan,      &event.ratePlanId,  &event.ratePlanVersion,
-                                 &event.impactCategory};
-    std::size_t next = 0;
-    for (auto const* const fact : plain) {
-        facts[next++] = fact->text;
+    for (std::size_t i = 0; i < std::size(plainFacts); ++i) {
+        facts[i] = (event.*plainFacts[i]).text;
     }
     for (auto const& code : event.priceModels) {
-        append(facts[next], code.text);
+        append(facts[priceModels], code.text);
     }
-    ++next;
-    facts[next++] = itemTexts(event.ownDiscounts);
+    facts[ownDiscounts] = itemTexts(event.ownDiscounts);
     for (auto const& owner : event.owners) {
-        append(facts[next], owner.id.text);
-        facts[next] += " (" + itemTexts(owner.items) + ")";
+        append(facts[sharingOwners], owner.id.text);
+        facts[sharingOwners] += " (" + itemTexts(owner.items) + ")";
     }
     return facts;
+}
+
+std::array<std::uint64_t, saidFactNames.size()> saidFactHashes(EventFacts const& event) {
+    std::array<std::uint64_t, saidFactNames.size()> hashes{};
+    for (std::size_t i = 0; i < std::size(plainFacts); ++i) {
+        hashes[i] = hashOf((event.*plainFacts[i]).text);
+    }
+    for (auto const& code : event.priceModels) {
+        hashes[priceModels] = hashOf(code.text, hashes[priceModels]);
+    }
+    hashes[ownDiscounts] = itemsHash(event.ownDiscounts, 0);
+    for (auto const& owner : event.owners) {
+        hashes[sharingOwners] =
+            itemsHash(owner.items, hashOf(owner.id.text, hashes[sharingOwners]));
+    }
+    return hashes;
 }
 
 } // namespace reader

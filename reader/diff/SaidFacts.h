@@ -18,5 +18,7 @@ inline constexpr std::size_t chargingStartFact = 3;
 using SaidFacts = std::array<std::string, saidFactNames.size()>;
 
 SaidFacts saidFacts(EventFacts const& event);
+// A hash of each fact, without making its text.
+std::array<std::uint64_t, saidFactNames.size()> saidFactHashes(EventFacts const& event);
 
 } // namespace reader

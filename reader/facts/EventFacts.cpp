@@ -18,4 +18,11 @@ SectionText const* EventFacts::section(SectionName name) const {
     return nullptr;
 }
 
+void EventFacts::addForeignText(SectionName name, std::string_view owner, std::string_view text,
+                                LineNumber firstLine) {
+    if (text.find_first_not_of(" \n") != std::string_view::npos) {
+        foreignTexts.push_back({name, owner, text, firstLine});
+    }
+}
+
 } // namespace reader

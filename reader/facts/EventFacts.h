@@ -126,6 +126,14 @@ struct SectionText {
     LineNumber line = 0;
 };
 
+// A text of a module that nobody here knows.
+struct ForeignText {
+    SectionName section = SectionName::account;
+    std::string_view owner; // whose number stands above it, in the sharing section
+    std::string_view text;
+    LineNumber line = 0;
+};
+
 // Lines that fit nowhere, and what would have fitted.
 struct Unplaced {
     LineNumber line = 0;
@@ -174,8 +182,12 @@ struct EventFacts {
     // The sections of a dump that are there, in their order.
     std::vector<SectionText> sections;
     std::vector<Unplaced> unplaced;
+    std::vector<ForeignText> foreignTexts;
 
     SectionText const* section(SectionName name) const;
+    // But for one of blanks and line ends.
+    void addForeignText(SectionName name, std::string_view owner, std::string_view text,
+                        LineNumber firstLine);
 };
 
 } // namespace reader

@@ -40,6 +40,7 @@ void forget(EventFacts& facts) {
     facts.memory.clear();
     facts.sections.clear();
     facts.unplaced.clear();
+    facts.foreignTexts.clear();
 }
 
 // The line within which a text was cut: the last one with something in it.
@@ -93,7 +94,8 @@ private:
     void readBalances(Place begin, Place end);
     void readOwnDiscounts(Place begin, Place end);
     void readSharing(Place begin);
-    void readObjects(Place begin, Place end, HeldMemory& memory);
+    // What the balance and discount modules hold for the event, or for one owner.
+    void readObjects(Place begin, Place end, SectionName section, SharingOwner* owner);
 
     Kept& keptM;
     EventFacts& factsM;
@@ -259,19 +261,29 @@ Place FactReader::Reading::readAccount(Place heading) {
     keptM.account.read(text, number(begin), keptM.objects.layouts(), isOpen(end));
     auto lines = unplaced();
     readAccountText(keptM.account, factsM.accountMemory, lines);
+    if (!factsM.accountMemory.customer.isTold()) {
+        factsM.addForeignText(SectionName::account, {}, text.bytes(), number(begin));
+    }
     return plan;
 }
 
-void FactReader::Reading::readObjects(Place begin, Place end, HeldMemory& memory) {
+void FactReader::Reading::readObjects(Place begin, Place end, SectionName section,
+                                      SharingOwner* owner) {
     auto lines = unplaced();
-    keptM.objects.read(textM.part(begin, end), number(begin), isOpen(end),
-                       {nullptr, nullptr, &memory}, lines);
+    auto const text = textM.part(begin, end);
+    auto& memory = owner == nullptr ? factsM.memory : owner->memory;
+    bool const isKnown =
+        keptM.objects.read(text, number(begin), isOpen(end), {nullptr, nullptr, &memory}, lines);
+    if (!isKnown) {
+        factsM.addForeignText(section, owner == nullptr ? std::string_view() : owner->id.text,
+                              text.bytes(), number(begin));
+    }
 }
 
 void FactReader::Reading::readBalances(Place begin, Place end) {
     begin = begin.at < end.at ? begin : end;
     addSection(SectionName::balances, textM.part(begin, end).bytes(), begin);
-    readObjects(begin, end, factsM.memory);
+    readObjects(begin, end, SectionName::balances, nullptr);
 }
 
 void FactReader::Reading::readOwnDiscounts(Place begin, Place end) {
@@ -283,7 +295,8 @@ void FactReader::Reading::readOwnDiscounts(Place begin, Place end) {
         if (!line.empty() &&
             !readItemLine(line, lines.number(), ownItemLabels, factsM.ownDiscounts)) {
             auto const first = lines.begin();
-            readObjects({begin.at + first.at, begin.line + first.line}, end, factsM.memory);
+            readObjects({begin.at + first.at, begin.line + first.line}, end,
+                        SectionName::ownDiscounts, nullptr);
             return;
         }
     }
@@ -296,7 +309,7 @@ void FactReader::Reading::readSharing(Place begin) {
     std::optional<Place> moduleText;
     auto const endModuleText = [&](Place end) {
         if (moduleText && !owners.empty()) {
-            readObjects(*moduleText, end, owners.back().memory);
+            readObjects(*moduleText, end, SectionName::sharing, &owners.back());
         }
         moduleText.reset();
     };

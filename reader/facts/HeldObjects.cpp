@@ -2,13 +2,9 @@
 
 #include "text/Hash.h"
 
-#include <fmt/format.h>
-
 namespace reader {
 
 namespace {
-
-using Visitor = std::function<void(HeldObject const&)>;
 
 struct KnownList {
     std::string_view title;
@@ -41,150 +37,11 @@ void addTables(ModuleText const& text, HeldObject& object) {
     }
 }
 
-void visitObjects(std::vector<ShownObject> const& objects, std::string_view noun,
-                  std::string_view aboutName, Visitor const& visit) {
-    for (auto const& shown : objects) {
-        HeldObject object;
-        object.id = fmt::format("{} {}", noun, shown.object->name);
-        object.line = shown.line;
-        if (shown.object->isAbsent) {
-            object.facts = {{inMemory, no}};
-        } else {
-            object.facts = {{aboutName, shown.object->about}};
-            addTables(shown.object->content, object);
-        }
-        visit(object);
-    }
-}
-
-// One object a row.
-void visitRows(Table const* table, std::string_view noun, Visitor const& visit) {
-    for (std::size_t row = 0; table != nullptr && row < table->rowCount; ++row) {
-        HeldObject object;
-        object.id = fmt::format("{} {}", noun, table->cell(row, 0));
-        object.line = table->lineOf(row);
-        for (std::size_t column = 1; column < table->columnCount; ++column) {
-            object.facts.push_back({table->heading(column), table->cell(row, column)});
-        }
-        visit(object);
-    }
-}
-
-void visitObjectList(ObjectList const& list, std::string_view noun, Visitor const& visit) {
-    visitRows(list.table, noun, visit);
-    for (auto const& number : list.absent) {
-        HeldObject object;
-        object.id = fmt::format("{} {}", noun, number.text);
-        object.line = number.line;
-        object.facts = {{inMemory, no}};
-        visit(object);
-    }
-}
-
-void visitHeld(HeldMemory const& memory, Visitor const& visit) {
-    visitObjects(memory.balanceGroups, "balance group", "account", visit);
-    visitObjectList(memory.discounts, "discount", visit);
-    visitObjectList(memory.sponsorships, "sponsorship", visit);
-    visitObjects(memory.discountModels, "discount model", "description", visit);
-}
-
-void visitAskedList(AskedList const& list, std::string const& account, std::string_view noun,
-                    Visitor const& visit) {
-    if (list.table == nullptr) {
-        return;
-    }
-    HeldObject object;
-    object.id = account;
-    object.question = fmt::format("{}s for service {} and event type {}", noun, list.service.text,
-                                  list.eventType.text);
-    object.line = list.service.line;
-    object.lists = {{noun, 1, list.table}};
-    visit(object);
-}
-
-void visitAccount(EventFacts const& event, Visitor const& visit) {
-    auto const& memory = event.accountMemory;
-    if (!memory.customer.isTold()) {
-        return;
-    }
-    HeldObject customer;
-    customer.id = fmt::format("customer {}", memory.customer.text);
-    customer.line = memory.customer.line;
-    customer.facts = {memory.isCustomerAbsent ? HeldFact{inMemory, no}
-                                              : HeldFact{"account", memory.id.text}};
-    visit(customer);
-    if (!memory.id.isTold()) {
-        return;
-    }
-    HeldObject account;
-    account.id = fmt::format("account {}", memory.id.text);
-    account.line = memory.id.line;
-    account.facts = {{"status", memory.status.text},
-                     {"currency", memory.currency.text},
-                     {"parent", memory.parent.text}};
-    if (memory.services != nullptr) {
-        account.lists = {{"service", 1, memory.services}};
-    }
-    visit(account);
-    visitAskedList(memory.products, account.id, "product", visit);
-    visitAskedList(memory.discounts, account.id, "discount", visit);
-}
-
-void visitRatePlan(PlanMemory const& memory, Visitor const& visit) {
-    if (!memory.code.isTold()) {
-        return;
-    }
-    HeldObject plan;
-    plan.id = fmt::format("rate plan {} version {}", memory.code.text, memory.version.text);
-    plan.line = memory.code.line;
-    if (memory.isAbsent) {
-        plan.facts = {{inMemory, no}};
-    } else {
-        plan.facts = {{"rate plan id", memory.id.text},
-                      {"model", memory.model.text},
-                      {"valid from", memory.validFrom.text},
-                      {"valid to", memory.validTo.text}};
-    }
-    visit(plan);
-    if (memory.entries != nullptr) {
-        HeldObject entries;
-        entries.id = plan.id;
-        entries.question = fmt::format(
-            "entries for service code {}, service class {} and impact category {}",
-            memory.serviceCode.text, memory.serviceClass.text, memory.impactCategory.text);
-        entries.line = memory.serviceCode.line;
-        entries.lists = {{"entry", 1, memory.entries}};
-        visit(entries);
-    }
-}
-
-// The texts of other modules are facts of their event: whose objects they are isn't known.
-void visitUnknown(EventFacts const& event, Visitor const& visit) {
-    for (auto const& section : event.sections) {
-        bool const isKnown =
-            (section.name == SectionName::account && event.accountMemory.customer.isTold()) ||
-            (section.name == SectionName::ratePlan && event.planMemory.code.isTold()) ||
-            (section.name == SectionName::priceModels && event.priceModelsAsked.isTold()) ||
-            section.text.find(" asked\n") != std::string_view::npos ||
-            section.name == SectionName::ownDiscounts || section.name == SectionName::sharing;
-        TableLayouts layouts;
-        ModuleText text;
-        if (isKnown || section.text.find_first_not_of(" \n") == std::string_view::npos) {
-            continue;
-        }
-        text.read(LineIndex(section.text), section.line, layouts);
-        HeldObject object;
-        object.id =
-            fmt::format("{} text of {} {}", sectionNames[static_cast<std::size_t>(section.name)],
-                        event.customer.text, event.service.text);
-        object.line = section.line;
-        addTables(text, object);
-        for (auto const& item : text.items()) {
-            if (!item.table) {
-                object.lines.push_back(item.text);
-            }
-        }
-        visit(object);
+// Appends words with blanks between them.
+void appendWords(std::string& text, std::initializer_list<std::string_view> words) {
+    for (auto const word : words) {
+        text += text.empty() ? "" : " ";
+        text += word;
     }
 }
 
@@ -211,15 +68,157 @@ std::uint64_t HeldObject::hash() const {
     return result;
 }
 
-void forEachHeldObject(EventFacts const& event, Visitor const& visit) {
-    visitAccount(event, visit);
+std::uint64_t HeldObject::key() const {
+    return hashOf(question, hashOf(id));
+}
+
+HeldObject& HeldObjectWalk::next(std::string_view noun, std::string_view name, LineNumber line) {
+    objectM.id.clear();
+    appendWords(objectM.id, {noun, name});
+    objectM.question.clear();
+    objectM.line = line;
+    objectM.facts.clear();
+    objectM.lists.clear();
+    objectM.lines.clear();
+    return objectM;
+}
+
+void HeldObjectWalk::visitObjects(std::vector<ShownObject> const& objects, std::string_view noun,
+                                  std::string_view aboutName, Visitor const& visit) {
+    for (auto const& shown : objects) {
+        auto& object = next(noun, shown.object->name, shown.line);
+        if (shown.object->isAbsent) {
+            object.facts.push_back({inMemory, no});
+        } else {
+            object.facts.push_back({aboutName, shown.object->about});
+            addTables(shown.object->content, object);
+        }
+        visit(object);
+    }
+}
+
+// Each row is an object.
+void HeldObjectWalk::visitList(ObjectList const& list, std::string_view noun,
+                               Visitor const& visit) {
+    auto const* const table = list.table;
+    for (std::size_t row = 0; table != nullptr && row < table->rowCount; ++row) {
+        auto& object = next(noun, table->cell(row, 0), table->lineOf(row));
+        for (std::size_t column = 1; column < table->columnCount; ++column) {
+            object.facts.push_back({table->heading(column), table->cell(row, column)});
+        }
+        visit(object);
+    }
+    for (auto const& number : list.absent) {
+        next(noun, number.text, number.line).facts.push_back({inMemory, no});
+        visit(objectM);
+    }
+}
+
+void HeldObjectWalk::visitHeld(HeldMemory const& memory, Visitor const& visit) {
+    visitObjects(memory.balanceGroups, "balance group", "account", visit);
+    visitList(memory.discounts, "discount", visit);
+    visitList(memory.sponsorships, "sponsorship", visit);
+    visitObjects(memory.discountModels, "discount model", "description", visit);
+}
+
+void HeldObjectWalk::visitAskedList(AskedList const& list, std::string_view account,
+                                    std::string_view noun, Visitor const& visit) {
+    if (list.table == nullptr) {
+        return;
+    }
+    auto& object = next("account", account, list.service.line);
+    object.question = noun;
+    object.question += 's';
+    appendWords(object.question,
+                {"for service", list.service.text, "and event type", list.eventType.text});
+    object.lists.push_back({noun, 1, list.table});
+    visit(object);
+}
+
+void HeldObjectWalk::visitAccount(AccountMemory const& memory, Visitor const& visit) {
+    if (!memory.customer.isTold()) {
+        return;
+    }
+    next("customer", memory.customer.text, memory.customer.line)
+        .facts.push_back(memory.isCustomerAbsent ? HeldFact{inMemory, no}
+                                                 : HeldFact{"account", memory.id.text});
+    visit(objectM);
+    if (!memory.id.isTold()) {
+        return;
+    }
+    auto& account = next("account", memory.id.text, memory.id.line);
+    account.facts.push_back({"status", memory.status.text});
+    account.facts.push_back({"currency", memory.currency.text});
+    account.facts.push_back({"parent", memory.parent.text});
+    if (memory.services != nullptr) {
+        account.lists.push_back({"service", 1, memory.services});
+    }
+    visit(account);
+    visitAskedList(memory.products, memory.id.text, "product", visit);
+    visitAskedList(memory.discounts, memory.id.text, "discount", visit);
+}
+
+void HeldObjectWalk::visitRatePlan(PlanMemory const& memory, Visitor const& visit) {
+    if (!memory.code.isTold()) {
+        return;
+    }
+    auto const nextPlan = [&](LineNumber line) -> HeldObject& {
+        auto& plan = next("rate plan", memory.code.text, line);
+        appendWords(plan.id, {"version", memory.version.text});
+        return plan;
+    };
+    auto& plan = nextPlan(memory.code.line);
+    if (memory.isAbsent) {
+        plan.facts.push_back({inMemory, no});
+    } else {
+        plan.facts.push_back({"rate plan id", memory.id.text});
+        plan.facts.push_back({"model", memory.model.text});
+        plan.facts.push_back({"valid from", memory.validFrom.text});
+        plan.facts.push_back({"valid to", memory.validTo.text});
+    }
+    visit(plan);
+    if (memory.entries != nullptr) {
+        auto& entries = nextPlan(memory.serviceCode.line);
+        appendWords(entries.question, {"entries for service code", memory.serviceCode.text});
+        entries.question += ',';
+        appendWords(entries.question, {"service class", memory.serviceClass.text,
+                                       "and impact category", memory.impactCategory.text});
+        entries.lists.push_back({"entry", 1, memory.entries});
+        visit(entries);
+    }
+}
+
+// Facts of their event: whose objects they are isn't known.
+void HeldObjectWalk::visitForeign(EventFacts const& event, Visitor const& visit) {
+    for (auto const& foreign : event.foreignTexts) {
+        auto const section = sectionNames[static_cast<std::size_t>(foreign.section)];
+        auto& object = next(section, "text of", foreign.line);
+        appendWords(object.id, {event.customer.text, event.service.text});
+        if (!foreign.owner.empty()) {
+            appendWords(object.id, {"and owner", foreign.owner});
+        }
+        TableLayouts layouts;
+        ModuleText text;
+        text.read(LineIndex(foreign.text), foreign.line, layouts);
+        addTables(text, object);
+        for (auto const& item : text.items()) {
+            if (!item.table) {
+                object.lines.push_back(item.text);
+            }
+        }
+        visit(object);
+    }
+}
+
+void HeldObjectWalk::forEach(EventFacts const& event, Visitor const& visit) {
+    visitAccount(event.accountMemory, visit);
     visitRatePlan(event.planMemory, visit);
     visitObjects(event.priceModelMemory, "price model", "description", visit);
     visitHeld(event.memory, visit);
     for (auto const& owner : event.owners) {
         visitHeld(owner.memory, visit);
     }
-    visitUnknown(event, visit);
+    visitForeign(event, visit);
 }
 
 } // namespace reader

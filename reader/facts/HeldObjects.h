@@ -35,9 +35,30 @@ struct HeldObject {
 
     // Of everything but the line.
     std::uint64_t hash() const;
+    // Of what tells the object from others.
+    std::uint64_t key() const;
 };
 
-void forEachHeldObject(EventFacts const& event,
-                       std::function<void(HeldObject const&)> const& visit);
+class HeldObjectWalk {
+public:
+    using Visitor = std::function<void(HeldObject const&)>;
+
+    // An object is valid during its visit: the next one takes its memory.
+    void forEach(EventFacts const& event, Visitor const& visit);
+
+private:
+    HeldObject& next(std::string_view noun, std::string_view name, LineNumber line);
+    void visitAccount(AccountMemory const& memory, Visitor const& visit);
+    void visitAskedList(AskedList const& list, std::string_view account, std::string_view noun,
+                        Visitor const& visit);
+    void visitRatePlan(PlanMemory const& memory, Visitor const& visit);
+    void visitObjects(std::vector<ShownObject> const& objects, std::string_view noun,
+                      std::string_view aboutName, Visitor const& visit);
+    void visitList(ObjectList const& list, std::string_view noun, Visitor const& visit);
+    void visitHeld(HeldMemory const& memory, Visitor const& visit);
+    void visitForeign(EventFacts const& event, Visitor const& visit);
+
+    HeldObject objectM;
+};
 
 } // namespace reader

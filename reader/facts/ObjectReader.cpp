@@ -54,9 +54,10 @@ bool ObjectReader::limitKept() {
     return true;
 }
 
-void ObjectReader::read(LinedText const& text, LineNumber number, bool isOpen, Target const& target,
+bool ObjectReader::read(LinedText const& text, LineNumber number, bool isOpen, Target const& target,
                         UnplacedLines& unplaced) {
     auto asked = nothing;
+    bool anyAsked = false;
     Lines lines(text, number);
     std::string_view line;
     bool isInList = false;
@@ -73,6 +74,7 @@ void ObjectReader::read(LinedText const& text, LineNumber number, bool isOpen, T
         std::string_view count;
         auto const askedNow = askedIn(line, count);
         if (askedNow != nothing) {
+            anyAsked = true;
             endList(lines.begin());
             bool const isExpected =
                 askedNow == prices ? target.priceModels != nullptr : target.memory != nullptr;
@@ -93,6 +95,7 @@ void ObjectReader::read(LinedText const& text, LineNumber number, bool isOpen, T
         }
     }
     endList(text.end());
+    return anyAsked;
 }
 
 // Returns where the object's text ends: with the first line that is indented no further.

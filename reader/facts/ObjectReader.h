@@ -29,8 +29,8 @@ public:
     // Of all lists of the events.
     TableLayouts& layouts() { return layoutsM; }
 
-    // A text that is open was cut at its end.
-    void read(LinedText const& text, LineNumber number, bool isOpen, Target const& target,
+    // Returns whether anything was said to be asked for. A text that is open was cut at its end.
+    bool read(LinedText const& text, LineNumber number, bool isOpen, Target const& target,
               UnplacedLines& unplaced);
 
 private:

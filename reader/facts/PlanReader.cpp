@@ -118,8 +118,10 @@ void PlanReader::Plan::read(LinedText const& from, bool isOpen, ObjectReader& ob
     auto const prices = afterRuler(from, ruler);
     auto const priceText = from.part(prices, from.end());
     facts.sections.push_back({SectionName::priceModels, priceText.bytes(), prices.line + 1});
-    objects.read(priceText, prices.line + 1, isOpen,
-                 {&facts.priceModelMemory, &facts.priceModelsAsked, nullptr}, unplaced);
+    if (!objects.read(priceText, prices.line + 1, isOpen,
+                      {&facts.priceModelMemory, &facts.priceModelsAsked, nullptr}, unplaced)) {
+        facts.addForeignText(SectionName::priceModels, {}, priceText.bytes(), prices.line + 1);
+    }
     auto const& asked = facts.priceModelsAsked;
     if (asked.isTold() && asked.text != std::to_string(facts.priceModels.size())) {
         unplaced.add(asked.line, asked.text,
@@ -134,6 +136,9 @@ void PlanReader::Plan::readModuleText(LinedText const& from, LineNumber number, 
     facts.sections.push_back({SectionName::ratePlan, from.bytes(), number});
     content.read(from, number, layouts, isOpen);
     readRatePlanText(content, facts.planMemory, unplaced);
+    if (!facts.planMemory.code.isTold()) {
+        facts.addForeignText(SectionName::ratePlan, {}, from.bytes(), number);
+    }
 }
 
 void PlanReader::Plan::show(EventFacts& shown, LineNumber linesBefore) const {
@@ -157,6 +162,10 @@ void PlanReader::Plan::show(EventFacts& shown, LineNumber linesBefore) const {
     }
     for (auto const& section : facts.sections) {
         shown.sections.push_back({section.name, section.text, section.line + linesBefore});
+    }
+    for (auto const& foreign : facts.foreignTexts) {
+        shown.foreignTexts.push_back(
+            {foreign.section, foreign.owner, foreign.text, foreign.line + linesBefore});
     }
     for (auto const& unplaced : facts.unplaced) {
         shown.unplaced.push_back({unplaced.line + linesBefore, unplaced.text, unplaced.reason});

@@ -1,18 +1,15 @@
 #include "findings/FileComparison.h"
 
-#include "facts/HeldObjects.h"
-#include "text/Hash.h"
-
 #include <fmt/format.h>
 
 namespace reader {
 
 void FileComparison::compare(EventFacts const& event, std::size_t file,
                              std::vector<Finding>& findings) {
-    forEachHeldObject(event, [&](HeldObject const& object) {
+    walkM.forEach(event, [&](HeldObject const& object) {
         auto const hash = object.hash();
-        auto const [place, isNew] = shownM.try_emplace(hashOf(object.question, hashOf(object.id)),
-                                                       Shown{hash, file, object.line, file});
+        auto const [place, isNew] =
+            shownM.try_emplace(object.key(), Shown{hash, file, object.line, file});
         auto& earlier = place->second;
         if (isNew || earlier.lastFile == file) {
             return;

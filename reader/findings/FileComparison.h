@@ -1,7 +1,7 @@
 // Finds objects that one file shows with other facts than another. Keeps a hash of each object.
 #pragma once
 
-#include "facts/EventFacts.h"
+#include "facts/HeldObjects.h"
 #include "findings/Finding.h"
 
 #include <string>
@@ -28,6 +28,7 @@ private:
     };
 
     std::vector<std::string> const& filesM;
+    HeldObjectWalk walkM;
     std::unordered_map<std::uint64_t, Shown> shownM; // by a hash of the object's name
 };
 

@@ -1,19 +1,14 @@
 #include "program/DiffCommand.h"
 
-#include "diff/ObjectChanges.h"
-#include "diff/SaidFacts.h"
-#include "facts/FactReader.h"
+#include "diff/DumpComparison.h"
 #include "program/Program.h"
 #include "program/Walk.h"
-#include "text/Hash.h"
 #include "text/Output.h"
 
 #include <unistd.h>
 
 #include <cstdio>
 #include <memory>
-#include <optional>
-#include <unordered_map>
 #include <utility>
 
 namespace reader {
@@ -54,178 +49,74 @@ private:
     std::unique_ptr<std::FILE, Closer> fileM;
 };
 
-enum Side : std::size_t { older, newer };
+std::string counted(std::uint64_t events) {
+    return fmt::format("{} event{}", events, events == 1 ? "" : "s");
+}
 
-struct ComparedObject {
-    std::array<std::optional<std::uint64_t>, 2> hashes;
-    std::uint64_t events = 0; // of the newer file that show it
-    std::unique_ptr<KeptObject> before;
-    std::vector<Change> changes;
-};
-
-struct ComparedEvent {
-    std::array<std::optional<std::array<std::uint64_t, saidFactNames.size()>>, 2> hashes;
-    std::unique_ptr<SaidFacts> before;
-};
-
-class DumpComparison {
+class ChangeList {
 public:
-    explicit DumpComparison(Options const& options)
-        : optionsM(options), oldFileM(options.files[0]), newFileM(options.files[1]) {}
-
-    bool run() {
-        forEach(older, [this](EventFacts const& event) { addHashes(event, older); });
-        forEach(newer, [this](EventFacts const& event) { addHashes(event, newer); });
-        forEach(older, [this](EventFacts const& event) { keepDiffering(event); });
-        forEach(newer, [this](EventFacts const& event) { compareDiffering(event); });
-        printChanges();
-        printSaid();
-        printEvents("only in the older file", goneM);
-        printEvents("only in the newer file", cameM);
+    void add(DumpChanges const& changes, bool isByEvent) {
+        if (isByEvent) {
+            for (auto const& [event, text] : changes.byEvent) {
+                line(fmt::format("{}: {}", event, text));
+            }
+        } else {
+            addObjects(changes.objects);
+        }
+        for (std::size_t fact = 0; fact < changes.said.size(); ++fact) {
+            if (fact == chargingStartFact) {
+                addMany(fact, changes.chargingStarts, changes.chargingStart);
+            } else {
+                addValues(fact, changes.said[fact]);
+            }
+        }
+        addEvents("only in the older file", changes.gone);
+        addEvents("only in the newer file", changes.came);
         outM.flush();
-        return differsM;
     }
+
+    bool isEmpty() const noexcept { return isEmptyM; }
 
 private:
-    template <class Visitor>
-    void forEach(Side side, Visitor const& visit) {
-        Walk walk({side == older ? oldFileM.name() : newFileM.name()});
-        FactReader reader;
-        walk.forEach([&](EventText const& text, std::size_t) {
-            if (!text.isOutside) {
-                auto const& event = reader.read(text);
-                if (optionsM.filter.lets(event)) {
-                    visit(event);
-                }
-            }
-        });
-    }
-
-    static std::uint64_t keyOf(EventFacts const& event) {
-        return hashOf(event.service.text, hashOf(event.customer.text));
-    }
-    static std::uint64_t keyOf(HeldObject const& object) {
-        return hashOf(object.question, hashOf(object.id));
-    }
-    static std::string nameOf(EventFacts const& event) {
-        return fmt::format("{} {}", event.customer.text, event.service.text);
-    }
-
-    void addHashes(EventFacts const& event, Side side) {
-        auto& hashes = eventsM[keyOf(event)].hashes[side].emplace();
-        auto const said = saidFacts(event);
-        for (std::size_t i = 0; i < said.size(); ++i) {
-            hashes[i] = hashOf(said[i]);
-        }
-        forEachHeldObject(event, [&](HeldObject const& object) {
-            auto& compared = objectsM[keyOf(object)];
-            compared.events += side == newer ? 1 : 0;
-            if (!compared.hashes[side]) {
-                compared.hashes[side] = object.hash();
-            }
-        });
-    }
-
-    static bool differs(ComparedObject const& object) {
-        return object.hashes[older] && object.hashes[newer] &&
-               *object.hashes[older] != *object.hashes[newer];
-    }
-
-    void keepDiffering(EventFacts const& event) {
-        auto& compared = eventsM[keyOf(event)];
-        if (!compared.hashes[newer]) {
-            goneM.push_back(nameOf(event));
-        } else if (*compared.hashes[older] != *compared.hashes[newer]) {
-            compared.before = std::make_unique<SaidFacts>(saidFacts(event));
-        }
-        forEachHeldObject(event, [&](HeldObject const& object) {
-            auto& kept = objectsM[keyOf(object)];
-            if (differs(kept) && kept.before == nullptr) {
-                kept.before = std::make_unique<KeptObject>(object);
-            }
-        });
-    }
-
-    void compareDiffering(EventFacts const& event) {
-        auto const& compared = eventsM[keyOf(event)];
-        if (!compared.hashes[older]) {
-            cameM.push_back(nameOf(event));
-        } else if (compared.before != nullptr) {
-            auto const said = saidFacts(event);
-            for (std::size_t i = 0; i < said.size(); ++i) {
-                addSaid(i, (*compared.before)[i], said[i]);
-            }
-        }
-        forEachHeldObject(event, [&](HeldObject const& object) {
-            auto& kept = objectsM[keyOf(object)];
-            if (kept.before != nullptr && kept.changes.empty()) {
-                kept.changes = changesBetween(*kept.before, KeptObject(object));
-            }
-            for (auto const& change : kept.changes) {
-                addChange(change, kept.events, event);
-            }
-        });
-    }
-
-    void addSaid(std::size_t fact, std::string const& before, std::string const& after) {
-        if (before != after) {
-            ++saidM[fact][fmt::format("{} → {}", before.empty() ? "nothing" : before,
-                                      after.empty() ? "nothing" : after)];
-        }
-    }
-
-    void addChange(Change const& change, std::uint64_t events, EventFacts const& event) {
-        if (optionsM.isByEvent) {
-            byEventM.emplace_back(nameOf(event), change.text);
-        }
-        auto const [place, isNew] = changesM.try_emplace(change.text, events);
-        if (isNew) {
-            orderM.push_back(change);
-            ++alikeM[change.alike];
-        }
-    }
-
     // A change whose kind is frequent is one line with a count.
-    void printChanges() {
-        if (optionsM.isByEvent) {
-            for (auto const& [event, text] : byEventM) {
-                line(fmt::format("{}: {}", event, text));
+    void addObjects(std::vector<DumpChanges::OfObject> const& objects) {
+        std::map<std::string, std::uint64_t> alike;
+        for (auto const& object : objects) {
+            ++alike[object.change.alike];
+        }
+        for (auto const& [change, events] : objects) {
+            auto& count = alike[change.alike];
+            if (change.alike.empty() || (count > 0 && count <= mostAlike)) {
+                line(fmt::format("{}, {}", change.text, counted(events)));
+            } else if (count > mostAlike) {
+                line(fmt::format("{}, {} times, such as {}", change.alike, count, change.text));
+                count = 0;
+            }
+        }
+    }
+
+    void addValues(std::size_t fact, DumpChanges::Values const& values) {
+        if (values.size() <= mostAlike) {
+            for (auto const& [value, count] : values) {
+                line(fmt::format("event: {} {}, {}", saidFactNames[fact], value, counted(count)));
             }
             return;
         }
-        std::map<std::string, bool> isFolded;
-        for (auto const& change : orderM) {
-            auto const count = alikeM[change.alike];
-            if (change.alike.empty() || count <= mostAlike) {
-                line(fmt::format("{}, {}", change.text, counted(changesM[change.text])));
-            } else if (!std::exchange(isFolded[change.alike], true)) {
-                line(fmt::format("{}, {} times, such as {}", change.alike, count, change.text));
-            }
+        std::uint64_t events = 0;
+        for (auto const& value : values) {
+            events += value.second;
+        }
+        addMany(fact, events, values.begin()->first);
+    }
+
+    void addMany(std::size_t fact, std::uint64_t events, std::string const& example) {
+        if (events > 0) {
+            line(fmt::format("event: {} differs, {}, such as {}", saidFactNames[fact],
+                             counted(events), example));
         }
     }
 
-    void printSaid() {
-        for (std::size_t fact = 0; fact < saidM.size(); ++fact) {
-            auto const& values = saidM[fact];
-            if (values.size() <= mostAlike && fact != chargingStartFact) {
-                for (auto const& [value, count] : values) {
-                    line(fmt::format("event: {} {}, {}", saidFactNames[fact], value,
-                                     counted(count)));
-                }
-                continue;
-            }
-            std::uint64_t events = 0;
-            for (auto const& value : values) {
-                events += value.second;
-            }
-            if (events > 0) {
-                line(fmt::format("event: {} differs, {}, such as {}", saidFactNames[fact],
-                                 counted(events), values.begin()->first));
-            }
-        }
-    }
-
-    void printEvents(char const* what, std::vector<std::string> const& names) {
+    void addEvents(char const* what, std::vector<std::string> const& names) {
         if (names.size() > mostAlike) {
             line(fmt::format("event: {} {}, such as {}", counted(names.size()), what, names[0]));
             return;
@@ -236,34 +127,35 @@ private:
     }
 
     void line(std::string const& text) {
-        differsM = true;
+        isEmptyM = false;
         outM.write(printable(text) + "\n");
     }
 
-    static std::string counted(std::uint64_t events) {
-        return fmt::format("{} event{}", events, events == 1 ? "" : "s");
-    }
-
-    Options const& optionsM;
-    RereadableFile oldFileM;
-    RereadableFile newFileM;
     Output outM;
-    bool differsM = false;
-    std::unordered_map<std::uint64_t, ComparedObject> objectsM;
-    std::unordered_map<std::uint64_t, ComparedEvent> eventsM;
-    std::vector<Change> orderM;
-    std::unordered_map<std::string, std::uint64_t> changesM; // how many events show it
-    std::map<std::string, std::uint64_t> alikeM;
-    std::vector<std::pair<std::string, std::string>> byEventM;
-    std::array<std::map<std::string, std::uint64_t>, saidFactNames.size()> saidM;
-    std::vector<std::string> goneM;
-    std::vector<std::string> cameM;
+    bool isEmptyM = true;
 };
 
 } // namespace
 
 int compareDumps(Options const& options) {
-    return DumpComparison(options).run() ? foundOrDifferent : done;
+    RereadableFile const olderFile(options.files[0]);
+    RereadableFile const newerFile(options.files[1]);
+    std::array<bool, 2> isReadBefore{};
+    auto const source = [&](DumpComparison::Side side, DumpComparison::Visitor const& visit) {
+        auto const& file = side == DumpComparison::older ? olderFile : newerFile;
+        Walk walk({file.name()});
+        walk.forEach(
+            [&](EventText const& text, std::size_t) {
+                if (!text.isOutside) {
+                    visit(text);
+                }
+            },
+            std::exchange(isReadBefore[side], true) ? Walk::Notices::quiet
+                                                    : Walk::Notices::printed);
+    };
+    ChangeList list;
+    list.add(DumpComparison(source, options.filter, options.isByEvent).run(), options.isByEvent);
+    return list.isEmpty() ? done : foundOrDifferent;
 }
 
 } // namespace reader

@@ -11,11 +11,14 @@ void warn(std::string const& file, LineNumber line, std::string const& text) {
     fmt::print(stderr, "datadump: {}:{}: {}\n", printable(file), line, printable(text));
 }
 
-void Walk::forEach(Visitor const& visit) {
+void Walk::forEach(Visitor const& visit, Notices notices) {
     for (std::size_t i = 0; i < filesM.size(); ++i) {
         InputFile file(filesM[i]);
-        EventReader events(
-            file, [&](LineNumber line, std::string const& text) { warn(filesM[i], line, text); });
+        EventReader events(file, [&](LineNumber line, std::string const& text) {
+            if (notices == Notices::printed) {
+                warn(filesM[i], line, text);
+            }
+        });
         EventText event;
         while (events.next(event)) {
             visit(event, i);

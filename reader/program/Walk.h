@@ -19,9 +19,12 @@ public:
 
     using Visitor = std::function<void(EventText const&, std::size_t file)>;
 
+    // Whether notices about the order of events are printed; a second walk needs not.
+    enum class Notices { printed, quiet };
+
     // Calls the visitor with every event and with what stands outside of events. Throws an
     // InputError.
-    void forEach(Visitor const& visit);
+    void forEach(Visitor const& visit, Notices notices = Notices::printed);
 
     std::vector<std::string> const& files() const noexcept { return filesM; }
 

@@ -18,8 +18,8 @@ void readEvents(std::string const& path, std::string const& text) {
             continue;
         }
         reader::judge(facts.read(event), findings);
-        reader::forEachHeldObject(facts.read(event),
-                                  [](auto const& object) { static_cast<void>(object.hash()); });
+        reader::HeldObjectWalk().forEach(
+            facts.read(event), [](auto const& object) { static_cast<void>(object.hash()); });
         facts.readOverview(event);
     }
     fuzz::promise(joined == text, "the pieces are the file");
