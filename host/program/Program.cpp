@@ -131,6 +131,7 @@ ExitCode run(CommandLine& commandLine, Logs& logs) {
     Host host(std::move(registry), ModuleLoader(ModuleLoader::defaultSearchPath()), logs.process(),
               commandLine.leastSeverity);
     host.start();
+    ::malloc_trim(0); // what the start freed, a reload, on another thread, can't use
     std::optional<ProgressLine> progress;
     if (!commandLine.isQuiet && canEraseTerminalLine()) {
         progress.emplace(host.pipelines());
