@@ -28,7 +28,7 @@ std::filesystem::path placesFile(host::StreamConfiguration const& stream) {
 
 PartitionedInput::PartitionedInput(host::PipelineConfiguration const& pipeline,
                                    EDR::Description const& description, BAS::LogSink& log)
-    : pipelineM(pipeline), streamM(*pipeline.stream), descriptionM(description), logM(log),
+    : pipelineM(pipeline), streamM(*pipeline.stream), parserM(description), logM(log),
       placesM(placesFile(streamM)) {
     connect();
 }
@@ -69,7 +69,7 @@ std::unique_ptr<host::EdrSource> PartitionedInput::open(host::Notification const
         rejectsM.clear();
     }
     return std::make_unique<StreamReader>(
-        *connectionM, streamM, pipelineM, descriptionM, stop,
+        *connectionM, streamM, pipelineM, parserM, stop,
         [this](auto partition, auto const& ended) { return begin(partition, ended); },
         [this](auto partition, auto sequence) { noteLast(partition, sequence); });
 }

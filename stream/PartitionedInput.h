@@ -36,7 +36,7 @@ private:
 
     host::PipelineConfiguration const& pipelineM;
     host::StreamConfiguration const& streamM;
-    EDR::Description const& descriptionM;
+    host::EdrLineParser parserM;
     BAS::LogSink& logM;
     std::unique_ptr<Connection> connectionM; // null until a server was there
     bool isWaitReportedM = false;

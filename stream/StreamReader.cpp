@@ -87,11 +87,10 @@ MessagePlace placeInStream(natsMsg* message) {
 } // namespace
 
 StreamReader::StreamReader(Connection& connection, host::StreamConfiguration const& stream,
-                           host::PipelineConfiguration const& pipeline,
-                           EDR::Description const& description, host::Notification const& stop,
-                           Begin begin, NoteLast noteLast)
+                           host::PipelineConfiguration const& pipeline, host::EdrLineParser& parser,
+                           host::Notification const& stop, Begin begin, NoteLast noteLast)
     : connectionM(connection), streamM(stream), pipelineM(pipeline), stopM(stop),
-      beginM(std::move(begin)), noteLastM(std::move(noteLast)), fillerM(pipeline, description) {
+      beginM(std::move(begin)), noteLastM(std::move(noteLast)), fillerM(pipeline, parser) {
     for (auto const number : stream.partitions) {
         auto& partition = partitionsM.emplace_back();
         partition.number = number;

@@ -35,7 +35,7 @@ public:
 
     // All that is given by reference must outlive the reader; stop ends the waiting for messages.
     StreamReader(Connection& connection, host::StreamConfiguration const& stream,
-                 host::PipelineConfiguration const& pipeline, EDR::Description const& description,
+                 host::PipelineConfiguration const& pipeline, host::EdrLineParser& parser,
                  host::Notification const& stop, Begin begin, NoteLast noteLast);
     ~StreamReader() override;
 

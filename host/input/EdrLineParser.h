@@ -1,8 +1,8 @@
 // Reads EDRs from lines of JSON, one object a line: fields are named by the last part of their
 // path, a block is an array of objects.
 //
-// One parser serves one input of one pipeline on one thread; it remembers which unknown fields it
-// has seen. The description must outlive it.
+// One parser serves the inputs of one pipeline one after the other, each on one thread; it
+// remembers which unknown fields it has seen. The description must outlive it.
 #pragma once
 
 #include "EDR/BlockIndex.h"
@@ -51,6 +51,8 @@ public:
 
     // The paths of the unknown fields that were seen first in the last line.
     std::vector<std::string> const& newUnknownFields() const noexcept { return newUnknownFieldsM; }
+    // How many there were in all, at most the limit.
+    std::size_t unknownFields() const noexcept { return unknownFieldsM; }
 
 private:
     struct NameHash {

@@ -18,11 +18,12 @@ void PortionFiller::reportUnknownFields(InputPortion& portion, LineOrigin const&
         portion.messages.push_back(makeStatus(BAS::Status::warning, pipelineM.registeredName,
                                               "ERR_EDR_FIELD_UNKNOWN",
                                               {origin.input, origin.place, field}));
-        if (++unknownFieldsM == EdrLineParser::maxUnknownFields) {
-            portion.messages.push_back(makeStatus(
-                BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_FIELDS_UNKNOWN",
-                {origin.input, origin.place, std::to_string(EdrLineParser::maxUnknownFields)}));
-        }
+    }
+    if (!parserM.newUnknownFields().empty() &&
+        parserM.unknownFields() == EdrLineParser::maxUnknownFields) {
+        portion.messages.push_back(makeStatus(
+            BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_FIELDS_UNKNOWN",
+            {origin.input, origin.place, std::to_string(EdrLineParser::maxUnknownFields)}));
     }
 }
 

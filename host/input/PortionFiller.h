@@ -19,9 +19,10 @@ struct LineOrigin {
 
 class PortionFiller {
 public:
-    // Both must outlive the filler.
-    PortionFiller(PipelineConfiguration const& pipeline, EDR::Description const& description)
-        : pipelineM(pipeline), parserM(description) {}
+    // Both must outlive the filler; the parser is the pipeline's, and used by nobody else
+    // meanwhile.
+    PortionFiller(PipelineConfiguration const& pipeline, EdrLineParser& parser)
+        : pipelineM(pipeline), parserM(parser) {}
 
     // Adds the EDR of a line that ends at the place, or rejects the line. The text, followed by the
     // padding of EdrLineParser, is within the raw line. The origin is called for messages.
@@ -53,9 +54,8 @@ private:
     void reportUnknownFields(InputPortion& portion, LineOrigin const& origin);
 
     PipelineConfiguration const& pipelineM;
-    EdrLineParser parserM;
+    EdrLineParser& parserM;
     std::uint64_t rejectedLinesM = 0;
-    std::size_t unknownFieldsM = 0;
 };
 
 } // namespace host

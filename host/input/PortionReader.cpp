@@ -22,12 +22,10 @@ bool isBlank(std::string_view text) {
 } // namespace
 
 PortionReader::PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                             EDR::Description const& description, Notification const* stop,
-                             std::uint64_t start)
+                             EdrLineParser& parser, Notification const* stop, std::uint64_t start)
     : inputM(input), maxLineLengthM(pipeline.maxLineLength),
       fileM(input.file, input.descriptor, {stop, &abandonedM}),
-      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding),
-      fillerM(pipeline, description) {
+      linesM(fileM, pipeline.maxLineLength, EdrLineParser::padding), fillerM(pipeline, parser) {
     while (linesM.offset() < start && linesM.nextLine()) {
         while (linesM.nextPiece()) {
         }

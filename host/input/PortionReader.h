@@ -16,12 +16,11 @@ namespace host {
 
 class PortionReader : public EdrSource {
 public:
-    // Opens the input and goes on after so many bytes of it. The pipeline, the description and
-    // stop, which may be null, must outlive the reader; stop ends the waiting when there are no
-    // bytes. Throws a BAS::Status when the file fails.
+    // Opens the input and goes on after so many bytes of it. The pipeline, its parser and stop,
+    // which may be null, must outlive the reader; stop ends the waiting when there are no bytes.
+    // Throws a BAS::Status when the file fails.
     PortionReader(InputConfiguration const& input, PipelineConfiguration const& pipeline,
-                  EDR::Description const& description, Notification const* stop,
-                  std::uint64_t start);
+                  EdrLineParser& parser, Notification const* stop, std::uint64_t start);
 
     void read(InputPortion& portion) noexcept override;
     void abandon() noexcept override { abandonedM.set(); }

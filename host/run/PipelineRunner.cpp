@@ -19,7 +19,8 @@ PipelineRunner::PipelineRunner(PipelineConfiguration const& configuration, BAS::
       ownLogM(configuration.log ? std::make_unique<LogFile>(*configuration.log, leastSeverity)
                                 : nullptr),
       logM(ownLogM == nullptr ? processLog : *ownLogM),
-      descriptionM(readEdrDescription(configuration.edrDescription)), factoryM(descriptionM) {
+      descriptionM(readEdrDescription(configuration.edrDescription)), factoryM(descriptionM),
+      parserM(descriptionM) {
     if (!configuration.countBy.empty()) {
         countedFieldM = descriptionM.findField(configuration.countBy);
         if (!countedFieldM->isValid()) {
@@ -199,8 +200,8 @@ PipelineRunner::InputOutcome PipelineRunner::runInput(DirectoryInput const& inpu
     std::optional<FileProgress> progress;
     std::optional<ReadAheadInput> edrs;
     try {
-        auto reader = std::make_unique<PortionReader>(input.input, configurationM, descriptionM,
-                                                      &stop, input.start.bytes);
+        auto reader = std::make_unique<PortionReader>(input.input, configurationM, parserM, &stop,
+                                                      input.start.bytes);
         progress.emplace(input, directoryM ? &*directoryM : nullptr);
         edrs.emplace(std::move(reader), *progress, logM, portionsM);
         outcome.ending = readToEnd(*edrs, *progress, stop);

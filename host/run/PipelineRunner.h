@@ -14,6 +14,7 @@
 #include "RW/RWTPtrOrderedVector.h"
 #include "base/FairLock.h"
 #include "base/LogFile.h"
+#include "input/EdrLineParser.h"
 #include "input/InputDirectory.h"
 #include "input/InputPortion.h"
 #include "input/StreamLibrary.h"
@@ -140,6 +141,7 @@ private:
     BAS::LogSink& logM;
     EDR::Description descriptionM;
     EDR::Factory factoryM;
+    EdrLineParser parserM; // of the files
     std::optional<InputDirectory> directoryM;
     std::vector<PLG::FunctionPlugIn*> functionsM;
     FairLock lockM;

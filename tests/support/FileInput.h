@@ -12,10 +12,10 @@ public:
     FileInput(host::InputConfiguration const& file, host::PipelineConfiguration const& pipeline,
               EDR::Description const& description, BAS::LogSink& log, host::InputPortions& portions,
               host::InputPosition const& start = {})
-        : startM(start.bytes), progressM({file, start}, nullptr),
-          edrsM(std::make_unique<host::PortionReader>(file, pipeline, description, nullptr,
-                                                      start.bytes),
-                progressM, log, portions) {}
+        : startM(start.bytes), parserM(description), progressM({file, start}, nullptr),
+          edrsM(
+              std::make_unique<host::PortionReader>(file, pipeline, parserM, nullptr, start.bytes),
+              progressM, log, portions) {}
 
     // Waits for the next EDR; false at the end.
     bool next(EDR::Container& container) {
@@ -34,6 +34,7 @@ public:
 
 private:
     std::uint64_t startM;
+    host::EdrLineParser parserM;
     host::FileProgress progressM;
     host::ReadAheadInput edrsM;
 };
