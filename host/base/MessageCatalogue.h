@@ -56,7 +56,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_FILE_NOT_WRITABLE", "'%1' can't be written: %2"},
     {"ERR_LIBRARY_NOT_FOUND", "The library of the module '%1' wasn't found%3. Tried: %2"},
     {"ERR_LIBRARY_NOT_LOADED", "The library '%1' can't be loaded: %2"},
-    {"ERR_MODULE_ENTRY_NOT_FOUND", "The library '%1' has no entry '%2'."},
+    {"ERR_MODULE_ENTRY_NOT_FOUND", "The library '%1' has no entry '%2'%3."},
     {"ERR_MODULE_ENTRY_FAILED", "The entry '%2' of the library '%1' failed: %3"},
     {"ERR_DIRECTORY_NOT_USABLE", "The directory '%1' can't be used: %2"},
     {"ERR_DIRECTORY_NOT_PRIVATE",

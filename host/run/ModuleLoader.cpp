@@ -42,7 +42,9 @@ Entry& findEntry(ModuleConfiguration const& module, void* library,
     auto const name = module.moduleName + "ModuleStart";
     void* const entry = ::dlsym(library, name.c_str());
     if (entry == nullptr) {
-        throw failure(module, "ERR_MODULE_ENTRY_NOT_FOUND", {path.string(), name});
+        throw failure(
+            module, "ERR_MODULE_ENTRY_NOT_FOUND",
+            {path.string(), name, nearestNameHint(module.moduleName, {path.stem().native()})});
     }
     return *reinterpret_cast<Entry*>(entry);
 }

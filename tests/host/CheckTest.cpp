@@ -59,6 +59,8 @@ TEST_F(Check, AsksWhatWasMeant) {
     } const cases[] = {
         {"        F: {ModuleName: TestCuonter}\n",
          "'TestCuonter' wasn't found (did you mean 'TestCounter'?)"},
+        {"        F: {ModuleName: TestCuonter, Library: '" HOST_TEST_MODULES "/TestCounter.so'}\n",
+         "has no entry 'TestCuonterModuleStart' (did you mean 'TestCounter'?)"},
         {function("F", "Trhow: x"), "registry key 'Trhow' (did you mean 'Throw'?)"},
         {function("F", "Colour: x"), "registry key 'Colour'.\n"},
     };

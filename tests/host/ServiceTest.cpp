@@ -153,6 +153,20 @@ TEST_F(Service, SurvivesFilesThatVanishOrCantBeRead) {
     EXPECT_THAT(log, HasSubstr("read: 4, details: 4, rejected: 0, failed inputs: 3, batches: 2"));
 }
 
+TEST_F(Service, LogsAnUnknownFieldOnceInAllFiles) {
+    for (auto const* const name : {"in/a", "in/b", "in/c"}) {
+        drop(name, "{\"Q\":1}\nbad\n{\"R" + std::string(name + 3) + "\":1,\"Q\":2}\n");
+    }
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForFile("in/done/c"));
+    host.signal(SIGTERM);
+    EXPECT_EQ(host.wait(), 0);
+    auto const log = directoryM.read("err");
+    for (auto const* const field : {"DETAIL.Q'", "DETAIL.Ra'", "DETAIL.Rb'", "DETAIL.Rc'"}) {
+        EXPECT_EQ(count(log, std::string("no field '") + field), 1U) << log;
+    }
+}
+
 TEST_F(Service, ReadsAFileThatTookThePlaceOfTheOneItReads) {
     writeRegistry("{Directory: in}", gate());
     drop("in/a.jsonl", edrs(2));
@@ -205,6 +219,7 @@ TEST_F(Service, StartsOnlyWithDirectoriesOfItsOwn) {
     auto const rerun = [&] { return HostProcess(directoryM.path(), {"run", "r.yaml"}).wait(); };
     EXPECT_EQ(rerun(), 3);
     EXPECT_EQ(count(directoryM.read("err"), "is in use by another host"), 2U);
+    EXPECT_EQ(count(directoryM.read("err"), "MSG_STARTED"), 0U);
     EXPECT_EQ(HostProcess(directoryM.path(), {"check", "r.yaml"}).wait(), 0);
     first.signal(SIGTERM);
     EXPECT_EQ(first.wait(), 0);
