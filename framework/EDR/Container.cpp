@@ -45,20 +45,23 @@ BAS::String const& Container::getString(Index const& field,
     if (!field.isValid()) {
         return BAS::NULL_STRING;
     }
-    std::uint32_t block = 0;
+    auto const* block = blocksM.data();
     std::size_t level = 0;
     for (auto const& place : kindOf(field).lineage) {
-        block = firstChild(blocksM[block].links, place);
-        auto position = level < positions.entries() ? positions[level] : 0;
-        for (; position > 0 && block != none; --position) {
-            block = blocksM[block].links.next;
+        auto number = firstChild(block->links, place);
+        // A negative position is a large one here.
+        auto position =
+            level < positions.entries() ? static_cast<std::size_t>(positions[level]) : 0;
+        for (; position != 0 && number != none; --position) {
+            number = blocksM[number].links.next;
         }
-        if (position < 0 || block == none) {
+        if (number == none) {
             return BAS::NULL_STRING;
         }
+        block = &blocksM[number];
         ++level;
     }
-    return cellsOf(block)[field.field()].text;
+    return cellsM[block->firstCell + field.field()].text;
 }
 
 void Container::clear(RecordKind kind) {
@@ -167,14 +170,17 @@ long Container::numberOf(Cell const* cell, Index const& field) const {
 }
 
 Container::Links const* Container::currentBlock(std::uint32_t kind) const noexcept {
-    auto const& cursor = cursorsM[kind];
-    if (cursor.links.next != theFirst) {
-        return cursor.isAtBlock() ? &cursor.links : nullptr;
+    auto const* block = &blocksM.front().links;
+    for (auto const& place : kindsM[kind].lineage) {
+        auto const& cursor = cursorsM[place.kind];
+        if (cursor.isAtBlock()) {
+            block = &cursor.links;
+        } else if (block != nullptr) {
+            auto const first = cursor.links.next == theFirst ? firstChild(*block, place) : none;
+            block = first != none ? &blocksM[first].links : nullptr;
+        }
     }
-    auto const& place = kindsM[kind].place;
-    auto const* const parent = currentBlock(place.parent);
-    auto const first = parent != nullptr ? firstChild(*parent, place) : none;
-    return first != none ? &blocksM[first].links : nullptr;
+    return block;
 }
 
 bool Container::advanceBelowUnstepped(Description::Place const& place) noexcept {

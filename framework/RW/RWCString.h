@@ -55,9 +55,9 @@ public:
     }
 
 private:
-    // Most texts of an EDR have 2 to 16 bytes. Those go over as two words, which overlap unless
-    // they fill the text: that takes half the instructions of a call that copies any number of
-    // bytes. Both texts may be the same.
+    // Most texts of an EDR have 1 to 16 bytes. From 2 on they go over as two words, which overlap
+    // unless they fill the text: that takes half the instructions of a call that copies any number
+    // of bytes. Both texts may be the same.
     static void copyBytes(char* to, char const* from, std::size_t size) noexcept {
         if (size - 8 <= 8) {
             copyTwoWords<std::uint64_t>(to, from, size);
@@ -65,6 +65,8 @@ private:
             copyTwoWords<std::uint32_t>(to, from, size);
         } else if (size - 2 <= 2) {
             copyTwoWords<std::uint16_t>(to, from, size);
+        } else if (size == 1) {
+            *to = *from;
         } else {
             std::memmove(to, from, size);
         }
