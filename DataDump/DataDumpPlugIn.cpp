@@ -71,11 +71,12 @@ unsigned digitOf(char c) {
     return static_cast<unsigned char>(c - '0');
 }
 
-// The number that the last one to eight characters before end make; nothing when they aren't all
-// digits. Eight characters must stand before end. An EDR has some twenty identifiers, and digit by
-// digit they would take a sixth of the time that it takes: so the digits are read as one word and
-// joined in pairs, first to four numbers of two digits, then to two of four, then to one of eight.
-std::optional<unsigned long> numberOfLastDigits(char const* end, std::size_t count) {
+// An EDR has some twenty identifiers, and digit by digit they would take a sixth of the time that
+// it takes: so the last one to eight digits are read as one word.
+
+// The characters before end, as the values of digits. Eight characters must stand there; those that
+// aren't among the last count are 0.
+std::uint64_t lastDigits(char const* end, std::size_t count) {
     static_assert(std::endian::native == std::endian::little);
     constexpr std::uint64_t all = ~std::uint64_t{0};
     // By count; the last characters are the highest bytes.
@@ -83,11 +84,17 @@ std::optional<unsigned long> numberOfLastDigits(char const* end, std::size_t cou
         0, all << 56, all << 48, all << 40, all << 32, all << 24, all << 16, all << 8, all};
     std::uint64_t digits = 0;
     std::memcpy(&digits, end - 8, 8);
-    digits = (digits ^ 0x3030303030303030) & lastBytes[count]; // '0' to '9' become 0 to 9
-    // Carries into the highest bit of a byte that is 10 or more.
-    if ((((digits + 0x7676767676767676) | digits) & 0x8080808080808080) != 0) {
-        return std::nullopt;
-    }
+    return (digits ^ 0x3030303030303030) & lastBytes[count]; // '0' to '9' become 0 to 9
+}
+
+// Whether no byte is 10 or more: that carries into the highest bit.
+bool areDigits(std::uint64_t digits) {
+    return (((digits + 0x7676767676767676) | digits) & 0x8080808080808080) == 0;
+}
+
+// Joins the digits in pairs, first to four numbers of two, then to two of four, then to one of
+// eight.
+unsigned long joined(std::uint64_t digits) {
     digits = (digits * (10 << 8 | 1) >> 8) & 0x00ff00ff00ff00ff;
     digits = (digits * (100 << 16 | 1) >> 16) & 0x0000ffff0000ffff;
     return digits * (10000UL << 32 | 1) >> 32;
@@ -147,8 +154,9 @@ unsigned long objectNumber(BAS::String const& identifier) {
         }
         auto const count = length - at;
         if (count - 1 < 8 && length >= 8) {
-            if (auto const number = numberOfLastDigits(text + length, count)) {
-                return *number;
+            auto const digits = lastDigits(text + length, count);
+            if (areDigits(digits)) {
+                return joined(digits);
             }
         }
         return numberAt(text + at, text + length);
@@ -207,9 +215,13 @@ void EventDetailRecord::startAnew(BAS::String const& customer, BAS::String const
 namespace {
 
 std::size_t hashOf(EventKey const& key) {
-    std::hash<std::string_view> const hash;
     constexpr std::size_t oddMultiplier = 0x9e3779b97f4a7c15;
-    return hash(viewOf(key.first)) * oddMultiplier + hash(viewOf(key.second));
+    auto hash = std::hash<std::string_view>()(viewOf(key.first));
+    // Service codes are short.
+    for (auto const c : viewOf(key.second)) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * oddMultiplier;
+    }
+    return hash;
 }
 
 } // namespace
