@@ -56,6 +56,9 @@ public:
     Comparison(KeptObject const& older, KeptObject const& newer) : olderM(older), newerM(newer) {}
 
     std::vector<Change> run() {
+        if (cameOrWent()) {
+            return std::move(changesM);
+        }
         compareFacts();
         static List const noList;
         for (auto const& list : newerM.lists) {
@@ -84,15 +87,20 @@ private:
         return found == object.lists.end() ? nullptr : &*found;
     }
 
-    void compareFacts() {
+    // What else it has follows from that.
+    bool cameOrWent() {
         bool const wasAbsent = factIn(olderM, "in memory") != nullptr;
-        if (wasAbsent != (factIn(newerM, "in memory") != nullptr)) {
+        bool const isAbsent = factIn(newerM, "in memory") != nullptr;
+        if (wasAbsent != isAbsent) {
             changesM.push_back(
                 {fmt::format("{}: {}", newerM.id,
                              wasAbsent ? "not in memory → in memory" : "in memory → not in memory"),
                  {}});
-            return;
         }
+        return wasAbsent != isAbsent;
+    }
+
+    void compareFacts() {
         for (auto const& [name, value] : newerM.facts) {
             auto const* const before = factIn(olderM, name);
             if (before == nullptr || *before != value) {
