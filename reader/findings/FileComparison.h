@@ -1,6 +1,9 @@
-// Finds objects that one file shows with other facts than another. Keeps a hash of each object.
+// Finds objects that one file shows with other facts than another. Keeps a hash of each object, and
+// where it stands: the earlier event is read again to name the facts.
 #pragma once
 
+#include "diff/ObjectChanges.h"
+#include "facts/FactReader.h"
 #include "facts/HeldObjects.h"
 #include "findings/Finding.h"
 
@@ -17,19 +20,27 @@ public:
 
     // Appends a finding for each object of the event that differs from what an earlier file shows;
     // each object once a file.
-    void compare(EventFacts const& event, std::size_t file, std::vector<Finding>& findings);
+    void compare(EventFacts const& event, std::uint64_t offset, std::size_t file,
+                 std::vector<Finding>& findings);
 
 private:
     struct Shown {
         std::uint64_t hash;
+        std::uint64_t offset; // of the event in its file
         std::size_t file;
         LineNumber line;
         std::size_t lastFile; // that was compared
     };
 
+    Finding findingOf(HeldObject const& object, Shown const& earlier);
+    std::vector<Change> changesSince(Shown const& earlier, HeldObject const& object);
+
     std::vector<std::string> const& filesM;
     HeldObjectWalk walkM;
     std::unordered_map<std::uint64_t, Shown> shownM; // by a hash of the object's name
+    // For the earlier events.
+    FactReader earlierReaderM;
+    HeldObjectWalk earlierWalkM;
 };
 
 } // namespace reader

@@ -53,7 +53,7 @@ void forEachJudged(Options const& options, std::function<void(JudgedEvent const&
         auto const& event = reader.read(text);
         if (hasSeveralFiles) {
             keys.add(event.customer.text, event.service.text, text, file, walk.files());
-            comparison.compare(event, file, findings);
+            comparison.compare(event, text.offset, file, findings);
         }
         if (!options.filter.lets(event)) {
             return;

@@ -201,6 +201,8 @@ void EventReader::hand(EventText& event) {
                   {endsM.data() + firstLineEndM, endOfLines - firstLineEndM},
                   bufferM.data()};
     event.line = lineM;
+    event.offset = offsetM;
+    offsetM += event.text.size();
     lineM += event.text.lineEnds();
     beginM = end;
     firstLineEndM = endOfLines;

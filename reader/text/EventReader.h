@@ -21,6 +21,7 @@ struct EventText {
     TextKind kind = TextKind::dump;
     LinedText text;
     LineNumber line = 1;
+    std::uint64_t offset = 0; // in the file
     // "Begin: N" of a dump; in a report the how manieth.
     std::uint64_t number = 0;
     // Not of an event: what stands before the first one, or after the end of a report's.
@@ -32,7 +33,7 @@ using NoticeSink = std::function<void(LineNumber, std::string const&)>;
 
 class EventReader {
 public:
-    // The file stays the caller's.
+    // The file stays the caller's. Reads from where it stands.
     EventReader(InputFile& file, NoticeSink notice);
 
     // False at the end of the file. Throws an InputError when it can't be read, and when there is
@@ -67,6 +68,7 @@ private:
     std::size_t endM = 0;
     std::size_t searchedM = 0; // no line before it is the ruler of a start
     LineNumber lineM = 1;
+    std::uint64_t offsetM = 0; // of what was not handed out yet, in the file
     bool isAtEndM = false;
     std::optional<Start> presentM;
     bool anyEventM = false;

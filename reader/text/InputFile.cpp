@@ -39,6 +39,11 @@ InputFile::~InputFile() {
     }
 }
 
+bool InputFile::seek(std::uint64_t offset) {
+    return descriptorM != STDIN_FILENO &&
+           ::lseek(descriptorM, static_cast<off_t>(offset), SEEK_SET) >= 0;
+}
+
 std::size_t InputFile::read(char* bytes, std::size_t size) {
     for (;;) {
         auto const count = ::read(descriptorM, bytes, size);

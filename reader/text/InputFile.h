@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -23,6 +24,9 @@ public:
 
     // Fills at most size bytes and returns how many; 0 at the end. Throws an InputError.
     std::size_t read(char* bytes, std::size_t size);
+
+    // Goes on from so many bytes after the file's begin; false when it can't be read twice.
+    bool seek(std::uint64_t offset);
 
     // As the user named it; "standard input" for "-".
     std::string const& name() const noexcept { return nameM; }
