@@ -67,32 +67,37 @@ std::string filled(std::string_view frame,
     return text.append(frame);
 }
 
-[[noreturn]] void throwNotWritable(std::filesystem::path const& file) {
-    throw OutputError(file.string() + ": can't be written: " + std::strerror(errno));
+bool writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        auto const count = ::write(descriptor, text.data(), text.size());
+        if (count >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
 }
 
+// Lets those read a file who may read what its user makes.
+bool permitAsUsual(int descriptor) {
+    auto const mask = ::umask(0);
+    ::umask(mask);
+    constexpr mode_t everybody = 0666;
+    return ::fchmod(descriptor, everybody & ~mask) == 0;
+}
+
+// Nobody ever reads half of it.
 void writeAside(std::filesystem::path const& file, std::string_view text) {
     auto aside = file.string() + ".XXXXXX";
     auto const descriptor = ::mkostemp(aside.data(), O_CLOEXEC);
-    if (descriptor < 0) {
-        throwNotWritable(file);
-    }
-    bool isWritten = true;
-    while (isWritten && !text.empty()) {
-        auto const count = ::write(descriptor, text.data(), text.size());
-        isWritten = count >= 0 || errno == EINTR;
-        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-    // Who may read a new file is the caller's to say.
-    auto const mask = ::umask(0);
-    ::umask(mask);
-    isWritten = isWritten && ::fchmod(descriptor, 0666 & ~mask) == 0;
-    isWritten = ::close(descriptor) == 0 && isWritten;
-    if (!isWritten || ::rename(aside.c_str(), file.c_str()) != 0) {
-        auto const error = errno;
+    bool const isWritten =
+        descriptor >= 0 && writeAll(descriptor, text) && permitAsUsual(descriptor);
+    bool const isClosed = descriptor >= 0 && ::close(descriptor) == 0;
+    if (!isWritten || !isClosed || ::rename(aside.c_str(), file.c_str()) != 0) {
+        OutputError const error(file.string() + ": can't be written: " + std::strerror(errno));
         ::unlink(aside.c_str());
-        errno = error;
-        throwNotWritable(file);
+        throw error;
     }
 }
 
