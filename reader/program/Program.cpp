@@ -18,6 +18,15 @@ namespace reader {
 
 namespace {
 
+constexpr char const* exitCodes = R"(Exit codes:
+  0    done
+  1    findings: a mismatch was found; diff: the files differ
+  2    wrong usage
+  3    no such file, or no event in it
+  4    the output can't be written
+
+datadump COMMAND --help shows the options of a command.
+)";
 constexpr char const* fileHelp = "event reports, in-memory dumps, or - for standard input";
 
 // A time of the command line, in seconds since 1970.
@@ -81,6 +90,7 @@ class CommandLine {
 public:
     CommandLine() {
         appM.require_subcommand(1);
+        appM.footer(exitCodes);
         appM.set_version_flag("--version", "datadump " DATADUMP_VERSION);
         addCommand("list", "one line an event", listEvents);
         addCommand("show", "events as they stand, byte for byte", showEvents);
