@@ -69,23 +69,23 @@ bool isIsoTime(std::string_view text) {
 }
 
 std::optional<std::int64_t> isoSeconds(std::string_view text) {
-    bool const hasClock = hasForm(text, isoForm);
-    if (!hasClock && !hasForm(text, isoDateForm)) {
+    if (!hasForm(text, isoForm) && !hasForm(text, isoDateForm)) {
         return std::nullopt;
     }
-    std::chrono::year_month_day const date{
-        std::chrono::year(number(text.substr(0, 4))),
-        std::chrono::month(static_cast<unsigned>(number(text.substr(5, 2)))),
-        std::chrono::day(static_cast<unsigned>(number(text.substr(8, 2))))};
-    if (!date.ok()) {
+    auto const part = [&](std::size_t begin, std::size_t size) {
+        return begin < text.size() ? number(text.substr(begin, size)) : 0;
+    };
+    std::chrono::year_month_day const date{std::chrono::year(part(0, 4)),
+                                           std::chrono::month(static_cast<unsigned>(part(5, 2))),
+                                           std::chrono::day(static_cast<unsigned>(part(8, 2)))};
+    auto const hours = part(11, 2);
+    auto const minutes = part(14, 2);
+    auto const seconds = part(17, 2);
+    if (!date.ok() || hours > 23 || minutes > 59 || seconds > 59) {
         return std::nullopt;
     }
     std::int64_t const day = std::chrono::sys_days(date).time_since_epoch().count();
-    std::int64_t const clock = hasClock ? number(text.substr(11, 2)) * 3600 +
-                                              number(text.substr(14, 2)) * 60 +
-                                              number(text.substr(17, 2))
-                                        : 0;
-    return day * 86'400 + clock;
+    return day * 86'400 + hours * 3600 + minutes * 60 + seconds;
 }
 
 std::string distance(std::string_view earlier, std::string_view later) {

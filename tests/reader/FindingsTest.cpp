@@ -87,6 +87,10 @@ TEST(Findings, tellHowFarTimesAreApart) {
     EXPECT_FALSE(chargingSeconds("0"));
     EXPECT_FALSE(chargingSeconds("253402300800"));
     EXPECT_TRUE(chargingSeconds("253402300799"));
+    for (auto const* const time : {"2026-11-20T24:00:00Z", "2026-11-20T12:60:00Z", "2026-02-29",
+                                   "2026-11-20T12:00:00", "20-11-2026", ""}) {
+        EXPECT_FALSE(isoSeconds(time)) << time;
+    }
 }
 
 // The guide and the program explain each kind with the same words.
