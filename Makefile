@@ -1,6 +1,6 @@
 # The commands of this project; `make help` lists them. CMake does the building.
 
-.PHONY: help build demo test test-long fuzz soak coverage bench bench-host bench-reader package golden format tidy clean packages
+.PHONY: help build demo test test-long fuzz soak coverage bench bench-host bench-reader bench-stream package golden format tidy clean packages
 .DEFAULT_GOAL := help
 
 SOURCES = $(shell git ls-files '*.cpp' '*.h')
@@ -37,7 +37,7 @@ test: packages ## build everything and run the tests: as installed, and under th
 	@$(call BUILD_PRESETS,release asan)
 	@$(call RUN_TESTS,release asan,--label-exclude long)
 
-test-long: packages ## run what takes longer: a million EDRs, races under the thread sanitizer, fuzzing, the page in a browser
+test-long: packages ## run what takes longer: a million EDRs, races under the thread sanitizer, fuzzing, the page in a browser, streams
 	@tools/install-packages chromium chromium-driver openssl python3
 	@$(call BUILD_PRESETS,release asan tsan fuzz)
 	@$(call RUN_TESTS,release asan tsan fuzz,--label-regex long)
@@ -68,7 +68,7 @@ soak: packages ## run the tests of docs/reliability.md at release size, for days
 	DATABASE_ALIAS_ROWS=$(SOAK_ALIAS_ROWS) tests/support/with-postgresql \
 	    build/release/bin/database_fault_test --gtest_brief=1
 	STREAM_MEGABYTES=1024 STREAM_KILLS='30 30 10' tests/stream/run-each \
-	    build/release/bin/pipeline-host build/release/lib/TestRecorder.so $(SOAK_STREAM_EDRS)
+	    build/release/bin/pipeline-host $(SOAK_STREAM_EDRS)
 	build/asan/bin/allocation_failure_test --gtest_brief=1
 	build/asan/bin/output_fault_test --gtest_brief=1 --gtest_repeat=$(SOAK_REPEATS)
 	build/tsan/bin/races $$(($(SOAK_EDRS) / 10))
@@ -110,6 +110,10 @@ bench-reader: build ## measure datadump against grep on a dump of a gigabyte
 	@tools/install-packages python3
 	@mkdir -p build/bench/reader
 	bench/compare-reader build/release/bin/datadump build/release/bin/pipeline-host build/bench/reader
+
+bench-stream: build ## measure a host on a stream of three servers against one on a file
+	@tools/install-packages python3
+	tests/support/with-nats bench/compare-stream build/release/bin/pipeline-host 1000000 5
 
 package: build ## make the Debian packages, in build/package
 	@cd build/release && cpack -B $(CURDIR)/build/package

@@ -25,6 +25,8 @@ public:
 struct SourcePlace {
     std::string source;
     std::uint64_t line = 0;
+
+    bool operator==(SourcePlace const&) const = default;
 };
 
 std::string compressed(std::string_view text);

@@ -63,9 +63,14 @@ std::optional<SourcePlace> PartitionWriter::placeOfMessage(std::uint64_t sequenc
     return placeOf(found);
 }
 
+// A message can be taken although one before it wasn't: when another publisher's has come between,
+// the sequence that it expects is there.
 void PartitionWriter::acknowledge(std::uint64_t sequence) noexcept {
-    auto known = acknowledgementM.load();
-    while (known < sequence && !acknowledgementM.compare_exchange_weak(known, sequence)) {
+    auto const known = acknowledgementM.load();
+    if (sequence == known + 1) {
+        acknowledgementM = sequence;
+    } else if (sequence > known) {
+        hasFailedM = true;
     }
 }
 
@@ -143,16 +148,14 @@ void PartitionWriter::recover() {
 // False when the stream has less than was acknowledged, perhaps only as told by a stale server.
 // While no server answers it goes on to ask.
 bool PartitionWriter::goOnFromStream() {
-    std::uint64_t last = 0;
-    std::optional<SourcePlace> place;
     for (;;) {
         try {
-            auto const info = connectionM.streamInfo(streamM);
-            if (info == nullptr) {
-                throw AcknowledgedLost();
+            auto const last = lastInStream();
+            if (last < acknowledgedM) {
+                return false;
             }
-            last = info->State.LastSeq;
-            place = last > acknowledgedM ? placeOfMessage(last) : std::nullopt;
+            requireOwn(last);
+            acknowledgementM = sentM = last;
             break;
         } catch (NoServer const&) {
             connectionM.requireOpen();
@@ -162,24 +165,35 @@ bool PartitionWriter::goOnFromStream() {
             std::this_thread::sleep_for(retryInterval);
         }
     }
-    if (last < acknowledgedM) {
-        return false;
-    }
-    auto const stored = last - acknowledgedM;
-    bool const isOwn =
-        stored <= onTheWayM.size() && (stored == 0 || !place ||
-                                       (place->source == onTheWayM[stored - 1].place.source &&
-                                        place->line == onTheWayM[stored - 1].place.line));
-    if (!isOwn) {
-        throw failure(pipelineM, "publishing to " + streamM, "another publisher writes to it");
-    }
-    acknowledge(last);
     dropAcknowledged();
-    sentM = last;
     for (auto const& sent : onTheWayM) {
         transmit(sent);
     }
     return true;
+}
+
+std::uint64_t PartitionWriter::lastInStream() const {
+    auto const info = connectionM.streamInfo(streamM);
+    if (info == nullptr) {
+        throw AcknowledgedLost();
+    }
+    return info->State.LastSeq;
+}
+
+// Throws a BAS::Status when the messages after the acknowledged ones aren't those on their way.
+void PartitionWriter::requireOwn(std::uint64_t last) const {
+    for (auto sequence = acknowledgedM + 1; sequence <= last; ++sequence) {
+        auto const next = static_cast<std::size_t>(sequence - acknowledgedM - 1);
+        bool isOwn = next < onTheWayM.size();
+        if (isOwn) {
+            auto const place = placeOfMessage(sequence);
+            isOwn = !place || *place == onTheWayM[next].place; // it may have expired
+        }
+        if (!isOwn) {
+            throw failure(pipelineM, "publishing to " + streamM,
+                          "another publisher writes to it; what was sent last isn't all there");
+        }
+    }
 }
 
 } // namespace stream

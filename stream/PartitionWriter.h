@@ -34,7 +34,7 @@ public:
     void finish();
     std::uint64_t messages() const noexcept { return messagesM; }
 
-    // Any thread.
+    // Any thread. Acknowledgements come in the order of the messages, unless one before is missing.
     void acknowledge(std::uint64_t sequence) noexcept;
     void fail() noexcept { hasFailedM = true; }
 
@@ -49,6 +49,8 @@ private:
     void waitFor(std::size_t most);
     void recover();
     bool goOnFromStream();
+    std::uint64_t lastInStream() const;
+    void requireOwn(std::uint64_t last) const;
     std::optional<SourcePlace> placeOfMessage(std::uint64_t sequence) const;
 
     Connection& connectionM;

@@ -25,6 +25,15 @@ using Clock = std::chrono::steady_clock;
 constexpr auto mostDelay = std::chrono::milliseconds(200);
 constexpr auto drawInterval = std::chrono::milliseconds(500);
 
+// Of lines, published ones, those that were before, and rejected ones; of messages; seconds; lines
+// a second.
+constexpr char const* textSummary = "Lines: {}, published: {}, published before: {}, rejected: {}, "
+                                    "messages: {}, seconds: {:.3f}, lines/s: {:.0f}\n";
+constexpr char const* jsonSummary =
+    R"({{"Lines": {}, "Published": {}, "PublishedBefore": {}, "Rejected": {}, )"
+    R"("Messages": {}, "Seconds": {:.3f}, "LinesPerSecond": {:.0f}}})"
+    "\n";
+
 // What tells a file from another one, also when that is called so tomorrow.
 std::string sourceName(std::filesystem::path const& file) {
     if (file == "-") {
@@ -39,8 +48,8 @@ std::string sourceName(std::filesystem::path const& file) {
 class Publisher {
 public:
     Publisher(host::PipelineConfiguration const& pipeline, host::StreamSource const& source,
-              host::Notification const& stop)
-        : pipelineM(pipeline), streamM(*pipeline.stream), sourceM(source), stopM(stop),
+              host::OutputForm form, host::Notification const& stop)
+        : pipelineM(pipeline), streamM(*pipeline.stream), sourceM(source), formM(form), stopM(stop),
           keysM(source.keys), connectionM(streamM, {&onAcknowledgement, this}) {
         for (auto const& file : source.files) {
             namesM.push_back(source.name.value_or(sourceName(file)));
@@ -205,13 +214,13 @@ private:
         }
         auto const seconds = std::chrono::duration<double>(Clock::now() - beginM).count();
         auto const published = linesM - skippedM - rejectedM;
+        auto const perSecond = seconds > 0 ? static_cast<double>(published) / seconds : 0.0;
         if (host::canEraseTerminalLine()) {
             std::cerr << host::eraseTerminalLine;
         }
-        std::cout << fmt::format("Lines: {}, published: {}, published before: {}, rejected: {}, "
-                                 "messages: {}, seconds: {:.3f}, lines/s: {:.0f}\n",
-                                 linesM, published, skippedM, rejectedM, messages, seconds,
-                                 seconds > 0 ? static_cast<double>(published) / seconds : 0.0)
+        std::cout << fmt::format(
+                         fmt::runtime(formM == host::OutputForm::json ? jsonSummary : textSummary),
+                         linesM, published, skippedM, rejectedM, messages, seconds, perSecond)
                   << std::flush;
         return !std::cout       ? host::inputOrOutputFailed
                : rejectedM == 0 ? host::done
@@ -221,6 +230,7 @@ private:
     host::PipelineConfiguration const& pipelineM;
     host::StreamConfiguration const& streamM;
     host::StreamSource const& sourceM;
+    host::OutputForm formM;
     host::Notification const& stopM;
     KeyFields keysM;
     std::vector<std::string> namesM; // of the files, in the stream
@@ -241,10 +251,11 @@ bool canBeReadAgain(host::StreamSource const& source) {
 } // namespace
 
 host::ExitCode publishFiles(host::PipelineConfiguration const& pipeline,
-                            host::StreamSource const& source, host::Notification const& stop) {
+                            host::StreamSource const& source, host::OutputForm form,
+                            host::Notification const& stop) {
     for (;;) {
         try {
-            return Publisher(pipeline, source, stop).publish();
+            return Publisher(pipeline, source, form, stop).publish();
         } catch (AcknowledgedLost const&) {
             if (!canBeReadAgain(source)) {
                 throw failure(pipeline.stream->name, "publishing standard input",

@@ -4,6 +4,9 @@
 #include "Leases.h"
 #include "StreamNames.h"
 #include "StreamPlaces.h"
+#include "base/EscapedText.h"
+#include "base/JsonText.h"
+#include "base/TextTable.h"
 
 #include <fmt/format.h>
 
@@ -72,6 +75,64 @@ std::string valueOf(kvStore* bucket, std::uint64_t partition) {
             static_cast<std::size_t>(kvEntry_ValueLen(found))};
 }
 
+struct ShownPartition {
+    std::uint64_t number = 0;
+    std::string name;
+    std::optional<jsStreamState> state; // nothing when there is no such stream
+    std::uint64_t lag = 0;              // messages
+    std::string owner;                  // empty when there is none
+};
+
+struct StateColumn {
+    char const* name;
+    std::uint64_t jsStreamState::*value;
+};
+constexpr StateColumn stateColumns[] = {{"Messages", &jsStreamState::Msgs},
+                                        {"Bytes", &jsStreamState::Bytes},
+                                        {"First", &jsStreamState::FirstSeq},
+                                        {"Last", &jsStreamState::LastSeq}};
+
+std::string tableOf(std::vector<ShownPartition> const& partitions) {
+    std::vector<host::TableRow> rows = {{"Stream"}};
+    for (auto const& column : stateColumns) {
+        rows.front().emplace_back(column.name);
+    }
+    rows.front().insert(rows.front().end(), {"Lag", "Owner"});
+    for (auto const& partition : partitions) {
+        host::TableRow row = {partition.name};
+        for (auto const& column : stateColumns) {
+            row.push_back(partition.state ? std::to_string((*partition.state).*column.value) : "-");
+        }
+        row.push_back(partition.state ? std::to_string(partition.lag) : "-");
+        row.push_back(!partition.state          ? "there is no such stream"
+                      : partition.owner.empty() ? "-"
+                                                : host::printable(partition.owner));
+        rows.push_back(row);
+    }
+    return host::alignedTable(rows, "lrrrrrl");
+}
+
+std::string jsonOf(std::string const& name, std::vector<ShownPartition> const& partitions) {
+    static constexpr char const* none = "null";
+    std::vector<std::string> elements;
+    for (auto const& partition : partitions) {
+        host::JsonMembers members = {{"Partition", std::to_string(partition.number)},
+                                     {"Stream", host::quotedText(partition.name)}};
+        for (auto const& column : stateColumns) {
+            members.emplace_back(column.name, partition.state
+                                                  ? std::to_string((*partition.state).*column.value)
+                                                  : none);
+        }
+        members.emplace_back("Lag", partition.state ? std::to_string(partition.lag) : none);
+        members.emplace_back("Owner",
+                             partition.owner.empty() ? none : host::quotedText(partition.owner));
+        elements.push_back(host::jsonObject(members));
+    }
+    return host::jsonObject(
+               {{"Stream", host::quotedText(name)}, {"Partitions", host::jsonArray(elements)}}) +
+           "\n";
+}
+
 } // namespace
 
 host::ExitCode createStreams(host::StreamConfiguration const& stream,
@@ -91,31 +152,28 @@ host::ExitCode createStreams(host::StreamConfiguration const& stream,
     return std::cout ? host::done : host::inputOrOutputFailed;
 }
 
-host::ExitCode showStreams(host::StreamConfiguration const& stream) {
+host::ExitCode showStreams(host::StreamConfiguration const& stream, host::OutputForm form) {
     Connection connection(stream);
     auto const leases = connection.bucket(leaseBucket(stream.name));
     auto const places = connection.bucket(placeBucket(stream.name));
-    bool areAllThere = true;
-    std::cout << fmt::format("{:<24} {:>10} {:>12} {:>10} {:>10} {:>10}  {}\n", "Stream",
-                             "Messages", "Bytes", "First", "Last", "Lag", "Owner");
-    for (std::uint64_t partition = 0; partition < stream.partitionCount; ++partition) {
-        auto const name = streamName(stream.name, partition);
-        auto const info = connection.streamInfo(name);
-        if (info == nullptr) {
-            areAllThere = false;
-            std::cout << fmt::format("{:<24} there is none\n", name);
-            continue;
+    std::vector<ShownPartition> partitions;
+    for (std::uint64_t number = 0; number < stream.partitionCount; ++number) {
+        auto& shown = partitions.emplace_back();
+        shown.number = number;
+        shown.name = streamName(stream.name, number);
+        if (auto const info = connection.streamInfo(shown.name)) {
+            auto const place = parsePlace(valueOf(places.get(), number));
+            auto const done = place && place->created == info->Created ? place->sequence - 1 : 0;
+            shown.state = info->State;
+            shown.lag = info->State.LastSeq - std::min(done, info->State.LastSeq);
+            shown.owner = valueOf(leases.get(), number);
         }
-        auto const& state = info->State;
-        auto const place = parsePlace(valueOf(places.get(), partition));
-        auto const done = place && place->created == info->Created ? place->sequence - 1 : 0;
-        auto const owner = valueOf(leases.get(), partition);
-        std::cout << fmt::format("{:<24} {:>10} {:>12} {:>10} {:>10} {:>10}  {}\n", name,
-                                 state.Msgs, state.Bytes, state.FirstSeq, state.LastSeq,
-                                 state.LastSeq - std::min(done, state.LastSeq),
-                                 owner.empty() ? "-" : owner);
     }
-    std::cout << std::flush;
+    std::cout << (form == host::OutputForm::json ? jsonOf(stream.name, partitions)
+                                                 : tableOf(partitions))
+              << std::flush;
+    bool const areAllThere = std::all_of(partitions.begin(), partitions.end(),
+                                         [](auto const& each) { return each.state.has_value(); });
     return !std::cout ? host::inputOrOutputFailed : areAllThere ? host::done : host::doneWithFaults;
 }
 

@@ -9,7 +9,7 @@ namespace stream {
 // a BAS::Status when the servers don't answer or refuse.
 host::ExitCode createStreams(host::StreamConfiguration const& stream,
                              host::StreamLimits const& limits);
-// One row for each partition.
-host::ExitCode showStreams(host::StreamConfiguration const& stream);
+// One row, or one object, for each partition.
+host::ExitCode showStreams(host::StreamConfiguration const& stream, host::OutputForm form);
 
 } // namespace stream

@@ -16,13 +16,13 @@ public:
                           host::StreamLimits const& limits) override {
         return stream::createStreams(stream, limits);
     }
-    host::ExitCode show(host::StreamConfiguration const& stream) override {
-        return stream::showStreams(stream);
+    host::ExitCode show(host::StreamConfiguration const& stream, host::OutputForm form) override {
+        return stream::showStreams(stream, form);
     }
     host::ExitCode publish(host::PipelineConfiguration const& pipeline,
-                           host::StreamSource const& source,
+                           host::StreamSource const& source, host::OutputForm form,
                            host::Notification const& stop) override {
-        return stream::publishFiles(pipeline, source, stop);
+        return stream::publishFiles(pipeline, source, form, stop);
     }
 };
 

@@ -56,6 +56,8 @@ struct StreamSource {
     std::uint64_t from = 0;                   // the first line; 0: after the last published one
 };
 
+enum class OutputForm { text, json };
+
 class StreamLibrary {
 public:
     virtual ~StreamLibrary() = default;
@@ -68,9 +70,9 @@ public:
     // Makes the streams that aren't there. All of these print to standard output, and throw a
     // BAS::Status when a server doesn't do what it should.
     virtual ExitCode create(StreamConfiguration const& stream, StreamLimits const& limits) = 0;
-    virtual ExitCode show(StreamConfiguration const& stream) = 0;
+    virtual ExitCode show(StreamConfiguration const& stream, OutputForm form) = 0;
     virtual ExitCode publish(PipelineConfiguration const& pipeline, StreamSource const& source,
-                             Notification const& stop) = 0;
+                             OutputForm form, Notification const& stop) = 0;
 };
 
 inline constexpr char const* streamLibrary = "pipeline-host-stream"; // ".so" beside the modules

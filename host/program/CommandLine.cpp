@@ -251,6 +251,7 @@ void addStream(CLI::App& app, Texts& texts, CommandLine& commandLine) {
                     "So much of each partition is kept; -1 keeps everything")
         ->type_name("NUMBER")
         ->capture_default_str();
+    stream.add_flag("--json", commandLine.isJson, "What show shows, as one line of JSON");
     stream.add_option("--hours", limits.hours, "So long a message is kept; 0 keeps it forever")
         ->type_name("NUMBER")
         ->capture_default_str();
@@ -274,6 +275,7 @@ void addPublish(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         .add_option("--source", source.name,
                     "What the lines are remembered by, instead of the file's name and identity")
         ->type_name("NAME");
+    publish.add_flag("--json", commandLine.isJson, "The summary as one line of JSON");
     publish.add_option("--from", source.from, "The first line that is sent where none is known")
         ->type_name("LINE");
 }

@@ -219,14 +219,15 @@ ExitCode useStream(CommandLine const& commandLine, Logs& logs) {
     auto const configuration = readRegistry(commandLine.registry).configuration;
     auto const& pipeline = pipelineOf(configuration, commandLine);
     auto& library = ModuleLoader(ModuleLoader::defaultSearchPath()).loadStreamLibrary();
+    auto const form = commandLine.isJson ? OutputForm::json : OutputForm::text;
     try {
         if (commandLine.verb == CommandLine::Verb::publish) {
             Notification stop;
             StopSignals const signals(stop);
-            return library.publish(pipeline, commandLine.streamSource, stop);
+            return library.publish(pipeline, commandLine.streamSource, form, stop);
         }
         return commandLine.isCreating ? library.create(*pipeline.stream, commandLine.streamLimits)
-                                      : library.show(*pipeline.stream);
+                                      : library.show(*pipeline.stream, form);
     } catch (BAS::Status const& status) {
         logs.writeToCaller(status);
         return inputOrOutputFailed;

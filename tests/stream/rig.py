@@ -12,8 +12,8 @@ import time
 import urllib.request
 
 host = os.path.abspath(sys.argv[1])
-recorder = os.path.abspath(sys.argv[2])
-events = int(sys.argv[3])
+events = int(sys.argv[2])
+recorder = os.path.join(os.path.dirname(host), '../lib/TestRecorder.so')
 work = tempfile.mkdtemp(prefix='stream-test.')
 servers = os.environ['NATS_SERVERS']
 directory = os.environ['NATS_DIRECTORY']
@@ -59,14 +59,29 @@ def call(*arguments, expect=0):
     return done.stdout + done.stderr
 
 
+def start(command):
+    process = subprocess.Popen(command, cwd=work, stdout=subprocess.DEVNULL)
+    started.append(process)
+    return process
+
+
 def stream_input(stream, partitions, of, state, more=''):
     more = more if 'Servers:' in more else f'Servers: {servers}{more and ", " + more}'
     return (f"{{Stream: {{Name: {stream}, Partitions: '{partitions}', Of: {of}, "
             f'StateDirectory: {state}, {more}}}}}')
 
 
+def generate():
+    """registry.yaml, events.jsonl and the database, once."""
+    if not os.path.exists(path('registry.yaml')):
+        call('generate', '--output', work, '--events', str(events))
+        subprocess.run(['sh', '-c', 'cat reference-schema.sql reference-data.sql | '
+                        'sqlite3 reference.db'], cwd=work, check=True)
+
+
 def registry(name, stream, partitions, of, state, more=''):
     """A registry like that of the generated files, but with a stream as its input."""
+    generate()
     lines = f'      Input: {stream_input(stream, partitions, of, state, more)}\n'
     return write(name, re.sub(r'      Input:\n        Files:.*\n', lambda _: lines,
                               read('registry.yaml')))
@@ -96,10 +111,15 @@ def publish(registry_file, *files, expect=0):
     return call('publish', registry_file, 'Main', *files, *keys, expect=expect)
 
 
+def shown(registry_file, key):
+    """What stream show shows of each partition."""
+    found = json.loads(call('stream', 'show', registry_file, 'Main', '--json'))
+    return [partition[key] for partition in found['Partitions']]
+
+
 def lags(registry_file):
-    """How many messages of each partition are not processed, by stream show."""
-    rows = call('stream', 'show', registry_file, 'Main').splitlines()[1:]
-    return [int(row.split()[5]) for row in rows]
+    """How many messages of each partition are not processed."""
+    return shown(registry_file, 'Lag')
 
 
 def wait_until_read(registry_file, seconds=120):
