@@ -23,8 +23,9 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_REG_ENTRY_NOT_FOUND", "The mandatory registry key '%1' is missing%2."},
     {"ERR_PLUGIN_TYPE_INVALID",
      "The module '%1'%2 doesn't exist in the data pool or is of another kind than the registry key "
-     "requires: a key names the kind that it expects, such as AccountDataModule a DAT_Account and "
-     "Database a DBC_Database."},
+     "requires. AccountDataModule expects a DAT_Account, BalanceDataModule a DAT_Balance, "
+     "DiscountDataModule a DAT_Discount, RateplanDataModule a DAT_Rateplan, PriceDataModule a "
+     "DAT_Price, and Database a DBC_Database."},
     {"ERR_DATA_PLUGIN_NOT_FOUND",
      "There is no data module '%1'%2: expected a name below DataPool in the registry."},
     {"ERR_REG_UPDATE_FAILED", "The registry update of '%1' failed."},
