@@ -3,6 +3,8 @@
 #include "DAT/LoadSession.h"
 #include "base/Failures.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 
 namespace host {
@@ -102,6 +104,7 @@ void Reloader::read(Reload& reload, std::stop_token const& stop) {
                 throw makeStatus(BAS::Status::error, module.name, "ERR_RELOAD_GIVEN_UP", {});
             }
             reload.newData.push_back(readModule(module, session, reload.isForced));
+            ::malloc_trim(0); // what reading took besides, which the next module may not fit into
         } catch (BAS::Status const& status) {
             reload.failure = status;
             reload.failure->setObjectName(module.name);
