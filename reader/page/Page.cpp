@@ -95,9 +95,9 @@ void writeAside(std::filesystem::path const& file, std::string_view text) {
         descriptor >= 0 && writeAll(descriptor, text) && permitAsUsual(descriptor);
     bool const isClosed = descriptor >= 0 && ::close(descriptor) == 0;
     if (!isWritten || !isClosed || ::rename(aside.c_str(), file.c_str()) != 0) {
-        OutputError const error(file.string() + ": can't be written: " + std::strerror(errno));
+        auto const message = file.string() + ": can't be written: " + std::strerror(errno);
         ::unlink(aside.c_str());
-        throw error;
+        throw OutputError(message);
     }
 }
 
