@@ -15,6 +15,7 @@
 #include <chrono>
 #include <deque>
 #include <iostream>
+#include <stdexcept>
 
 namespace stream {
 
@@ -262,6 +263,9 @@ host::ExitCode publishFiles(host::PipelineConfiguration const& pipeline,
                               "the stream lost messages that it had acknowledged, and they can't "
                               "be read again");
             }
+        } catch (std::invalid_argument const& badKey) {
+            std::cerr << host::printable(badKey.what()) << std::endl;
+            return host::usageWrong;
         }
     }
 }

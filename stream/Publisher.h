@@ -8,7 +8,8 @@
 namespace stream {
 
 // Sends what isn't there yet, and prints a summary to standard output. Throws a BAS::Status when
-// the servers, or a file, fail; the next call goes on where this one ended.
+// the servers, or a file, fail; the next call goes on where this one ended. What is wrong with keys
+// goes to standard error.
 host::ExitCode publishFiles(host::PipelineConfiguration const& pipeline,
                             host::StreamSource const& source, host::OutputForm form,
                             host::Notification const& stop);
