@@ -20,19 +20,19 @@ constexpr auto copyInterval = std::chrono::seconds(1);
 constexpr auto retryInterval = std::chrono::milliseconds(300);
 constexpr auto refreshInterval = std::chrono::milliseconds(leaseTime) / 3;
 
-std::string ownName() {
+} // namespace
+
+std::string processName() {
     std::array<char, 256> name = {};
     ::gethostname(name.data(), name.size() - 1);
     return fmt::format("{}:{}:{}", name.data(), ::getpid(),
                        std::chrono::system_clock::now().time_since_epoch().count());
 }
 
-} // namespace
-
 Leases::Leases(Connection const& connection, host::StreamConfiguration const& stream,
                std::string const& pipeline, BAS::LogSink& log)
-    : connectionM(connection), streamM(stream), pipelineM(pipeline), logM(log), ownerM(ownName()),
-      bucketM(connection.bucket(leaseBucket(stream.name))),
+    : connectionM(connection), streamM(stream), pipelineM(pipeline), logM(log),
+      ownerM(processName()), bucketM(connection.bucket(leaseBucket(stream.name))),
       placesM(connection.bucket(placeBucket(stream.name))) {
     for (auto const partition : stream.partitions) {
         leasesM[partition] = {};

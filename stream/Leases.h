@@ -20,6 +20,9 @@ namespace stream {
 
 inline constexpr std::chrono::seconds leaseTime{5};
 
+// Of the machine, the process and the moment: no other caller has it.
+std::string processName();
+
 class Leases {
 public:
     // Begins to take the partitions. Everything given must outlive the object; statuses have the

@@ -11,9 +11,9 @@
 
 namespace stream {
 
-// FNV-1a, 64 bits.
-constexpr std::uint64_t hashOf(std::string_view text) {
-    std::uint64_t hash = 14695981039346656037U;
+// FNV-1a, 64 bits; of a text that goes on after another one with the hash of that one.
+inline constexpr std::uint64_t emptyHash = 14695981039346656037U;
+constexpr std::uint64_t hashOf(std::string_view text, std::uint64_t hash = emptyHash) {
     for (char const c : text) {
         hash ^= static_cast<unsigned char>(c);
         hash *= 1099511628211U;

@@ -1,4 +1,6 @@
 // The entry of the library, by which the host finds it.
+#include "CommandReceiver.h"
+#include "CommandSender.h"
 #include "PartitionedInput.h"
 #include "Publisher.h"
 #include "StreamAdministration.h"
@@ -12,6 +14,11 @@ public:
                                                  BAS::LogSink& log) override {
         return std::make_unique<stream::PartitionedInput>(pipeline, description, log);
     }
+    std::unique_ptr<host::StreamCommands> takeCommands(host::PipelineConfiguration const& pipeline,
+                                                       host::Bell& arrived,
+                                                       BAS::LogSink& log) override {
+        return std::make_unique<stream::CommandReceiver>(pipeline, arrived, log);
+    }
     host::ExitCode create(host::StreamConfiguration const& stream,
                           host::StreamLimits const& limits) override {
         return stream::createStreams(stream, limits);
@@ -23,6 +30,10 @@ public:
                            host::StreamSource const& source, host::OutputForm form,
                            host::Notification const& stop) override {
         return stream::publishFiles(pipeline, source, form, stop);
+    }
+    host::ExitCode send(host::StreamConfiguration const& stream, host::StreamSending const& sending,
+                        host::Notification const& stop) override {
+        return stream::CommandSender(stream, sending).send(stop);
     }
 };
 

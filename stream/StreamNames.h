@@ -14,6 +14,16 @@ inline std::string subject(std::string const& pipeline, std::uint64_t partition)
     return "edr." + pipeline + "." + std::to_string(partition);
 }
 
+// Of commands to all hosts: where they all listen, for the token "request" and for those that they
+// give themselves, and where an answer goes. Publishers may send to none of them.
+inline std::string commandSubject(std::string const& pipeline, std::string const& token) {
+    return "command." + pipeline + "." + token;
+}
+
+inline std::string answerSubject(std::string const& pipeline, std::string const& token) {
+    return "answer." + pipeline + "." + token;
+}
+
 // Of the key-value buckets, with one key a partition: which host owns it, and its place.
 inline std::string leaseBucket(std::string const& pipeline) {
     return "EDR_" + pipeline + "_leases";

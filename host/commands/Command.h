@@ -5,8 +5,10 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,6 +29,8 @@ struct Command {
     std::function<std::filesystem::path()> reportForSender = {};
     // If given, every value that isn't empty names a report there; stays its owner's.
     ReportRoom const* room = nullptr;
+    // If given, it isn't begun any more from then on.
+    std::optional<std::chrono::steady_clock::time_point> latest = {};
 };
 
 // From a text OBJECT KEY[=VALUE]... with blanks between the parts; a part, or a piece of one, that

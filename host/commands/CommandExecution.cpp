@@ -57,6 +57,11 @@ void execute(Command const& command, PreparedCommand& prepared, BAS::RegisteredO
                                               : std::unique_lock(*room.pipelineLock);
     auto const turn =
         room.timer.begin(result.object, keysText(result), [&] { prepared.removeTraces(); });
+    if (command.latest && std::chrono::steady_clock::now() >= *command.latest) {
+        result.fault = "it was to begin earlier, and its sender waits no longer";
+        result.files = prepared.finish(*result.fault);
+        return;
+    }
     NamedFiles const files(prepared.plainValues(), room.watch);
     result.time = std::chrono::system_clock::now();
     auto const begin = std::chrono::steady_clock::now();

@@ -1,10 +1,12 @@
 // What the host needs of the library for streams, which it loads when a registry names a stream.
 #pragma once
 
+#include "base/Bell.h"
 #include "base/ExitCode.h"
 #include "base/Notification.h"
 #include "input/EdrSource.h"
 #include "input/InputProgress.h"
+#include "input/StreamCommands.h"
 #include "registry/Registry.h"
 
 #include <cstdint>
@@ -67,12 +69,20 @@ public:
     virtual std::unique_ptr<StreamInput> makeInput(PipelineConfiguration const& pipeline,
                                                    EDR::Description const& description,
                                                    BAS::LogSink& log) = 0;
+    // Takes commands for all hosts of the pipeline's stream from now on, and rings when one waits.
+    // The log gets what keeps it from doing so. Everything given must outlive the object.
+    virtual std::unique_ptr<StreamCommands> takeCommands(PipelineConfiguration const& pipeline,
+                                                         Bell& arrived, BAS::LogSink& log) = 0;
     // Makes the streams that aren't there. All of these print to standard output, and throw a
     // BAS::Status when a server doesn't do what it should.
     virtual ExitCode create(StreamConfiguration const& stream, StreamLimits const& limits) = 0;
     virtual ExitCode show(StreamConfiguration const& stream, OutputForm form) = 0;
     virtual ExitCode publish(PipelineConfiguration const& pipeline, StreamSource const& source,
                              OutputForm form, Notification const& stop) = 0;
+    // Gives a command to all hosts that take commands from the stream, and waits for an answer for
+    // each partition.
+    virtual ExitCode send(StreamConfiguration const& stream, StreamSending const& sending,
+                          Notification const& stop) = 0;
 };
 
 inline constexpr char const* streamLibrary = "pipeline-host-stream"; // ".so" beside the modules

@@ -3,6 +3,7 @@
 #include "base/EscapedText.h"
 #include "base/LogFile.h"
 #include "base/NearestName.h"
+#include "commands/SharedCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -29,11 +30,14 @@ constexpr char const* checkExamples =
     "  pipeline-host check registry.yaml\n"
     "  runuser -u pipeline-host -- pipeline-host check /etc/pipeline-host/main/registry.yaml\n";
 constexpr char const* sendExamples =
-    "The command goes through the command directory of the registry.\n\nExamples:\n"
+    "The command goes through the command directory of the registry, or with --pipeline through\n"
+    "the servers of a stream to all hosts that take commands from it.\n\nExamples:\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
     "      DumpEvents=/tmp/events.txt\n"
     "  pipeline-host send registry.yaml host.Pipelines.Main.Functions.DataDump.Module \\\n"
-    "      ClearData --timeout 5\n";
+    "      ClearData --timeout 5\n"
+    "  pipeline-host send registry.yaml --pipeline Main --collect today \\\n"
+    "      host.Pipelines.Main.Functions.DataDump.Module Dump=@\n";
 constexpr char const* statusExamples =
     "Tells how a running host is doing, also while a command or a batch keeps it busy. It ends\n"
     "with 75 when no host runs with that registry.\n\nExamples:\n"
@@ -175,6 +179,15 @@ void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         ->default_val(commandLine.timeout.count())
         ->check(CLI::Range(0.0, 1e9).description(""));
     send.add_flag("--json", commandLine.isJson, "The result as one line of JSON");
+    auto* const pipeline =
+        send.add_option("--pipeline", commandLine.pipeline,
+                        "All hosts that read this pipeline's stream get the command; values are "
+                        "'@', for a report, or words")
+            ->type_name("PIPELINE");
+    send.add_option("--collect", commandLine.collectedIn,
+                    "The directory for the reports of '@', made when missing")
+        ->type_name("DIRECTORY")
+        ->needs(pipeline);
 }
 
 void addStatus(CLI::App& app, Texts& texts, CommandLine& commandLine) {
@@ -214,6 +227,18 @@ void addGenerate(CLI::App& app, GenerateOptions& options) {
         ->capture_default_str()
         ->check(CLI::Range(std::uint32_t{0}, GenerateOptions::mostPlanted).description(""));
     generate.add_flag("--force", options.isForced, "Replace files that are there");
+}
+
+void requireSharable(CommandLine const& commandLine) {
+    if (commandLine.pipeline.empty()) {
+        return;
+    }
+    if (auto const objection = objectionToSharing(*commandLine.sent)) {
+        throw CLI::ValidationError("the command", *objection);
+    }
+    if ((sharedReports(*commandLine.sent) > 0) != commandLine.collectedIn.has_value()) {
+        throw CLI::ValidationError("--collect", "expected together with a value '@'");
+    }
 }
 
 // Standard output can't hold both.
@@ -300,6 +325,7 @@ void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
         words.insert(words.begin(), texts.object);
         requireText(words);
         commandLine.sent = parsed("the command", std::span<std::string const>(words));
+        requireSharable(commandLine);
     }
     requireOneOutput(commandLine);
 }

@@ -30,7 +30,8 @@ struct CommandLine {
     std::optional<Command> sent;
     std::chrono::duration<double> timeout{30};
     GenerateOptions generate;
-    // Of stream and publish:
+    std::optional<std::filesystem::path> collectedIn; // reports of all hosts
+    // Of stream and publish, and of a send to all hosts:
     std::string pipeline;
     bool isCreating = false; // or else showing
     StreamLimits streamLimits;

@@ -7,6 +7,7 @@
 #include "base/PrivateDirectory.h"
 #include "base/ProcessSignals.h"
 #include "base/Terminal.h"
+#include "commands/CommandFile.h"
 #include "commands/CommandReport.h"
 #include "commands/SendCommand.h"
 #include "generate/Generate.h"
@@ -221,6 +222,14 @@ ExitCode useStream(CommandLine const& commandLine, Logs& logs) {
     auto& library = ModuleLoader(ModuleLoader::defaultSearchPath()).loadStreamLibrary();
     auto const form = commandLine.isJson ? OutputForm::json : OutputForm::text;
     try {
+        if (commandLine.verb == CommandLine::Verb::send) {
+            Notification stop;
+            StopSignals const signals(stop);
+            return library.send(*pipeline.stream,
+                                {commandFileText(*commandLine.sent), commandLine.collectedIn,
+                                 commandLine.timeout, commandLine.isJson},
+                                stop);
+        }
         if (commandLine.verb == CommandLine::Verb::publish) {
             Notification stop;
             StopSignals const signals(stop);
@@ -244,7 +253,8 @@ ExitCode perform(CommandLine& commandLine, Logs& logs) {
         }
         return checkRegistry(commandLine.registry, logs.process(), commandLine.isJson);
     case CommandLine::Verb::send:
-        return send(commandLine, logs);
+        return commandLine.pipeline.empty() ? send(commandLine, logs)
+                                            : useStream(commandLine, logs);
     case CommandLine::Verb::status:
         return status(commandLine, logs);
     case CommandLine::Verb::generate:

@@ -270,6 +270,17 @@ private:
     }
 
     template <class Object>
+    void readValue(TruthKey<Object> const& kind, YamlMember const& member,
+                   std::string const& /*path*/, Object& object) {
+        auto const& text = member.value.text;
+        if (text != "true" && text != "false") {
+            problemsM.add(member.value.position,
+                          fmt::format("'{}' must be true or false, not '{}'", member.key, text));
+        }
+        object.*kind.member = text == "true";
+    }
+
+    template <class Object>
     void readValue(TextKey<Object> const& kind, YamlMember const& member,
                    std::string const& /*path*/, Object& object) {
         object.*kind.member = member.value.text;

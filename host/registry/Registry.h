@@ -39,7 +39,8 @@ struct StreamConfiguration {
     std::optional<std::filesystem::path> passwordFile;
     std::optional<std::filesystem::path> certificateAuthority; // the system's without it
     std::filesystem::path stateDirectory;
-    std::size_t warmUp = 0; // messages of each partition that are read again at the start
+    std::size_t warmUp = 0;     // messages of each partition that are read again at the start
+    bool takesCommands = false; // those that an operator gives all hosts
 };
 
 struct PipelineConfiguration {

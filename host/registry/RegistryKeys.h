@@ -79,6 +79,15 @@ struct TextKey {
 template <class Object>
 TextKey(std::string Object::*) -> TextKey<Object>;
 
+// "true" or "false".
+template <class Object>
+struct TruthKey {
+    static constexpr auto shape = YamlNode::Kind::text;
+    bool Object::*member;
+};
+template <class Object>
+TruthKey(bool Object::*) -> TruthKey<Object>;
+
 // The permissions of a file, in octal digits.
 template <class Object>
 struct FileModeKey {
@@ -166,8 +175,8 @@ struct Key {
     Presence presence;
     std::variant<ModuleNameKey<Object>, PathKey<Object, std::filesystem::path>,
                  PathKey<Object, std::optional<std::filesystem::path>>, DropDirectoryKey<Object>,
-                 NumberKey<Object>, FileModeKey<Object>, InputFilesKey<Object>, NameKey<Object>,
-                 TextKey<Object>, TextsKey<Object>, PartitionsKey<Object>,
+                 NumberKey<Object>, TruthKey<Object>, FileModeKey<Object>, InputFilesKey<Object>,
+                 NameKey<Object>, TextKey<Object>, TextsKey<Object>, PartitionsKey<Object>,
                  PartKey<Object, StreamConfiguration>, MapKey<Object>,
                  EntriesKey<Object, ModuleConfiguration>, EntriesKey<Object, PipelineConfiguration>,
                  OwnKeys>
@@ -195,6 +204,7 @@ inline constexpr Key<StreamConfiguration> streamKeys[] = {
      PathKey{&StreamConfiguration::certificateAuthority}},
     {"StateDirectory", Presence::mandatory, PathKey{&StreamConfiguration::stateDirectory}},
     {"WarmUp", Presence::optional, NumberKey{&StreamConfiguration::warmUp, 0, 1'000'000}},
+    {"Commands", Presence::optional, TruthKey{&StreamConfiguration::takesCommands}},
 };
 
 inline constexpr Key<PipelineConfiguration> inputKeys[] = {

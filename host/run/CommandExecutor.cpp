@@ -68,6 +68,11 @@ std::optional<CommandResult> CommandExecutor::execute(Command const& command, Do
     auto begun = begunResult(command);
     auto const number = journalM.begin(begun);
     auto reload = object == nullptr ? std::nullopt : reloadOf(command, *object);
+    if (reload && command.latest && reloaderM.isBusy()) { // it might begin at any time
+        auto result = unexecutedCommand(command, "another reload goes on");
+        record(number, result);
+        return result;
+    }
     if (!reload) {
         auto result = carryOut(command, object);
         record(number, result);

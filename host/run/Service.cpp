@@ -27,6 +27,12 @@ void Service::openDirectories() {
             problems.push_back(status);
         }
     }
+    for (auto const& pipeline : hostM.pipelines()) {
+        if (problems.empty() && pipeline->configuration().stream &&
+            pipeline->configuration().stream->takesCommands) {
+            openStreamCommands(*pipeline);
+        }
+    }
     try {
         auto const& configuration = hostM.configuration();
         for (auto& inlet : commandInlets(configuration)) {
@@ -43,6 +49,26 @@ void Service::openDirectories() {
     if (!problems.empty()) {
         throw StartFailure{std::move(problems)};
     }
+}
+
+void Service::openStreamCommands(PipelineRunner const& pipeline) {
+    auto const& configuration = pipeline.configuration();
+    streamCommandsM.emplace_back(
+        configuration.stream->name,
+        hostM.streamLibrary().takeCommands(configuration, streamCommandsBellM, hostM.log()),
+        [&pipeline] {
+            std::vector<std::uint64_t> owned;
+            for (auto const& partition : pipeline.state().partitions) {
+                if (partition.isOwned) {
+                    owned.push_back(partition.number);
+                }
+            }
+            return owned;
+        },
+        [this](Command const& command, CommandDirectory::Done done) {
+            return executorM.execute(command, std::move(done));
+        },
+        hostM.log());
 }
 
 void Service::run() {
@@ -87,7 +113,7 @@ void Service::serveUntilEnd() {
             wakeUp = wakeUp ? std::min(*wakeUp, redraw) : redraw;
         }
         waitForAny({stopM.descriptor(), endedM.descriptor(), executorM.descriptor(),
-                    commandsDescriptor(0), commandsDescriptor(1)},
+                    commandsDescriptor(0), commandsDescriptor(1), streamCommandsBellM.descriptor()},
                    wakeUp);
     }
     if (stopM.isSet()) {
@@ -111,6 +137,9 @@ void Service::finishCommands() {
 void Service::takeCommands() {
     for (auto& commands : commandsM) {
         takeCommands(commands);
+    }
+    for (auto& commands : streamCommandsM) {
+        commands.takeAll(stopM);
     }
 }
 

@@ -7,6 +7,7 @@
 #include "run/CommandExecutor.h"
 #include "run/Host.h"
 #include "run/ProgressLine.h"
+#include "run/StreamCommandTaker.h"
 
 #include <atomic>
 #include <memory>
@@ -38,6 +39,7 @@ private:
     };
 
     void openDirectories();
+    void openStreamCommands(PipelineRunner const& pipeline);
     std::vector<std::jthread> startPipelines();
     void serveUntilEnd();
     void takeCommands();
@@ -52,6 +54,8 @@ private:
     Notification const& stopM;
     ProgressLine* progressM;
     std::vector<Commands> commandsM;
+    Bell streamCommandsBellM; // rung when one of the following has a command
+    std::vector<StreamCommandTaker> streamCommandsM;
     std::atomic<std::size_t> runningM{0}; // pipelines
     Notification endedM;                  // all pipelines have
 };

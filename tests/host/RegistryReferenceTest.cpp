@@ -35,6 +35,10 @@ std::string typeOf(host::TextKey<Object> const&) {
     return "text";
 }
 template <class Object>
+std::string typeOf(host::TruthKey<Object> const&) {
+    return "true or false";
+}
+template <class Object>
 std::string typeOf(host::FileModeKey<Object> const&) {
     return "octal digits";
 }
@@ -106,6 +110,13 @@ private:
     }
 
     template <class Object>
+    void add(host::TruthKey<Object> const& kind, std::string const& name, std::string const&) {
+        bool const otherwise = Object{}.*kind.member;
+        rows.push_back(fmt::format("{} | {} | {}", name, typeOf(kind), otherwise));
+        headings.push_back(name);
+    }
+
+    template <class Object>
     void add(host::FileModeKey<Object> const& kind, std::string const& name, std::string const&) {
         auto const otherwise = fmt::format("{:04o}", Object{}.*kind.member);
         rows.push_back(fmt::format("{} | {} | {}", name, typeOf(kind), otherwise));
@@ -166,7 +177,8 @@ std::string withoutAll(std::string text, std::string const& what) {
 }
 
 bool isDefault(std::string const& text) {
-    return text.starts_with("mandatory") || std::isdigit(static_cast<unsigned char>(text[0]));
+    return text.starts_with("mandatory") || text == "false" ||
+           std::isdigit(static_cast<unsigned char>(text[0]));
 }
 
 TEST(RegistryReference, OfTheGuideTellsTheTables) {
