@@ -2,9 +2,9 @@
 // directory may do whatever the host may. The members of a group have a directory of their own
 // below it; their commands write reports into one directory and nowhere else.
 //
-//   COMMANDS          answers and commands of the user of the host and of root; passable for the
-//   group COMMANDS/drop     the group puts its commands there COMMANDS/answers  taken commands of
-//   the group and their results, which it may read
+//  - COMMANDS: commands and answers of the user of the host and of root; passable for the group.
+//  - COMMANDS/drop: the group puts its commands there.
+//  - COMMANDS/answers: taken commands of the group and their results, which it may read.
 #pragma once
 
 #include "commands/Command.h"
