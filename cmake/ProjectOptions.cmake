@@ -4,8 +4,9 @@ target_compile_options(project_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
     # Calls into the framework go there directly: an EDR takes a hundred of them.
     -fno-plt
-    # GCC 12 falsely reports overlaps in string concatenations.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+    # GCC 12 falsely reports overlaps in string concatenations, and reads and writes outside of
+    # objects in them when the library's headers are precompiled, and with the thread sanitizer.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict;-Wno-stringop-overflow;-Wno-array-bounds>)
 
 set(DATADUMP_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined")
 if(DATADUMP_SANITIZERS)
@@ -14,14 +15,25 @@ if(DATADUMP_SANITIZERS)
     add_compile_options(-fsanitize=${DATADUMP_SANITIZERS} -fno-sanitize=vptr
         -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${DATADUMP_SANITIZERS})
-    # With the thread sanitizer, GCC 12 falsely reports reads outside of objects.
-    target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>)
 endif()
 
 option(DATADUMP_FUZZERS "Make fuzzers of the fuzz targets (clang only)" OFF)
 if(DATADUMP_FUZZERS)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# What most sources include, compiled once for each target that asks for it or once for several
+# that share it: half of the time that a source takes is its headers. Each source still names what it
+# uses: the preset `fuzz` builds without it.
+set(COMMON_HEADERS
+    <algorithm> <array> <chrono> <filesystem> <functional> <map> <memory> <mutex> <optional>
+    <string> <string_view> <unordered_map> <vector> <fmt/format.h>)
+
+# Optimising the templates of the library that parses options takes longer than all parsing ever will.
+function(compile_options_parser_quickly source)
+    set_source_files_properties(${source} PROPERTIES
+        COMPILE_OPTIONS -O0 SKIP_PRECOMPILE_HEADERS ON)
+endfunction()
 
 # A module that the host loads by library and entry name.
 function(add_plugin name)
