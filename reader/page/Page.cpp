@@ -87,6 +87,36 @@ bool permitAsUsual(int descriptor) {
     return ::fchmod(descriptor, everybody & ~mask) == 0;
 }
 
+OutputError errorOf(std::filesystem::path const& file) {
+    return OutputError(file.string() + ": can't be written: " + std::strerror(errno));
+}
+
+bool isPipeOrDevice(std::filesystem::path const& file) {
+    struct stat about {};
+    return ::stat(file.c_str(), &about) == 0 && !S_ISREG(about.st_mode);
+}
+
+void writeInPlace(std::filesystem::path const& file, std::string_view text) {
+    auto const descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw errorOf(file);
+    }
+    bool const isWritten = writeAll(descriptor, text);
+    if (::close(descriptor) != 0 || !isWritten) {
+        throw errorOf(file);
+    }
+}
+
+// Where links lead, even when nothing is there yet.
+std::filesystem::path targetOf(std::filesystem::path file) {
+    constexpr int mostLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < mostLinks && std::filesystem::is_symlink(file, error); ++i) {
+        file = file.parent_path() / std::filesystem::read_symlink(file, error);
+    }
+    return file;
+}
+
 // Nobody ever reads half of it.
 void writeAside(std::filesystem::path const& file, std::string_view text) {
     auto aside = file.string() + ".XXXXXX";
@@ -95,9 +125,9 @@ void writeAside(std::filesystem::path const& file, std::string_view text) {
         descriptor >= 0 && writeAll(descriptor, text) && permitAsUsual(descriptor);
     bool const isClosed = descriptor >= 0 && ::close(descriptor) == 0;
     if (!isWritten || !isClosed || ::rename(aside.c_str(), file.c_str()) != 0) {
-        auto const message = file.string() + ": can't be written: " + std::strerror(errno);
+        auto const error = errorOf(file);
         ::unlink(aside.c_str());
-        throw OutputError(message);
+        throw error;
     }
 }
 
@@ -182,7 +212,11 @@ nlohmann::json Page::findingsOf(PageEvent const& event) {
 }
 
 void Page::write(std::filesystem::path const& file) {
-    writeAside(file, text());
+    if (isPipeOrDevice(file)) {
+        writeInPlace(file, text());
+    } else {
+        writeAside(targetOf(file), text());
+    }
 }
 
 std::string Page::text() {

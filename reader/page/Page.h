@@ -48,7 +48,7 @@ public:
 
     void add(PageEvent const& event);
 
-    // Writes it aside and renames it. Throws an OutputError.
+    // Writes it aside and renames it, but for a pipe or a device. Throws an OutputError.
     void write(std::filesystem::path const& file);
 
 private:
