@@ -49,9 +49,12 @@ Finding FileComparison::findingOf(HeldObject const& object, Shown const& earlier
             fmt::format("as against {}:{}", filesM[earlier.file], earlier.line)};
 }
 
-// None when the earlier file can't be read again, or has changed since.
+// None when the earlier file can't be read again, as a pipe can't, or has changed since.
 std::vector<Change> FileComparison::changesSince(Shown const& earlier, HeldObject const& object) {
     std::vector<Change> changes;
+    if (!isRereadable(filesM[earlier.file])) {
+        return changes;
+    }
     try {
         InputFile file(filesM[earlier.file]);
         EventReader events(file, [](LineNumber, std::string const&) {});

@@ -2,13 +2,10 @@
 
 #include "diff/DumpComparison.h"
 #include "program/Program.h"
+#include "program/RereadableFile.h"
 #include "program/Walk.h"
 #include "text/Output.h"
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <memory>
 #include <utility>
 
 namespace reader {
@@ -16,38 +13,6 @@ namespace reader {
 namespace {
 
 constexpr std::size_t mostAlike = 5;
-
-// Both files are read twice: once for hashes, then for the texts of what differs. Standard input is
-// put into a file without a name for that.
-class RereadableFile {
-public:
-    explicit RereadableFile(std::string const& name) : nameM(name) {
-        if (name != "-") {
-            return;
-        }
-        fileM.reset(std::tmpfile());
-        InputFile input("-");
-        std::vector<char> piece(std::size_t{1} << 16U);
-        for (std::size_t size = 0; (size = input.read(piece.data(), piece.size())) > 0;) {
-            if (fileM == nullptr || std::fwrite(piece.data(), 1, size, fileM.get()) != size) {
-                throw OutputError("standard input can't be kept in a temporary file");
-            }
-        }
-        if (fileM == nullptr || std::fflush(fileM.get()) != 0) {
-            throw OutputError("standard input can't be kept in a temporary file");
-        }
-        nameM = fmt::format("/dev/fd/{}", ::fileno(fileM.get()));
-    }
-
-    std::string const& name() const noexcept { return nameM; }
-
-private:
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    std::string nameM;
-    std::unique_ptr<std::FILE, Closer> fileM;
-};
 
 std::string counted(std::uint64_t events) {
     return fmt::format("{} event{}", events, events == 1 ? "" : "s");
@@ -138,12 +103,13 @@ private:
 } // namespace
 
 int compareDumps(Options const& options) {
+    // Both are read twice: once for hashes, then for the texts of what differs.
     RereadableFile const olderFile(options.files[0]);
     RereadableFile const newerFile(options.files[1]);
     std::array<bool, 2> isReadBefore{};
     auto const source = [&](DumpComparison::Side side, DumpComparison::Visitor const& visit) {
         auto const& file = side == DumpComparison::older ? olderFile : newerFile;
-        Walk walk({file.name()});
+        Walk walk({file.name()}, {file.path()});
         walk.forEach(
             [&](EventText const& text, std::size_t) {
                 if (!text.isOutside) {

@@ -33,7 +33,7 @@ void judgeOutside(EventText const& text, std::vector<Finding>& findings) {
 } // namespace
 
 void forEachJudged(Options const& options, std::function<void(JudgedEvent const&)> const& visit) {
-    Walk walk(options.files);
+    Walk walk(options.files, options.paths);
     FactReader reader;
     KeyRegister keys;
     FileComparison comparison(walk.files());
@@ -51,12 +51,12 @@ void forEachJudged(Options const& options, std::function<void(JudgedEvent const&
             return;
         }
         auto const& event = reader.read(text);
+        if (!options.filter.lets(event)) {
+            return;
+        }
         if (hasSeveralFiles) {
             keys.add(event.customer.text, event.service.text, text, file, walk.files());
             comparison.compare(event, text.offset, file, findings);
-        }
-        if (!options.filter.lets(event)) {
-            return;
         }
         judge(event, findings);
         leaveOut(findings, options);

@@ -2,8 +2,10 @@
 
 #include "page/Page.h"
 #include "program/EventJudge.h"
+#include "program/RereadableFile.h"
 #include "text/Hash.h"
 
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -15,11 +17,17 @@ std::uint64_t keyOf(EventFacts const& event) {
     return hashOf(event.service.text, hashOf(event.customer.text));
 }
 
-// The same choice of events in the older file.
-Options ofOlder(Options options) {
-    options.files = {options.older};
+// The same choice of events in the older file, but with those that have no findings: what the
+// newer file's events were is among them.
+Options ofOlder(Options options, RereadableFile const& older) {
+    options.files = {older.name()};
+    options.paths = {older.path()};
     options.onlyFindings = false;
     return options;
+}
+
+bool isShown(JudgedEvent const& judged, Options const& options) {
+    return !options.onlyFindings || !judged.findings.empty();
 }
 
 std::vector<PageKind> pageKinds() {
@@ -44,13 +52,7 @@ std::vector<PageFinding> pageFindings(std::vector<Finding> const& findings) {
 // The rows that the older file shows for each event.
 class OlderRows {
 public:
-    explicit OlderRows(Options const& options) {
-        if (!options.older.empty()) {
-            forEachJudged(ofOlder(options), [this](JudgedEvent const& judged) {
-                rowsM[keyOf(judged.event)] = pageRows(judged.event);
-            });
-        }
-    }
+    void add(EventFacts const& event) { rowsM[keyOf(event)] = pageRows(event); }
 
     // Says what each row of the event was, and whether the event changed.
     void compare(PageEvent& event) const {
@@ -98,50 +100,78 @@ private:
     std::unordered_map<std::uint64_t, std::vector<PageRow>> rowsM;
 };
 
-// Events of the older file that are not among the keys.
-void addGone(Options const& options, std::unordered_set<std::uint64_t> const& keys, Page& page) {
-    forEachJudged(ofOlder(options), [&](JudgedEvent const& judged) {
-        auto const& event = judged.event;
-        if (keys.find(keyOf(event)) == keys.end()) {
-            page.add({event,
-                      options.files.size(),
-                      pageRows(event),
-                      pageFindings(judged.findings),
-                      PageChange::gone,
-                      {}});
+// Writes the page of the events, marked with what they were in an older file.
+class PageWriter {
+public:
+    explicit PageWriter(Options const& options) : optionsM(options) {
+        if (!options.older.empty()) {
+            olderFileM.emplace(options.older);
         }
-    });
-}
+    }
+
+    void write() {
+        auto files = optionsM.files;
+        if (olderFileM) {
+            files.push_back(olderFileM->name());
+            readOlder();
+        }
+        Page page(files, pageKinds(), olderFileM.has_value());
+        addEvents(page);
+        if (olderFileM) {
+            addGone(page);
+        }
+        page.write(optionsM.page);
+    }
+
+private:
+    void readOlder() {
+        forEachJudged(ofOlder(optionsM, *olderFileM),
+                      [this](JudgedEvent const& judged) { olderRowsM.add(judged.event); });
+    }
+
+    void addEvents(Page& page) {
+        // An event without findings isn't gone.
+        auto all = optionsM;
+        all.onlyFindings = optionsM.onlyFindings && !olderFileM;
+        forEachJudged(all, [&](JudgedEvent const& judged) {
+            if (olderFileM) {
+                keysM.insert(keyOf(judged.event));
+            }
+            if (!isShown(judged, optionsM)) {
+                return;
+            }
+            auto shown = shownEvent(judged, judged.fileNumber, PageChange::none);
+            if (olderFileM) {
+                olderRowsM.compare(shown);
+            }
+            page.add(shown);
+        });
+    }
+
+    // Events of the older file that none of the others has.
+    void addGone(Page& page) {
+        forEachJudged(ofOlder(optionsM, *olderFileM), [&](JudgedEvent const& judged) {
+            if (keysM.find(keyOf(judged.event)) == keysM.end() && isShown(judged, optionsM)) {
+                page.add(shownEvent(judged, optionsM.files.size(), PageChange::gone));
+            }
+        });
+    }
+
+    static PageEvent shownEvent(JudgedEvent const& judged, std::size_t file, PageChange change) {
+        return {judged.event, file, pageRows(judged.event), pageFindings(judged.findings),
+                change,       {}};
+    }
+
+    Options const& optionsM;
+    std::optional<RereadableFile> olderFileM; // read before the others, and after them
+    OlderRows olderRowsM;
+    std::unordered_set<std::uint64_t> keysM;
+};
 
 } // namespace
 
 int writePage(Options const& options) {
-    bool const isCompared = !options.older.empty();
-    OlderRows const older(options);
-    auto files = options.files;
-    if (isCompared) {
-        files.push_back(options.older);
-    }
-    Page page(files, pageKinds(), isCompared);
-    std::unordered_set<std::uint64_t> keys;
-    forEachJudged(options, [&](JudgedEvent const& judged) {
-        auto const& event = judged.event;
-        PageEvent shown{event,
-                        judged.fileNumber,
-                        pageRows(event),
-                        pageFindings(judged.findings),
-                        PageChange::none,
-                        {}};
-        if (isCompared) {
-            older.compare(shown);
-            keys.insert(keyOf(event));
-        }
-        page.add(shown);
-    });
-    if (isCompared) {
-        addGone(options, keys, page);
-    }
-    page.write(options.page);
+    PageWriter(options).write();
     return 0;
 }
 

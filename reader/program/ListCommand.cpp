@@ -120,12 +120,13 @@ int listEvents(Options const& options) {
         }
         auto const& event =
             options.filter.needsDiscounts() ? reader.read(text) : reader.readOverview(text);
+        if (!options.filter.lets(event)) {
+            return;
+        }
         if (options.files.size() > 1) {
             keys.add(event.customer.text, event.service.text, text, file, walk.files());
         }
-        if (options.filter.lets(event)) {
-            list.add(event, walk.files()[file]);
-        }
+        list.add(event, walk.files()[file]);
     });
     list.end();
     return done;

@@ -8,6 +8,8 @@ namespace reader {
 
 struct Options {
     std::vector<std::string> files;
+    // Where the files are read from: one path a file, or none when their names are the paths.
+    std::vector<std::string> paths;
     Filter filter;
     bool onlyFindings = false;
     // Of html:

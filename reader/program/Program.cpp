@@ -11,6 +11,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <iostream>
 
@@ -92,16 +94,17 @@ public:
         appM.require_subcommand(1);
         appM.footer(exitCodes);
         appM.set_version_flag("--version", "datadump " DATADUMP_VERSION);
-        addCommand("list", "one line an event", listEvents);
-        addCommand("show", "events as they stand, byte for byte", showEvents);
+        addFindingOptions(addCommand("list", "one line an event", listEvents));
+        addFindingOptions(addCommand("show", "events as they stand, byte for byte", showEvents));
         auto& html = addCommand("html", "a page to look at and to attach to a ticket", writePage);
         html.add_option("--old", optionsM.older, "mark what differs from this file")
-            ->type_name("FILE")
-            ->check(CLI::ExistingFile.description(""));
+            ->type_name("FILE");
         html.add_option("-o,--output", optionsM.page, "the file of the page")
             ->type_name("PAGE")
             ->required();
+        addFindingOptions(html);
         auto& findings = addCommand("findings", "what doesn't fit, one line each", listFindings);
+        addFindingOptions(findings);
         findings
             .add_option("--explain", optionsM.explained, "what a kind of finding means, or all")
             ->type_name("KIND");
@@ -111,6 +114,7 @@ public:
         diff.add_flag("--by-event", optionsM.isByEvent,
                       "list the changes of memory event by event");
         auto& json = addCommand("json", "JSON Lines, one object an event", writeJson);
+        addFindingOptions(json);
         json.add_flag("--raw", optionsM.hasRawText, "with the texts as they stand");
     }
 
@@ -131,12 +135,11 @@ private:
         auto& sub = *appM.add_subcommand(name, help);
         sub.add_option("FILE", optionsM.files, fileHelp)->type_name("");
         addFilters(sub, optionsM, textsM.filters);
-        addFindingOptions(sub);
         sub.callback([this, command] { commandM = command; });
         return sub;
     }
 
-    // Which findings count, the same for every command.
+    // Which findings count, the same for every command that has some.
     void addFindingOptions(CLI::App& sub) {
         constexpr auto group = "Findings";
         sub.add_flag("--only-findings", optionsM.onlyFindings, "only events that have findings")
@@ -174,6 +177,30 @@ private:
         if (optionsM.files.empty() && optionsM.explained.empty()) {
             throw CLI::RequiredError("FILE");
         }
+        checkFiles();
+    }
+
+    // No file is read up before its turn, or overwritten while it is read.
+    void checkFiles() const {
+        auto inputs = optionsM.files;
+        inputs.push_back(optionsM.older);
+        if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
+            throw CLI::ValidationError("FILE", "standard input can be read only once");
+        }
+        for (auto const& input : inputs) {
+            if (isSameFile(optionsM.page, input == "-" ? "/dev/stdin" : input)) {
+                throw CLI::ValidationError("--output",
+                                           "\"" + optionsM.page + "\" is a file to read");
+            }
+        }
+    }
+
+    static bool isSameFile(std::string const& one, std::string const& other) {
+        struct stat aboutOne {};
+        struct stat aboutOther {};
+        return ::stat(one.c_str(), &aboutOne) == 0 && ::stat(other.c_str(), &aboutOther) == 0 &&
+               !S_ISCHR(aboutOne.st_mode) && aboutOne.st_dev == aboutOther.st_dev &&
+               aboutOne.st_ino == aboutOther.st_ino;
     }
 
     static Kind requireKind(char const* option, std::string const& name) {

@@ -13,7 +13,7 @@ void warn(std::string const& file, LineNumber line, std::string const& text) {
 
 void Walk::forEach(Visitor const& visit, Notices notices) {
     for (std::size_t i = 0; i < filesM.size(); ++i) {
-        InputFile file(filesM[i]);
+        InputFile file(filesM[i], pathsM[i]);
         EventReader events(file, [&](LineNumber line, std::string const& text) {
             if (notices == Notices::printed) {
                 warn(filesM[i], line, text);

@@ -15,7 +15,9 @@ void warn(std::string const& file, LineNumber line, std::string const& text);
 
 class Walk {
 public:
-    explicit Walk(std::vector<std::string> files) : filesM(std::move(files)) {}
+    // Files are called by their names, and read from the paths, if there are some.
+    explicit Walk(std::vector<std::string> files, std::vector<std::string> paths = {})
+        : filesM(std::move(files)), pathsM(paths.empty() ? filesM : std::move(paths)) {}
 
     using Visitor = std::function<void(EventText const&, std::size_t file)>;
 
@@ -30,6 +32,7 @@ public:
 
 private:
     std::vector<std::string> filesM;
+    std::vector<std::string> pathsM;
 };
 
 // Tells of keys that stand in two files. A report and a dump of the same event are no two.

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 namespace reader {
 
@@ -17,12 +18,12 @@ InputError errorOf(std::string const& name, int code) {
 
 } // namespace
 
-InputFile::InputFile(std::string name) : nameM(std::move(name)), descriptorM(STDIN_FILENO) {
-    if (nameM == "-") {
-        nameM = "standard input";
+InputFile::InputFile(std::string const& name, std::string const& path)
+    : nameM(name == "-" ? "standard input" : name), descriptorM(STDIN_FILENO) {
+    if (path == "-") {
         return;
     }
-    descriptorM = ::open(nameM.c_str(), O_RDONLY | O_CLOEXEC);
+    descriptorM = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptorM < 0) {
         throw errorOf(nameM, errno);
     }
@@ -54,6 +55,11 @@ std::size_t InputFile::read(char* bytes, std::size_t size) {
             throw errorOf(nameM, errno);
         }
     }
+}
+
+bool isRereadable(std::string const& name) {
+    std::error_code error;
+    return name != "-" && std::filesystem::is_regular_file(name, error);
 }
 
 } // namespace reader

@@ -17,7 +17,9 @@ public:
 class InputFile {
 public:
     // Throws an InputError when it can't be opened.
-    explicit InputFile(std::string name);
+    explicit InputFile(std::string const& name) : InputFile(name, name) {}
+    // Reads what stands under a path, and calls it by the name.
+    InputFile(std::string const& name, std::string const& path);
     ~InputFile();
     InputFile(InputFile const&) = delete;
     InputFile& operator=(InputFile const&) = delete;
@@ -28,12 +30,15 @@ public:
     // Goes on from so many bytes after the file's begin; false when it can't be read twice.
     bool seek(std::uint64_t offset);
 
-    // As the user named it; "standard input" for "-".
+    // As it was named; "standard input" for "-".
     std::string const& name() const noexcept { return nameM; }
 
 private:
     std::string nameM;
     int descriptorM;
 };
+
+// Whether it can be opened and read once more: a pipe can't.
+bool isRereadable(std::string const& name);
 
 } // namespace reader
