@@ -24,6 +24,7 @@
 #include "watch/Watcher.h"
 
 #include <malloc.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -72,10 +73,18 @@ void print(std::filesystem::path const& report) {
     std::cout << std::flush;
 }
 
+// An object that opens standard output by its name, which may be a file, writes there by an offset
+// of its own: what is printed next mustn't come over its report.
+CommandResult executeBeforePrinting(CommandExecutor& executor, Command const& command) {
+    auto result = executor.executeAndWait(command);
+    ::lseek(STDOUT_FILENO, 0, SEEK_END); // fails on a pipe or a terminal, where no offset counts
+    return result;
+}
+
 // With the reports for the sender printed that are whole.
 CommandResult executeAtEnd(CommandExecutor& executor, Command& command) {
     if (!hasSenderReport(command)) {
-        return executor.executeAndWait(command);
+        return executeBeforePrinting(executor, command);
     }
     PrivateDirectory const directory;
     std::size_t reports = 0;
@@ -83,7 +92,7 @@ CommandResult executeAtEnd(CommandExecutor& executor, Command& command) {
         return directory.path() / std::to_string(number);
     };
     command.reportForSender = [&] { return pathOf(++reports); };
-    auto result = executor.executeAndWait(command);
+    auto result = executeBeforePrinting(executor, command);
     for (std::size_t number = 1; number <= reports; ++number) {
         print(pathOf(number));
     }

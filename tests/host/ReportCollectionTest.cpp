@@ -175,6 +175,16 @@ TEST_F(ReportCollection, HandsReportsToTheSender) {
                        command("Write=/dev/stdout") + "' 2>/dev/null | cat >piped";
     EXPECT_EQ(std::system(piped.c_str()), 0);
     EXPECT_THAT(directoryM.read("piped"), testing::StartsWith("written\n"));
+    // The object writes to a file by an offset of its own.
+    EXPECT_EQ(std::system(("cd '" + directoryM.path().string() +
+                           "' && PIPELINE_HOST_MODULE_PATH='" HOST_TEST_MODULES "' '" HOST_PROGRAM
+                           "' run r.yaml --at-end '" +
+                           command("Write=/dev/stdout Lines=2") + "' 2>/dev/null >own")
+                              .c_str()),
+              0);
+    EXPECT_THAT(directoryM.read("own"),
+                testing::AllOf(testing::StartsWith("written\nwritten\n" + std::string(object)),
+                               testing::EndsWith("\n"), HasSubstr("\nPipeline")));
     EXPECT_EQ(
         HostProcess(directoryM.path(), {"run", "r.yaml", "--json", "--at-end", command("Write=@-")})
             .wait(),
