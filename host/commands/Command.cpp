@@ -63,10 +63,15 @@ Command parseCommand(std::span<std::string const> words) {
     return command;
 }
 
-bool hasSenderReport(Command const& command) {
+std::size_t senderReports(Command const& command) {
     auto const& keys = command.update.children();
-    return std::any_of(keys.begin(), keys.end(),
-                       [](auto const& key) { return key->value().view() == senderValue; });
+    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), [](auto const& key) {
+        return key->value().view() == senderValue;
+    }));
+}
+
+bool hasSenderReport(Command const& command) {
+    return senderReports(command) > 0;
 }
 
 } // namespace host

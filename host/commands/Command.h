@@ -41,6 +41,10 @@ Command parseCommand(std::span<std::string const> words);
 
 // The value that asks for a report to go to the sender.
 inline constexpr std::string_view senderValue = "@-";
+std::size_t senderReports(Command const& command);
 bool hasSenderReport(Command const& command);
+
+// That a command has. Each takes two threads and some descriptors.
+inline constexpr std::size_t mostReports = 32;
 
 } // namespace host

@@ -133,11 +133,7 @@ void CommandDirectory::removeFetched() {
         return;
     }
     for (auto const& name : directoryM.completeFiles(fetchedSuffix)) {
-        auto const base = (inletM.answers / std::filesystem::path(name).stem()).string();
-        ::unlink((base + resultSuffix).c_str());
-        for (std::size_t number = 1; ::unlink((base + reportSuffix(number)).c_str()) == 0;
-             ++number) {
-        }
+        removeAnswer((inletM.answers / std::filesystem::path(name).stem()).string());
         ::unlink((directoryM.path() / name).c_str());
     }
 }

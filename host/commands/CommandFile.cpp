@@ -4,6 +4,8 @@
 #include "base/WholeFile.h"
 #include "base/YamlTree.h"
 
+#include <unistd.h>
+
 namespace host {
 
 namespace {
@@ -32,6 +34,13 @@ void readKeys(YamlMember const& object, Problems& problems, Command& command) {
 
 std::string reportSuffix(std::size_t number) {
     return number == 1 ? ".report" : "." + std::to_string(number) + ".report";
+}
+
+void removeAnswer(std::string const& base) {
+    ::unlink((base + resultSuffix).c_str());
+    for (std::size_t number = 1; number <= mostReports; ++number) {
+        ::unlink((base + reportSuffix(number)).c_str());
+    }
 }
 
 std::string readCommandBytes(FileDescriptor const& file, std::string const& name) {

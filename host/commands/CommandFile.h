@@ -16,8 +16,12 @@ inline constexpr char const* resultSuffix = ".result";
 // An empty file with that suffix tells that its sender, who can't remove them, has got the result
 // and the reports.
 inline constexpr char const* fetchedSuffix = ".fetched";
-// Of the file's reports for its sender, which count from 1.
+// Of the file's reports for its sender, which count from 1. One that isn't whole keeps its number
+// and doesn't exist.
 std::string reportSuffix(std::size_t number);
+// Removes the result of a command file with one command, and its reports; the base is their path
+// without suffix.
+void removeAnswer(std::string const& base);
 
 // The bytes of a file that others put there. Throws a BAS::Status when it can't be read or has
 // more than 1 MiB; messages use the given name for it.

@@ -16,9 +16,6 @@ namespace host {
 
 namespace {
 
-// Each takes two threads and some descriptors.
-constexpr std::size_t mostReports = 32;
-
 // A file by its directory, which is open, and its own name.
 struct Place {
     FileDescriptor directory;

@@ -55,23 +55,23 @@ bool print(FileDescriptor const& file) {
     }
 }
 
-// One that isn't whole doesn't exist.
-bool printReports(std::string const& base) {
-    for (std::size_t number = 1; isThere(base + reportSuffix(number)); ++number) {
-        if (!print(openForeignFile(base + reportSuffix(number)))) {
+bool printReports(std::string const& base, std::size_t reports) {
+    for (std::size_t number = 1; number <= reports; ++number) {
+        auto const report = base + reportSuffix(number);
+        if (isThere(report) && !print(openForeignFile(report))) {
             return false;
         }
     }
     return true;
 }
 
-ExitCode printResult(std::string const& base, bool hasReports, ResultForm form) {
+ExitCode printResult(std::string const& base, std::size_t reports, ResultForm form) {
     auto const result = base + resultSuffix;
     bool const faultless = isFaultless(result);
-    if (hasReports && !printReports(base)) {
+    if (!printReports(base, reports)) {
         return inputOrOutputFailed;
     }
-    auto& output = hasReports ? std::cerr : std::cout;
+    auto& output = reports > 0 ? std::cerr : std::cout;
     auto const text = readWholeFile(result);
     output << (form == ResultForm::json ? resultFileJson(text) : text) << std::flush;
     if (!output) {
@@ -80,22 +80,16 @@ ExitCode printResult(std::string const& base, bool hasReports, ResultForm form) 
     return faultless ? done : doneWithFaults;
 }
 
-void removeResult(std::string const& base) {
-    for (std::size_t number = 1; ::unlink((base + reportSuffix(number)).c_str()) == 0; ++number) {
-    }
-    ::unlink((base + resultSuffix).c_str());
-}
-
 // What can't be printed stays, so that it isn't lost.
-ExitCode fetchResult(CommandInlet const& inlet, std::string const& name, bool hasReports,
+ExitCode fetchResult(CommandInlet const& inlet, std::string const& name, std::size_t reports,
                      ResultForm form) {
     auto const base = (inlet.answers / name).string();
-    auto const exitCode = printResult(base, hasReports, form);
+    auto const exitCode = printResult(base, reports, form);
     if (exitCode == inputOrOutputFailed) {
         return exitCode;
     }
     if (!inlet.isOfGroup()) {
-        removeResult(base);
+        removeAnswer(base);
         return exitCode;
     }
     try {
@@ -141,7 +135,7 @@ ExitCode sendCommand(CommandInlet const& inlet, Command const& command,
     DirectoryWatch watch(inlet.answers);
     writeWholeFile(file, commandFileText(command));
     if (waitForResult(result, watch, stop, deadline)) {
-        return fetchResult(inlet, name, hasSenderReport(command), form);
+        return fetchResult(inlet, name, senderReports(command), form);
     }
     withdraw(file, result);
     return stop.isSet() ? interrupted : noAnswer;

@@ -166,6 +166,12 @@ TEST_F(GroupCommands, GoWithTheirReportsWhenTheyAreFetchedOrOld) {
     drop("cmd/drop/a.fetched", "");
     ASSERT_TRUE(eventually([&] { return names("cmd/answers").size() == 1; }));
     EXPECT_TRUE(eventually([&] { return names("cmd/drop").empty(); }));
+
+    // The first report isn't written.
+    EXPECT_THAT(answer("b", "Count: \"@-\", Write: \"@-\""), HasSubstr("Faultless: false"));
+    EXPECT_THAT(names("cmd/answers"), ElementsAre("b.2.report", "b.result", "new.result"));
+    drop("cmd/drop/b.fetched", "");
+    EXPECT_TRUE(eventually([&] { return names("cmd/answers").size() == 1; }));
 }
 
 TEST_F(GroupCommands, AreAnsweredAfterARestart) {

@@ -201,6 +201,8 @@ TEST_F(ReportCollection, HandsReportsToTheSender) {
     EXPECT_EQ(send({"Write=@-", "Lines=2"}), 0);
     EXPECT_EQ(directoryM.read("out"), "written\nwritten\n");
     EXPECT_THAT(directoryM.read("err"), HasSubstr("\"Complete\": true}"));
+    EXPECT_EQ(send({"Count=@-", "Write=@-"}), 1); // the first isn't written
+    EXPECT_EQ(directoryM.read("out"), "written\n");
     EXPECT_EQ(send({"Count=@-"}), 1);
     EXPECT_EQ(directoryM.read("out"), "");
     EXPECT_EQ(send({"Write=@-", "--json"}), 2);
