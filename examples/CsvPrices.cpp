@@ -30,7 +30,10 @@ void CsvPrices::load(DAT::LoadSession& session, PriceLines& data, DAT::LoadRepor
         throw BAS::Status("ERR_FILE_NOT_READABLE", BAS::Status::critical, report.source);
     }
     DAT::LoadedTable table{"prices", 0, 0};
-    for (std::string line; std::getline(in, line) && !session.stop().stop_requested();) {
+    for (std::string line; std::getline(in, line);) {
+        if (session.stop().stop_requested()) { // a part mustn't pass for the whole
+            throw BAS::Status("ERR_DATA_NOT_READ", BAS::Status::error, "the reading was abandoned");
+        }
         auto const cells = BAS::String(line).split(';');
         if (cells.entries() == 4) {
             data[cells[0]].push_back(cells[1].str() + " per " + cells[2].str() + " " +
@@ -39,6 +42,9 @@ void CsvPrices::load(DAT::LoadSession& session, PriceLines& data, DAT::LoadRepor
         } else {
             ++table.rejected;
         }
+    }
+    if (in.bad()) { // such as a directory
+        throw BAS::Status("ERR_FILE_NOT_READABLE", BAS::Status::critical, report.source);
     }
     report.tables.push_back(table);
 }

@@ -35,11 +35,24 @@ TEST(CsvPrices, TakesNewPricesOverWhenItIsReloaded) {
     EXPECT_EQ(dump(prices), "  price model PM_TEL not in memory\n");
 }
 
-TEST(CsvPrices, IsInvalidWithoutItsFile) {
+TEST(CsvPrices, ReturnsNoPartOfItsFile) {
     ExampleHost host;
-    host.setDataModuleKey("File", "missing.csv");
-    CsvPrices const prices(ExampleHost::dataModule);
-    EXPECT_EQ(prices.status().messageName().str(), "ERR_FILE_NOT_READABLE");
+    host.setDataModuleKey("File", "prices.csv");
+    host.writeFile("prices.csv", "PM_TEL;0.09;60;second\n");
+    CsvPrices prices(ExampleHost::dataModule);
+    std::stop_source stop;
+    stop.request_stop();
+    DAT::LoadSession session(stop.get_token());
+    EXPECT_THROW(prices.readNewData(session), BAS::Status);
+}
+
+TEST(CsvPrices, IsInvalidWithoutItsFile) {
+    for (char const* const file : {"missing.csv", "."}) {
+        ExampleHost host;
+        host.setDataModuleKey("File", file);
+        CsvPrices const prices(ExampleHost::dataModule);
+        EXPECT_EQ(prices.status().messageName().str(), "ERR_FILE_NOT_READABLE") << file;
+    }
 }
 
 } // namespace
