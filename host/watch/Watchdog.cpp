@@ -80,7 +80,9 @@ void Watchdog::giveSign() {
             managerM.tell("STATUS=" + rateText(*hostM) + ", stuck in a batch");
             return;
         }
-        managerM.tell("WATCHDOG=1\nSTATUS=" + rateText(*hostM));
+        // Again, since the first message may not have fitted into the service manager's queue.
+        managerM.tell((stopM.isSet() ? "WATCHDOG=1\nSTATUS=" : "READY=1\nWATCHDOG=1\nSTATUS=") +
+                      rateText(*hostM));
         return;
     case ending:
         managerM.tell("WATCHDOG=1");

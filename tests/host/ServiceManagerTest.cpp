@@ -79,11 +79,12 @@ TEST_F(ServiceManager, isToldHowTheHostIsDoing) {
     drop("cmd/a.yaml", std::string(object) + ": {Wait: ''}\n");
     ASSERT_TRUE(waitForText("trace", "at gate"));
     for (int i = 0; i < 10; ++i) {
-        EXPECT_THAT(next(), StartsWith("WATCHDOG=1\nSTATUS=0 EDRs/s")) << "waits for a command";
+        EXPECT_THAT(next(), StartsWith("READY=1\nWATCHDOG=1\nSTATUS=0 EDRs/s"))
+            << "waits for a command";
     }
     openGate(2);
     drop("in/edrs.jsonl", edrs(2));
-    EXPECT_THAT(nextWith("2 EDRs read"), StartsWith("WATCHDOG=1\n"));
+    EXPECT_THAT(nextWith("2 EDRs read"), HasSubstr("WATCHDOG=1\n"));
     host.signal(SIGTERM);
     EXPECT_THAT(nextWith("STOPPING=1"), StartsWith("STOPPING=1\n"));
     EXPECT_EQ(host.wait(), 0);
