@@ -52,7 +52,15 @@ std::string placeText(Element const& pipeline) {
     return input.is_null() ? "-" : textOf(input, "File") + ", byte " + textOf(input, "Byte");
 }
 
-std::string pipelinesTable(Element const& status) {
+// The host writes its status every second.
+std::string ageText(double age) {
+    constexpr double usualAge = 3;
+    return age > usualAge ? "The status is of " + spanText(age) +
+                                " ago: the host is stopped, or can't write it.\n"
+                          : "";
+}
+
+std::string pipelinesTable(Element const& status, double age) {
     std::vector<TableRow> rows = {{"Pipeline"}};
     std::string alignment = "l";
     for (auto const& each : counterMembers) {
@@ -69,7 +77,7 @@ std::string pipelinesTable(Element const& status) {
             row.push_back(textOf(pipeline, each.name));
         }
         row.push_back(textOf(pipeline, "EdrsPerSecond"));
-        row.push_back(secondsText(pipeline, "SecondsSinceBatch"));
+        row.push_back(secondsText(pipeline, "SecondsSinceBatch", age));
         row.push_back(placeText(pipeline));
         rows.push_back(row);
     }
@@ -170,10 +178,10 @@ std::string statusTables(std::string_view json, std::chrono::system_clock::time_
         auto const age =
             std::max(0.0, std::chrono::duration<double>(now.time_since_epoch()).count() -
                               double(status["UnixTime"]));
-        return fmt::format("pipeline-host {}, process {}, for {}, since {}\n{}\n\n{}{}{}\n{}{}{}",
+        return fmt::format("pipeline-host {}, process {}, for {}, since {}\n{}\n{}\n{}{}{}\n{}{}{}",
                            textOf(status, "Version"), textOf(status, "Process"),
                            secondsText(status, "Seconds", age), textOf(status, "Since"),
-                           textOf(status, "Registry"), pipelinesTable(status),
+                           textOf(status, "Registry"), ageText(age), pipelinesTable(status, age),
                            partitionsTables(status), countsTables(status), objectsTable(status),
                            dataTable(status), commandsTables(status, age));
     } catch (simdjson::simdjson_error const& error) {

@@ -5,6 +5,7 @@
 #include "run/ValueCounter.h"
 #include "watch/RateMeter.h"
 #include "watch/StatusFile.h"
+#include "watch/StatusText.h"
 
 #include <simdjson.h>
 
@@ -53,6 +54,10 @@ TEST_F(Status, isToldWhileACommandBlocksThePipeline) {
     EXPECT_EQ(std::uint64_t(pipeline["Input"]["Byte"]), 20U);
     EXPECT_THAT(std::string(pipeline["Input"]["File"]), testing::EndsWith("/in/edrs.jsonl"));
     EXPECT_EQ(std::string_view(pipeline["PlugInAtWork"]["Object"]), object);
+    auto const late =
+        host::statusTables(shown(), std::chrono::system_clock::now() + std::chrono::hours(1));
+    EXPECT_THAT(late, HasSubstr("The status is of 1 h 0 min ago"));
+    EXPECT_EQ(count(late, "1 h 0 min"), 3U) << "also up, and since the last batch\n" << late;
     openGate(1);
 
     drop("cmd/a.yaml", std::string(object) + ": {Refuse: ''}\n");
