@@ -1,12 +1,14 @@
 #include "run/CommandExecutor.h"
 
 #include "BAS/LogSink.h"
+#include "base/ExitCode.h"
 #include "base/MessageCatalogue.h"
 #include "base/NearestName.h"
 #include "base/Poll.h"
 #include "commands/CommandReport.h"
 
 #include <malloc.h>
+#include <unistd.h>
 
 #include <chrono>
 
@@ -59,7 +61,7 @@ BAS::Status poolOutcome(Reload const& reload, BAS::String const& pool) {
 } // namespace
 
 CommandExecutor::CommandExecutor(Host& host, Notification const& stop)
-    : hostM(host),
+    : hostM(host), stopM(stop),
       timerM(host.log(), stop, std::chrono::seconds(host.configuration().stopTimeout)) {
 }
 
@@ -82,7 +84,9 @@ std::optional<CommandResult> CommandExecutor::execute(Command const& command, Do
     auto const turn = timerM.begin(begun.object, keysText(begun));
     reload->done = [this, object, number, begun, turn, done = std::move(done),
                     begin = std::chrono::steady_clock::now()](Reload& read) {
-        takeOver(read);
+        if (!read.failure) {
+            takeOver(read);
+        }
         auto result = begun;
         result.isHandled = !read.failure;
         result.isWorkDone = true;
@@ -100,16 +104,31 @@ CommandResult CommandExecutor::executeAndWait(Command const& command) {
     std::optional<CommandResult> late;
     auto result = execute(command, [&](CommandResult given) { late = std::move(given); });
     while (!result && !late) {
-        waitForAny({descriptor()});
+        waitForAny({descriptor(), stopM.descriptor()});
         finishReloads();
+        if (stopM.isSet()) {
+            stopReloads();
+        }
     }
     return result ? std::move(*result) : std::move(*late);
+}
+
+void CommandExecutor::stopReloads() {
+    auto const timeout = hostM.configuration().stopTimeout;
+    if (!reloaderM.stop(std::chrono::seconds(timeout))) {
+        hostM.log().write(
+            makeStatus(BAS::Status::critical, {}, "ERR_RELOAD_STUCK", {std::to_string(timeout)}));
+        reloaderM.giveUp();
+        // Nothing waits in a buffer: logs and results are written at once.
+        ::_exit(inputOrOutputFailed);
+    }
 }
 
 // The reload that the command asks for, if it does and is well-formed.
 std::optional<Reload> CommandExecutor::reloadOf(Command const& command,
                                                 BAS::RegisteredObject& object) const {
     Reload reload;
+    reload.object = object.name();
     if (auto* const module = dynamic_cast<DAT::Reloadable*>(&object)) {
         reload.modules.push_back({object.name(), module});
     } else if (&object == &hostM.dataPool()) {

@@ -25,7 +25,7 @@ public:
     // Passes a command to its object, counts it and logs the result. A reload returns nothing, runs
     // while other commands are executed, and finishReloads passes its result to done.
     std::optional<CommandResult> execute(Command const& command, Done done);
-    // The same, and waits for a reload.
+    // The same, and waits for a reload; once stop is set, it is abandoned.
     CommandResult executeAndWait(Command const& command);
 
     // Readable when finishReloads has something to do.
@@ -33,8 +33,9 @@ public:
     // Has the modules take over the data of each reload that was read.
     void finishReloads() { reloaderM.handBack(); }
     bool isReloading() const noexcept { return reloaderM.isBusy(); }
-    // Abandons the reload that is being read and those that wait.
-    void stopReloads() { reloaderM.stop(); }
+    // Abandons the reload that is being read and those that wait. Ends the process when the module
+    // that reads doesn't return in time.
+    void stopReloads();
 
     CommandJournal& journal() noexcept { return journalM; }
 
@@ -48,6 +49,7 @@ private:
     std::string unknownObjectText(BAS::String const& object) const;
 
     Host& hostM;
+    Notification const& stopM;
     WriteWatch writeWatchM;
     CommandTimer timerM;
     CommandJournal journalM;

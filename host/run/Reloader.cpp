@@ -25,6 +25,16 @@ std::string emptiedTables(DAT::LoadReport const& before, DAT::LoadReport const& 
     return text;
 }
 
+BAS::Status givenUp(BAS::String const& object) {
+    return makeStatus(BAS::Status::error, object, "ERR_RELOAD_GIVEN_UP", {});
+}
+
+void requireNoStop(ReloadableModule const& module, std::stop_token const& stop) {
+    if (stop.stop_requested()) {
+        throw givenUp(module.name);
+    }
+}
+
 // Throws a BAS::Status when the data can't be read or used.
 std::unique_ptr<DAT::NewData> readModule(ReloadableModule const& module, DAT::LoadSession& session,
                                          bool isForced) {
@@ -39,12 +49,13 @@ std::unique_ptr<DAT::NewData> readModule(ReloadableModule const& module, DAT::Lo
 } // namespace
 
 void Reloader::begin(Reload reload) {
-    ++unfinishedM;
+    unfinishedM.push_back(std::make_shared<Reload>(std::move(reload)));
     {
         std::lock_guard const guard(lockM);
-        waitingReloadsM.push_back(std::move(reload));
+        waitingReloadsM.push_back(unfinishedM.back());
+        isReaderAtWorkM = true;
     }
-    waitingM.notify_one();
+    changedM.notify_all();
     if (!readerM.joinable()) {
         readerM = std::jthread([this](std::stop_token const& stop) { readAll(stop); });
     }
@@ -52,45 +63,77 @@ void Reloader::begin(Reload reload) {
 
 void Reloader::handBack() {
     readBellM.take();
-    std::deque<Reload> read;
+    std::deque<std::shared_ptr<Reload>> read;
     {
         std::lock_guard const guard(lockM);
         read.swap(readReloadsM);
     }
-    for (auto& reload : read) {
-        --unfinishedM;
-        reload.done(reload);
+    for (auto const& reload : read) {
+        unfinishedM.pop_front();
+        reload->done(*reload);
     }
 }
 
-void Reloader::stop() {
+bool Reloader::stop(std::chrono::seconds timeout) {
     if (readerM.joinable()) {
         readerM.request_stop();
+        {
+            std::unique_lock guard(lockM);
+            if (!changedM.wait_for(guard, timeout, [&] { return !isReaderAtWorkM; })) {
+                return false;
+            }
+        }
         readerM.join();
     }
     handBack();
+    return true;
 }
 
-// After a stop request, waiting reloads are passed on without being read.
-void Reloader::readAll(std::stop_token const& stop) {
-    for (;;) {
-        Reload reload;
-        {
-            std::unique_lock guard(lockM);
-            waitingM.wait(guard, stop, [&] { return !waitingReloadsM.empty(); });
-            if (waitingReloadsM.empty()) {
-                return;
-            }
-            reload = std::move(waitingReloadsM.front());
-            waitingReloadsM.pop_front();
-        }
-        read(reload, stop);
-        {
-            std::lock_guard const guard(lockM);
-            readReloadsM.push_back(std::move(reload));
-        }
-        readBellM.ring();
+// The reader may still have the reload in hand, and be in the middle of its data: another one
+// takes its place.
+void Reloader::giveUp() {
+    while (!unfinishedM.empty()) { // done may begin the next one
+        auto const& reload = *unfinishedM.front();
+        Reload given;
+        given.object = reload.object;
+        given.modules = reload.modules;
+        given.done = reload.done;
+        given.failure = givenUp(reload.object);
+        unfinishedM.pop_front();
+        given.done(given);
     }
+}
+
+void Reloader::readAll(std::stop_token const& stop) {
+    while (readNext(stop)) {
+    }
+    {
+        std::lock_guard const guard(lockM);
+        isReaderAtWorkM = false;
+    }
+    changedM.notify_all();
+}
+
+// False when nothing waits after a stop request; reloads that wait then are passed on without being
+// read.
+bool Reloader::readNext(std::stop_token const& stop) {
+    std::shared_ptr<Reload> reload;
+    {
+        std::unique_lock guard(lockM);
+        changedM.wait(guard, stop, [&] { return !waitingReloadsM.empty(); });
+        if (waitingReloadsM.empty()) {
+            return false;
+        }
+        reload = std::move(waitingReloadsM.front());
+        waitingReloadsM.pop_front();
+    }
+    read(*reload, stop);
+    {
+        std::lock_guard const guard(lockM);
+        readReloadsM.push_back(std::move(reload));
+    }
+    readBellM.ring();
+    return true;
 }
 
 void Reloader::read(Reload& reload, std::stop_token const& stop) {
@@ -100,10 +143,9 @@ void Reloader::read(Reload& reload, std::stop_token const& stop) {
             break;
         }
         try {
-            if (stop.stop_requested()) {
-                throw makeStatus(BAS::Status::error, module.name, "ERR_RELOAD_GIVEN_UP", {});
-            }
+            requireNoStop(module, stop);
             reload.newData.push_back(readModule(module, session, reload.isForced));
+            requireNoStop(module, stop); // what a module returns then may be a part
             ::malloc_trim(0); // what reading took besides, which the next module may not fit into
         } catch (BAS::Status const& status) {
             reload.failure = status;
@@ -117,8 +159,7 @@ void Reloader::read(Reload& reload, std::stop_token const& stop) {
         reload.newData.clear();
         // Whatever a module that was interrupted took for the reason.
         if (stop.stop_requested()) {
-            reload.failure = makeStatus(BAS::Status::error, reload.failure->objectName(),
-                                        "ERR_RELOAD_GIVEN_UP", {});
+            reload.failure = givenUp(reload.failure->objectName());
         }
     }
 }

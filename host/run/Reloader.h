@@ -6,9 +6,11 @@
 #include "DAT/Reloadable.h"
 #include "base/Bell.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <stop_token>
@@ -24,6 +26,7 @@ struct ReloadableModule {
 };
 
 struct Reload {
+    BAS::String object; // which was commanded to reload; registered
     // All of them read one state of each database.
     std::vector<ReloadableModule> modules;
     bool isForced = false; // accepts tables that have become empty
@@ -48,21 +51,27 @@ public:
     int descriptor() const noexcept { return readBellM.descriptor(); }
     // Calls done for each reload that is read, in the order in which they began.
     void handBack();
-    bool isBusy() const noexcept { return unfinishedM > 0; }
-    // Lets unfinished reloads fail, and waits until the reader's thread has ended.
-    void stop();
+    bool isBusy() const noexcept { return !unfinishedM.empty(); }
+    // Lets unfinished reloads fail. False when the module that reads hasn't returned within the
+    // timeout: then only giveUp and the end of the process remain, as the reader's thread can't be
+    // ended.
+    bool stop(std::chrono::seconds timeout);
+    // Calls done for all unfinished reloads, as failed, while the reader's thread goes on.
+    void giveUp();
 
 private:
     void readAll(std::stop_token const& stop);
+    bool readNext(std::stop_token const& stop);
     static void read(Reload& reload, std::stop_token const& stop);
 
     Bell readBellM;
     std::mutex lockM;
-    std::condition_variable_any waitingM;
-    std::deque<Reload> waitingReloadsM; // guarded by the lock
-    std::deque<Reload> readReloadsM;    // guarded by the lock
-    std::size_t unfinishedM = 0;        // begun and not handed back
-    std::jthread readerM;               // from the first reload on
+    std::condition_variable_any changedM;                // what the lock guards
+    std::deque<std::shared_ptr<Reload>> waitingReloadsM; // guarded by the lock
+    std::deque<std::shared_ptr<Reload>> readReloadsM;    // guarded by the lock
+    bool isReaderAtWorkM = false;                        // guarded by the lock
+    std::deque<std::shared_ptr<Reload>> unfinishedM;     // begun and not handed back, in order
+    std::jthread readerM;                                // from the first reload on
 };
 
 } // namespace host

@@ -1,7 +1,12 @@
 // Data that are replaced while the host runs: what waits for it, what doesn't, and what is refused.
 #include "ServiceFixture.h"
 
+#include "DAT/LoadSession.h"
+#include "run/Reloader.h"
+
 #include <fmt/format.h>
+
+#include <semaphore>
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -13,7 +18,7 @@ constexpr char const* one = "host.DataPool.One.Module";
 constexpr char const* pool = "host.DataPool";
 
 constexpr char const* registry = R"(host:
-  Commands: {{Directory: cmd}}
+  Commands: {{Directory: cmd{}}}
   DataPool:
     One: {}
     Two: {}
@@ -35,13 +40,14 @@ protected:
 
     // The data modules One and Two hold the files of their names.
     void writeDataRegistry(std::string const& keysOfOne,
-                           std::string const& input = "{Directory: in}") const {
+                           std::string const& input = "{Directory: in}",
+                           char const* keysOfCommands = "") const {
         auto const trace = pathOf("trace").string();
         auto const module = [&](char const* file, std::string const& keys) {
             return fmt::format("{{ModuleName: TestData, Module: {{Trace: {}, File: {}{}}}}}", trace,
                                pathOf(file).string(), keys);
         };
-        directoryM.write("r.yaml", fmt::format(registry, module("one", keysOfOne),
+        directoryM.write("r.yaml", fmt::format(registry, keysOfCommands, module("one", keysOfOne),
                                                module("two", ""), input, trace));
     }
 
@@ -54,7 +60,48 @@ protected:
     }
 };
 
+// Returns what it has when it is to stop, as if that were everything.
+class CutModule : public DAT::Reloadable {
+public:
+    std::binary_semaphore begun{0};
+
+    std::unique_ptr<DAT::NewData> readNewData(DAT::LoadSession& session) override {
+        begun.release();
+        while (!session.stop().stop_requested()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return std::make_unique<CutData>();
+    }
+    DAT::LoadReport loadReport() const override { return {}; }
+    void recordReload(BAS::Status const&) override {}
+
+private:
+    class CutData : public DAT::NewData {
+    public:
+        DAT::LoadReport const& report() const noexcept override { return reportM; }
+        void takeOver() noexcept override {}
+
+    private:
+        DAT::LoadReport reportM;
+    };
+};
+
 } // namespace
+
+TEST(Reloader, takesCutDataForAFailure) {
+    CutModule module;
+    std::string failure = "not done";
+    host::Reload reload;
+    reload.modules = {{"host.DataPool.Cut.Module", &module}};
+    reload.done = [&](host::Reload& read) {
+        failure = read.failure ? read.failure->messageName().str() : "none";
+    };
+    host::Reloader reloader;
+    reloader.begin(std::move(reload));
+    module.begun.acquire();
+    EXPECT_TRUE(reloader.stop(std::chrono::seconds(30)));
+    EXPECT_EQ(failure, "ERR_RELOAD_GIVEN_UP");
+}
 
 TEST_F(Reload, takesAModulesDataOverOrRefusesThemAndTellsWhy) {
     struct {
@@ -118,6 +165,28 @@ TEST_F(Reload, letsOtherCommandsAndBatchesPassMeanwhile) {
     ASSERT_TRUE(waitForFile("cmd/a.result"));
     EXPECT_THAT(directoryM.read("cmd/a.result"), HasSubstr("Loaded 2 rows"));
     EXPECT_THAT(directoryM.read("trace"), HasSubstr("number 1"));
+}
+
+TEST_F(Reload, isAnsweredAndEndsTheHostWhenItsModuleDoesNotReturn) {
+    writeDataRegistry(gate() + ", Deaf: 1", "{Directory: in}", ", StopTimeout: 1");
+    HostProcess stopped(directoryM.path(), {"run", "r.yaml"});
+    drop("cmd/a.yaml", std::string(pool) + ": {Reload: ''}\n" + one + ": {Reload: ''}\n");
+    drop("cmd/b.yaml", std::string(one) + ": {Reload: ''}\n");
+    ASSERT_TRUE(waitForText("trace", "One at gate") && waitForFile("cmd/b.taken"));
+    stopped.signal(SIGTERM);
+    EXPECT_EQ(stopped.wait(), 4);
+    EXPECT_EQ(count(directoryM.read("cmd/a.result"), "ERR_RELOAD_GIVEN_UP"), 2U);
+    EXPECT_EQ(count(directoryM.read("cmd/b.result"), "ERR_RELOAD_GIVEN_UP"), 1U);
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("ERR_RELOAD_STUCK"));
+
+    directoryM.write("edrs.jsonl", edrs(1));
+    writeDataRegistry(gate() + ", Deaf: 1", "{Files: [edrs.jsonl]}", ", StopTimeout: 1");
+    HostProcess ended(directoryM.path(),
+                      {"run", "r.yaml", "--at-end", std::string(pool) + " Reload"});
+    ASSERT_TRUE(waitForText("trace", "One at gate", 2));
+    ended.signal(SIGTERM);
+    EXPECT_EQ(ended.wait(), 4);
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("ERR_RELOAD_GIVEN_UP"));
 }
 
 TEST_F(Reload, isGivenUpWhenTheHostEndsAndFinishedWhenTheInputsDo) {

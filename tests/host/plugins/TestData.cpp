@@ -1,6 +1,7 @@
 // A data module that holds the lines of the file that its registry key "File" names; a line "bad"
 // is rejected. With the key "Gate", the path of a FIFO, each reload takes a byte from there before
-// it reads. Named "Nothing", it comes out as no object at all.
+// it reads, and with "Deaf" it waits for it even when it is to stop. Named "Nothing", it comes out
+// as no object at all.
 #include "Trace.h"
 
 #include "DAT/ReloadablePlugIn.h"
@@ -28,7 +29,7 @@ public:
 private:
     void load(DAT::LoadSession& session, Lines& lines, DAT::LoadReport& report) const override {
         if (isLoadedM.exchange(true) && traceM.has("Gate")) {
-            traceM.passGate(session.stop());
+            traceM.passGate(traceM.has("Deaf") ? std::stop_token() : session.stop());
         }
         auto const* const file = registry() == nullptr ? nullptr : registry()->find("File");
         if (file == nullptr) {
