@@ -51,7 +51,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_RELOAD_GIVEN_UP", "The reload is abandoned because the host stops."},
     {"ERR_RELOAD_STUCK",
      "A reload was still reading %1 s after the signal; the host ends in its middle."},
-    {"MSG_POOL_RELOADED", "Reloaded together: %1."},
+    {"MSG_POOL_RELOADED", "Reloaded together. %1"},
     {"ERR_POOL_NOT_RELOADED", "Nothing is reloaded because of '%1': %2"},
     // Start.
     {"ERR_CONFIGURATION", "%1:%2:%3: %4"},

@@ -33,15 +33,12 @@ std::string ownName(BAS::String const& name) {
     return parts[parts.entries() - 2].str();
 }
 
+// A sentence for each module.
 std::string summaryOf(Reload const& reload) {
     std::string text;
     for (auto const& each : reload.modules) {
-        auto const report = each.module->loadReport();
-        text += (text.empty() ? "" : ", ") + ownName(each.name) + " " +
-                std::to_string(report.rows()) + " rows";
-        if (report.rejected() > 0) {
-            text += " (" + std::to_string(report.rejected()) + " rejected)";
-        }
+        text += (text.empty() ? "" : " ") + ownName(each.name) + ": " +
+                messageText(DAT::loadedStatus(each.module->loadReport()));
     }
     return text;
 }
@@ -89,7 +86,7 @@ std::optional<CommandResult> CommandExecutor::execute(Command const& command, Do
         }
         auto result = begun;
         result.isHandled = !read.failure;
-        result.isWorkDone = true;
+        result.isWorkDone = !read.failure;
         result.status = recordOutcome(read, *object);
         result.seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -141,11 +141,13 @@ TEST_F(Reload, takesThePoolOverAsAWholeOrNotAtAll) {
     directoryM.write("one", "a\n");
     directoryM.write("two", "x\ny\nbad\n");
     EXPECT_THAT(answer("c1", pool, "Reload: ''"),
-                HasSubstr("Reloaded together: One 1 rows, Two 2 rows (1 rejected)."));
+                AllOf(HasSubstr("Reloaded together. One: Loaded 1 rows, rejected 0, from '"),
+                      HasSubstr("/one' in "), HasSubstr(" Two: Loaded 2 rows, rejected 1, from '"),
+                      HasSubstr("/two' in "), HasSubstr(": LINES 2 (1 rejected); reading began")));
     directoryM.write("one", "a\nb\nc\nd\n");
     std::filesystem::remove(pathOf("two"));
     EXPECT_THAT(answer("c2", pool, "Reload: ''"),
-                AllOf(HasSubstr("Handled: false"),
+                AllOf(HasSubstr("Handled: false"), HasSubstr("WorkDone: false"),
                       HasSubstr("Nothing is reloaded because of 'host.DataPool.Two.Module'")));
     directoryM.write("one", "");
     EXPECT_THAT(answer("c3", one, "Reload: ''"), HasSubstr("LINES (had 1)"));
@@ -208,5 +210,5 @@ TEST_F(Reload, isGivenUpWhenTheHostEndsAndFinishedWhenTheInputsDo) {
                       {"run", "r.yaml", "--at-end", std::string(pool) + " Reload"});
     EXPECT_EQ(ended.wait(), 0);
     EXPECT_THAT(directoryM.read("cmd/c.result"), HasSubstr("Loaded 2 rows"));
-    EXPECT_THAT(directoryM.read("out"), HasSubstr("Reloaded together: One 2 rows, Two 1 rows"));
+    EXPECT_THAT(directoryM.read("out"), HasSubstr("Reloaded together. One: Loaded 2 rows"));
 }
