@@ -25,7 +25,14 @@ ValidSteps validSteps(Judgement const& judgement, Table const& steps) {
     return valid;
 }
 
-// Steps of one unit, each compared with the next in the order of where they begin.
+// Whether a step ends after where another does.
+bool goesFurther(std::string_view end, std::string_view other) {
+    auto const order = compareAmounts(end, other);
+    return other != "open" && (end == "open" || (order && std::is_gt(*order)));
+}
+
+// Steps of one unit, in the order of where they begin, each compared with where those before it
+// end.
 void judgeThresholds(Judgement& judgement, ShownObject const& model, ValidSteps steps) {
     auto const& table = steps.table;
     auto const from = table.column("From");
@@ -38,10 +45,13 @@ void judgeThresholds(Judgement& judgement, ShownObject const& model, ValidSteps 
         auto const order = compareAmounts(table.cell(a, from), table.cell(b, from));
         return order && std::is_lt(*order);
     });
-    for (std::size_t i = 0; i + 1 < steps.rows.size(); ++i) {
-        auto const row = steps.rows[i];
-        auto const next = steps.rows[i + 1];
+    auto row = steps.rows.front(); // that goes furthest
+    for (auto const next : steps.rows) {
+        if (next == row) {
+            continue;
+        }
         if (table.cell(row, unit) != table.cell(next, unit)) {
+            row = next;
             continue;
         }
         auto const end = table.cell(row, below);
@@ -55,6 +65,7 @@ void judgeThresholds(Judgement& judgement, ShownObject const& model, ValidSteps 
                 fmt::format("step {} below {}, step {} from {} {}", table.cell(row, "Step"), end,
                             table.cell(next, "Step"), begin, table.cell(next, unit)));
         }
+        row = goesFurther(table.cell(next, below), end) ? next : row;
     }
 }
 
@@ -66,6 +77,9 @@ void judgeSteps(Judgement& judgement, ShownObject const& model, Table const& ste
     if (steps.rowCount == 0) {
         judgement.add(Kind::priceModelWithoutSteps, model.line + steps.line, subject(), "used",
                       "no steps");
+        return;
+    }
+    if (judgement.start().empty()) {
         return;
     }
     auto const valid = validSteps(judgement, steps);
@@ -138,7 +152,10 @@ void judgePriceModels(Judgement& judgement) {
     auto const& event = judgement.event;
     auto const& shown = event.priceModelMemory;
     auto const* const balances = balancesOf(event);
-    bool const ownPlanOnly = !judgement.hasSeveralPlans();
+    // Whether all models change the event's own balances, and by which steps.
+    bool const areImpactsKnown = balances != nullptr && !judgement.start().empty() &&
+                                 (event.priceModels.size() <= 1 ||
+                                  (judgement.knowsEntries() && !judgement.hasSeveralPlans()));
     for (auto model = shown.begin(); model != shown.end(); ++model) {
         // Asked for twice, a model is shown twice.
         if (std::any_of(shown.begin(), model, [&](ShownObject const& earlier) {
@@ -154,7 +171,7 @@ void judgePriceModels(Judgement& judgement) {
         }
         if (auto const* const steps = model->object->table("Steps")) {
             judgeSteps(judgement, *model, *steps);
-            if (balances != nullptr && ownPlanOnly) {
+            if (areImpactsKnown) {
                 judgeImpacts(judgement, *model, *steps, *balances);
             }
         }

@@ -46,11 +46,15 @@ std::string Judgement::outside(std::string_view from, std::string_view to) const
                         : "ended " + distance(to, startM) + " before the charging start";
 }
 
+bool Judgement::knowsEntries() const {
+    auto const* const entries = event.planMemory.entries;
+    return entries != nullptr && entries->isComplete;
+}
+
 bool Judgement::hasSeveralPlans() const {
     auto const& codes = event.priceModels;
     auto const* const entries = event.planMemory.entries;
-    return entries != nullptr && entries->isComplete && codes.size() > 1 &&
-           isAmongEntries(*entries, codes.back().text) &&
+    return knowsEntries() && codes.size() > 1 && isAmongEntries(*entries, codes.back().text) &&
            std::any_of(codes.begin(), codes.end() - 1,
                        [&](Fact const& code) { return !isAmongEntries(*entries, code.text); });
 }

@@ -50,6 +50,8 @@ public:
         }
     }
 
+    // Which entries of the rate plan match is known to the last.
+    bool knowsEntries() const;
     // Earlier price models are of other rate plans than the one that is shown.
     bool hasSeveralPlans() const;
 

@@ -47,6 +47,12 @@ constexpr EditedDump editedDumps[] = {
      "no-charging-start 491713920003 charging start"},
     {"Event Service Id         = 3103", "Event Service Id         = 0",
      "no-service 491713920003 service"},
+    // A step within another, and one that follows it.
+    {"         1     0   open    0.09    1  message  2024-01-01T00:00:00Z  open\n",
+     "         1     0    100    0.09    1  message  2024-01-01T00:00:00Z  open\n"
+     "         2    10     20    0.09    1  message  2024-01-01T00:00:00Z  open\n"
+     "         3   100   open    0.09    1  message  2024-01-01T00:00:00Z  open\n",
+     "price-overlap 491713920003 price model PM_SMS_NAT"},
 };
 
 TEST(Findings, areFoundOneForEachWrongFact) {
@@ -59,6 +65,22 @@ TEST(Findings, areFoundOneForEachWrongFact) {
         }
         EXPECT_THAT(after, testing::ElementsAre(edit.found)) << edit.from;
     }
+}
+
+// Prices that follow each other are no two for the same event, when nobody knows when it was.
+TEST(Findings, needAChargingStartToJudgePrices) {
+    auto const dump = edited(
+        demoDump(), "         1     0   open    0.09    1  message  2024-01-01T00:00:00Z  open\n",
+        "         1     0   open    0.09    1  message  2024-01-01T00:00:00Z  "
+        "2025-01-01T00:00:00Z\n"
+        "         2     0   open    0.09    1  message  2025-01-01T00:00:00Z  open\n");
+    auto const before = findingsOf(demoDump());
+    EXPECT_EQ(findingsOf(dump), before);
+    auto after = findingsOf(edited(dump, "Time Stamp= 1795203110", "Time Stamp= 0"));
+    for (auto const& finding : before) {
+        after.erase(finding);
+    }
+    EXPECT_THAT(after, testing::ElementsAre("no-charging-start 491713920003 charging start"));
 }
 
 // A limit that is reached is no excess, an end that is not yet reached is valid.
