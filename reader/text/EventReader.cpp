@@ -224,9 +224,14 @@ void EventReader::checkNumber(Start const& start) {
 // An empty file is a dump of no events.
 void EventReader::requireEvent() const {
     if (!anyEventM && endM > beginM) {
-        throw InputError(fileM.name() + ":1: no event begins in it: \"Begin: 1\", a line of 70 "
-                                        "\"=\" and the event's key were expected, or a line of 70 "
-                                        "\"-\" and the key");
+        auto const firstEnd = endsM.empty() ? beginM : endsM.front();
+        bool const hasOtherLineEnds = firstEnd > beginM && bufferM[firstEnd - 1] == '\r';
+        throw InputError(fileM.name() + ":1: no event begins in it: " +
+                         (hasOtherLineEnds
+                              ? "its lines end with CR LF, as after a transfer as text; the "
+                                "plug-in ends them with LF alone"
+                              : "\"Begin: 1\", a line of 70 \"=\" and the event's key were "
+                                "expected, or a line of 70 \"-\" and the key"));
     }
 }
 
