@@ -36,6 +36,7 @@ struct MemoryObject {
     bool isAbsent = false;
     std::string_view text;
     ModuleText content;
+    std::vector<LineNumber> unplaced; // lines that its module does not write
 
     // By the begin of its title; null when it isn't there.
     Table const* table(std::string_view title) const { return content.tableOf(title); }

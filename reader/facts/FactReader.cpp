@@ -91,6 +91,8 @@ private:
     bool readReportLine(std::string_view line, LineNumber number);
 
     Place readAccount(Place heading);
+    // Lines among those of the plug-in.
+    void addUnplaced(Place begin, Place end, char const* reason);
     void readBalances(Place begin, Place end);
     void readOwnDiscounts(Place begin, Place end);
     void readSharing(Place begin);
@@ -280,6 +282,16 @@ void FactReader::Reading::readObjects(Place begin, Place end, SectionName sectio
     }
 }
 
+void FactReader::Reading::addUnplaced(Place begin, Place end, char const* reason) {
+    Lines lines(textM.part(begin, end), number(begin));
+    std::string_view line;
+    while (lines.next(line)) {
+        if (!line.empty()) {
+            unplaced().add(lines.number(), line, reason);
+        }
+    }
+}
+
 void FactReader::Reading::readBalances(Place begin, Place end) {
     begin = begin.at < end.at ? begin : end;
     addSection(SectionName::balances, textM.part(begin, end).bytes(), begin);
@@ -289,24 +301,31 @@ void FactReader::Reading::readBalances(Place begin, Place end) {
 void FactReader::Reading::readOwnDiscounts(Place begin, Place end) {
     auto const text = textM.part(begin, end);
     addSection(SectionName::ownDiscounts, text.bytes(), begin);
-    Lines lines(text, number(begin));
-    std::string_view line;
-    while (lines.next(line)) {
-        if (!line.empty() &&
-            !readItemLine(line, lines.number(), ownItemLabels, factsM.ownDiscounts)) {
-            auto const first = lines.begin();
-            readObjects({begin.at + first.at, begin.line + first.line}, end,
-                        SectionName::ownDiscounts, nullptr);
-            return;
+    std::optional<Place> moduleText;
+    for (auto place = begin; place.at < end.at; place = textM.nextLine(place)) {
+        auto const line = textM.restOfLine(place);
+        if (readItemLine(line, number(place), ownItemLabels, factsM.ownDiscounts)) {
+            if (moduleText) {
+                addUnplaced(*moduleText, place, "the event's discounts stand here");
+                moduleText.reset();
+            }
+        } else if (!line.empty() && !moduleText) {
+            moduleText = place;
         }
+    }
+    if (moduleText) {
+        readObjects(*moduleText, end, SectionName::ownDiscounts, nullptr);
     }
 }
 
 // The lines of owners and their items, and between them what the modules wrote.
 void FactReader::Reading::readSharing(Place begin) {
     addSection(SectionName::sharing, textM.bytes().substr(begin.at), begin);
+    // Lines of the plug-in that follow each other without a module's text between them.
+    enum class Group { none, owner, balances, items };
     auto& owners = factsM.owners;
     std::optional<Place> moduleText;
+    auto before = Group::none; // of the module's text
     auto const endModuleText = [&](Place end) {
         if (moduleText && !owners.empty()) {
             readObjects(*moduleText, end, SectionName::sharing, &owners.back());
@@ -315,19 +334,30 @@ void FactReader::Reading::readSharing(Place begin) {
     };
     for (auto place = begin; place.at < textM.size(); place = textM.nextLine(place)) {
         auto const line = textM.restOfLine(place);
-        bool isPlugIns = line.empty() && !moduleText;
+        auto group = Group::none;
         if (line.starts_with("    ")) {
             if (line == ownerHeading) {
                 endModuleText(place);
             }
-            isPlugIns = readOwnerRow(line, number(place), owners) ||
-                        (!owners.empty() &&
-                         readItemLine(line, number(place), sharedItemLabels, owners.back().items));
-        } else if (line.starts_with(ownerBalancesLabel)) {
-            isPlugIns = !owners.empty();
+            if (readOwnerRow(line, number(place), owners)) {
+                group = Group::owner;
+            } else if (!owners.empty() &&
+                       readItemLine(line, number(place), sharedItemLabels, owners.back().items)) {
+                group = Group::items;
+            }
+        } else if (line.starts_with(ownerBalancesLabel) && !owners.empty()) {
+            group = Group::balances;
         }
-        if (isPlugIns) {
+        if (group != Group::none) {
+            bool const isWithin = before == Group::owner ? group != Group::items : before == group;
+            if (moduleText && isWithin) {
+                addUnplaced(*moduleText, place, "the owner's rows or items stand here");
+                moduleText.reset();
+            }
             endModuleText(place);
+            before = group;
+        } else if (line.empty() && !moduleText) {
+            continue;
         } else if (owners.empty() && !line.empty()) {
             unplaced().add(number(place), line, "an owner stands here");
         } else if (!moduleText) {
@@ -349,6 +379,8 @@ EventFacts const& FactReader::readOverview(EventText const& event) {
 
 EventFacts const& FactReader::read(EventText const& event) {
     Reading(*keptM, factsM, event).readAll();
+    std::stable_sort(factsM.unplaced.begin(), factsM.unplaced.end(),
+                     [](auto const& one, auto const& other) { return one.line < other.line; });
     return factsM;
 }
 

@@ -25,6 +25,9 @@ constexpr SentenceMeaning<AccountMemory> accountSentences[] = {
     {"  Account {}: status {}, currency {}, parent {}",
      {&AccountMemory::id, &AccountMemory::status, &AccountMemory::currency,
       &AccountMemory::parent}},
+    {"  Services{}"},
+    {"    Service {}: not in memory"},
+    {"    Service {}: the event has it as type {}"},
 };
 
 constexpr SentenceMeaning<AskedList> productSentences[] = {
@@ -50,6 +53,7 @@ constexpr SentenceMeaning<PlanMemory> planSentences[] = {
     // As older hosts write it.
     {"  Entries for service code {}, service class {} and impact category {}: {} of {}",
      {&PlanMemory::serviceCode, &PlanMemory::serviceClass, &PlanMemory::impactCategory}},
+    {"  Versions in memory: {}"},
 };
 
 template <class Memory, std::size_t size>
@@ -73,11 +77,23 @@ bool readSentence(SentenceMeaning<Memory> const (&sentences)[size], ModuleText::
     return false;
 }
 
+// Of a text that is known by its first sentence, every line has to be. In another module's text
+// only the plug-in's lines are out of place.
+void addUnplaced(std::vector<ModuleText::Item> const& lines, bool isKnownText, char const* reason,
+                 UnplacedLines& unplaced) {
+    for (auto const& line : lines) {
+        if (isKnownText || isSectionLine(line.text)) {
+            unplaced.add(line.line, line.text, reason);
+        }
+    }
+}
+
 } // namespace
 
 void readAccountText(ModuleText const& text, AccountMemory& memory, UnplacedLines& unplaced) {
     AskedList* list = nullptr; // whose table and other lines follow
     Captures values;
+    std::vector<ModuleText::Item> unknown;
     for (auto const& item : text.items()) {
         if (item.table) {
             auto const& table = text.tables()[*item.table];
@@ -92,20 +108,24 @@ void readAccountText(ModuleText const& text, AccountMemory& memory, UnplacedLine
             list = &memory.products;
         } else if (readSentence(discountSentences, item, memory.discounts)) {
             list = &memory.discounts;
-        } else if (!readSentence(accountSentences, item, memory) && isSectionLine(item.text)) {
-            unplaced.add(item.line, item.text, "the account module's text stands here");
+        } else if (!readSentence(accountSentences, item, memory)) {
+            unknown.push_back(item);
         }
     }
+    addUnplaced(unknown, memory.customer.isTold(), "the account module's text stands here",
+                unplaced);
 }
 
 void readRatePlanText(ModuleText const& text, PlanMemory& memory, UnplacedLines& unplaced) {
+    std::vector<ModuleText::Item> unknown;
     for (auto const& item : text.items()) {
         if (item.table) {
             memory.entries = memory.serviceCode.isTold() ? &text.tables()[*item.table] : nullptr;
-        } else if (!readSentence(planSentences, item, memory) && isSectionLine(item.text)) {
-            unplaced.add(item.line, item.text, "the rate plan module's text stands here");
+        } else if (!readSentence(planSentences, item, memory)) {
+            unknown.push_back(item);
         }
     }
+    addUnplaced(unknown, memory.code.isTold(), "the rate plan module's text stands here", unplaced);
 }
 
 } // namespace reader

@@ -7,7 +7,8 @@
 
 namespace reader {
 
-// The texts stay the caller's; what is read points into them. Lines of the plug-in are unplaced.
+// The texts stay the caller's; what is read points into them. Lines of the plug-in are unplaced,
+// and those of a known module that it does not write.
 void readAccountText(ModuleText const& text, AccountMemory& memory, UnplacedLines& unplaced);
 void readRatePlanText(ModuleText const& text, PlanMemory& memory, UnplacedLines& unplaced);
 

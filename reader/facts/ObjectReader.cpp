@@ -8,13 +8,25 @@ namespace {
 
 constexpr std::size_t mostKeptBytes = std::size_t{4} << 20U;
 constexpr std::string_view absence = ": not in memory";
+constexpr char const* moduleTextExpected = "a module's text stands here";
+
+void addUnplaced(MemoryObject const& object, LinedText const& text, Place begin,
+                 LineNumber firstLine, UnplacedLines& unplaced) {
+    for (auto const number : object.unplaced) {
+        auto const line = begin.line + number;
+        unplaced.add(firstLine + number, text.restOfLine({text.endOf(line - 1) + 1, line}),
+                     moduleTextExpected);
+    }
+}
 
 } // namespace
 
 ObjectReader::AskedNoun const ObjectReader::askedNouns[nothing] = {
-    {"price model", "  price model "},           {"balance group", "  balance group "},
-    {"discount object", "    discount object "}, {"sponsorship object", "    sponsorship object "},
-    {"discount model", "    discount model "},
+    {"price model", "  price model ", {"    Steps, amounts in ", "    Balance impacts"}},
+    {"balance group", "  balance group ", {"    Balances", "    Sub-balances"}},
+    {"discount object", "    discount object ", {}},
+    {"sponsorship object", "    sponsorship object ", {}},
+    {"discount model", "    discount model ", {"      Rules", "      Steps, thresholds"}},
 };
 
 // " 2 price models asked", which a wide first number begins at the line's begin.
@@ -63,10 +75,11 @@ bool ObjectReader::read(LinedText const& text, LineNumber number, bool isOpen, T
     bool isInList = false;
     Place list;
     LineNumber listLine = 0;
+    std::vector<std::pair<LineNumber, std::string_view>> unknown;
     auto const endList = [&](Place end) {
         if (isInList) {
             readList(text.part(list, end), listLine, isOpen && end.at == text.size(), asked,
-                     *target.memory);
+                     *target.memory, unplaced);
             isInList = false;
         }
     };
@@ -89,21 +102,40 @@ bool ObjectReader::read(LinedText const& text, LineNumber number, bool isOpen, T
                 listLine = lines.number() + 1;
             }
         } else if (!isInList && asked != nothing && line.starts_with(askedNouns[asked].begin)) {
-            lines.goOn(readObject(text, lines.begin(), lines.number(), asked, isOpen, target));
-        } else if (isSectionLine(line)) {
-            unplaced.add(lines.number(), line, "a module's text stands here");
+            auto const begin = lines.begin();
+            auto const end = readObject(text, begin, lines.number(), asked, isOpen, target);
+            addUnplaced(*objectsOf(asked, target).back().object, text, begin, lines.number(),
+                        unplaced);
+            lines.goOn(end);
+        } else if (!isInList && indentOf(line) < line.size()) {
+            unknown.emplace_back(lines.number(), line);
         }
     }
     endList(text.end());
+    for (auto const& [unknownNumber, unknownLine] : unknown) {
+        if (anyAsked || isSectionLine(unknownLine)) {
+            unplaced.add(unknownNumber, unknownLine, moduleTextExpected);
+        }
+    }
     return anyAsked;
+}
+
+std::vector<ShownObject>& ObjectReader::objectsOf(Asked kind, Target const& target) {
+    return kind == prices   ? *target.priceModels
+           : kind == groups ? target.memory->balanceGroups
+                            : target.memory->discountModels;
+}
+
+bool ObjectReader::isTitle(std::string_view line, Asked kind) {
+    auto const& titles = askedNouns[kind].titles;
+    return std::any_of(titles.begin(), titles.end(),
+                       [&](std::string_view title) { return line.starts_with(title); });
 }
 
 // Returns where the object's text ends: with the first line that is indented no further.
 Place ObjectReader::readObject(LinedText const& text, Place begin, LineNumber number, Asked kind,
                                bool isOpen, Target const& target) {
-    auto& objects = kind == prices   ? *target.priceModels
-                    : kind == groups ? target.memory->balanceGroups
-                                     : target.memory->discountModels;
+    auto& objects = objectsOf(kind, target);
     auto const firstLine = text.restOfLine(begin);
     auto const* const known =
         kind == groups ? nullptr : knownObject(text.bytes().substr(begin.at), firstLine, kind);
@@ -136,6 +168,12 @@ void ObjectReader::fill(MemoryObject& object, LinedText const& text, Asked kind,
     auto const first = text.restOfLine({}).substr(askedNouns[kind].begin.size());
     object.text = text.bytes();
     object.content.read(text.part(text.nextLine({}), text.end()), 1, layoutsM, isOpen);
+    object.unplaced.clear();
+    for (auto const& item : object.content.items()) {
+        if (!item.table && !isTitle(item.text, kind)) {
+            object.unplaced.push_back(item.line);
+        }
+    }
     object.isAbsent = first.ends_with(absence) && object.content.items().empty();
     auto const separator = kind == groups && !object.isAbsent ? std::string_view(" of account ")
                                                               : std::string_view(": ");
@@ -178,7 +216,7 @@ MemoryObject const& ObjectReader::takeApart(LinedText const& text, Asked kind, b
 }
 
 void ObjectReader::readList(LinedText const& text, LineNumber number, bool isOpen, Asked kind,
-                            HeldMemory& memory) {
+                            HeldMemory& memory, UnplacedLines& unplaced) {
     if (usedListsM == listsM.size()) {
         listsM.emplace_back();
     }
@@ -194,6 +232,8 @@ void ObjectReader::readList(LinedText const& text, LineNumber number, bool isOpe
             list.absent.push_back(
                 {item.text.substr(begin.size(), item.text.size() - begin.size() - absence.size()),
                  item.line});
+        } else {
+            unplaced.add(item.line, item.text, moduleTextExpected);
         }
     }
 }

@@ -37,7 +37,8 @@ private:
     enum Asked : std::uint8_t { prices, groups, discounts, sponsorships, models, nothing };
     struct AskedNoun {
         std::string_view noun;
-        std::string_view begin; // of an object's first line
+        std::string_view begin;                 // of an object's first line
+        std::array<std::string_view, 2> titles; // what the titles of its lists begin with
     };
     static AskedNoun const askedNouns[nothing];
 
@@ -49,13 +50,15 @@ private:
 
     static Asked askedIn(std::string_view line, std::string_view& count);
     void fill(MemoryObject& object, LinedText const& text, Asked kind, bool isOpen);
+    static std::vector<ShownObject>& objectsOf(Asked kind, Target const& target);
+    static bool isTitle(std::string_view line, Asked kind);
     Place readObject(LinedText const& text, Place begin, LineNumber number, Asked kind, bool isOpen,
                      Target const& target);
     KeptObject const* knownObject(std::string_view text, std::string_view firstLine,
                                   Asked kind) const;
     MemoryObject const& takeApart(LinedText const& text, Asked kind, bool isOpen);
     void readList(LinedText const& text, LineNumber number, bool isOpen, Asked kind,
-                  HeldMemory& memory);
+                  HeldMemory& memory, UnplacedLines& unplaced);
     MemoryObject& freeObject();
 
     TableLayouts layoutsM;

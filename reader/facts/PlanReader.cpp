@@ -111,7 +111,8 @@ void PlanReader::Plan::read(LinedText const& from, bool isOpen, ObjectReader& ob
     auto const codes = afterLabel(label);
     auto const ruler = findRuler(from, codes);
     splitCodes(from.restOfLine(codes), codes.line + 1, facts);
-    if (ruler.line != codes.line) {
+    bool const areInOneLine = ruler.line == codes.line;
+    if (!areInOneLine) {
         unplaced.add(codes.line + 1, from.part(codes, ruler).bytes(),
                      "price model codes stand in one line");
     }
@@ -123,7 +124,9 @@ void PlanReader::Plan::read(LinedText const& from, bool isOpen, ObjectReader& ob
         facts.addForeignText(SectionName::priceModels, {}, priceText.bytes(), prices.line + 1);
     }
     auto const& asked = facts.priceModelsAsked;
-    if (asked.isTold() && asked.text != std::to_string(facts.priceModels.size())) {
+    if (!areInOneLine) {
+        facts.priceModels.clear();
+    } else if (asked.isTold() && asked.text != std::to_string(facts.priceModels.size())) {
         unplaced.add(asked.line, asked.text,
                      "the codes are ambiguous: the price module was asked for another number of "
                      "them than stand above");

@@ -47,6 +47,19 @@ constexpr EditedDump editedDumps[] = {
      "no-charging-start 491713920003 charging start"},
     {"Event Service Id         = 3103", "Event Service Id         = 0",
      "no-service 491713920003 service"},
+    // Values with a line end.
+    {"status ACTIVE, currency", "status ACT\nIVE, currency", "unplaced 491713920003 2 lines"},
+    {"  Rate plan id 21, model FLAT", "  Rate plan id 21, model FL\nAT",
+     "unplaced 491713920003 2 lines"},
+    {"codes: PM_SMS_NAT   \n", "codes: PM_SMS\n_NAT   \n", "unplaced 491713920003 a line"},
+    {"Message to a domestic number\n", "Message to a\n domestic number\n",
+     "unplaced 491713920003 9 lines"},
+    {"Message to a domestic number\n", "Message to a\n      domestic number\n",
+     "unplaced 491713920003 a line"},
+    {"    Sub-balances, in", "    a stray line\n    Sub-balances, in",
+     "unplaced 491713920003 a line"},
+    {" 1 sponsorship object asked\n", " 1 sponsorship object asked\na stray line\n",
+     "unplaced 491713920003 a line"},
     // A step within another, and one that follows it.
     {"         1     0   open    0.09    1  message  2024-01-01T00:00:00Z  open\n",
      "         1     0    100    0.09    1  message  2024-01-01T00:00:00Z  open\n"

@@ -84,6 +84,50 @@ TEST(Reading, findsWhereADumpWasCut) {
     }
 }
 
+std::vector<std::string_view> numbersOf(std::vector<UsedItem> const& items) {
+    std::vector<std::string_view> numbers;
+    for (auto const& item : items) {
+        numbers.push_back(item.object.text);
+    }
+    return numbers;
+}
+
+// A line end within a value is one line too many, and hides none of those after it.
+TEST(Reading, goesOnAfterALineAmongItems) {
+    struct {
+        char const* from;
+        char const* to;
+        char const* unplaced;
+    } const edits[] = {
+        {"name   : PREPAID_NIGHT", "name   : PREPAID_\nNIGHT", "NIGHT"},
+        {"name   : WEEKEND_FREE", "name   : WEEKEND_\nFREE", "FREE"},
+        {"name   : FAMILY10", "name   : FAM\nILY10", "ILY10"},
+        {"name   : SPON_TEEN_SMS", "name   : SPON\n_TEEN_SMS", "_TEEN_SMS"},
+        {"    Owner Type : /group/sharing", "    Owner Type : /group\n/sharing", "/sharing"},
+    };
+    for (auto const& edit : edits) {
+        FactReader reader;
+        std::vector<std::string> unplaced;
+        forEachEventOf(edited(demoDump(), edit.from, edit.to), [&](EventText const& text) {
+            auto const& event = reader.read(text);
+            for (auto const& line : event.unplaced) {
+                unplaced.emplace_back(line.text);
+            }
+            if (event.number == 1) {
+                EXPECT_THAT(numbersOf(event.owners[0].items), ElementsAre("5001", "6001"));
+                EXPECT_EQ(event.owners[0].balanceGroup.text, "2001");
+                EXPECT_EQ(event.owners[0].memory.discountModels.size(), 2U);
+            }
+            if (event.number == 3) {
+                EXPECT_THAT(numbersOf(event.ownDiscounts), ElementsAre("5020", "5021"));
+                EXPECT_EQ(event.memory.discountModels.size(), 2U);
+            }
+            EXPECT_THAT(event.foreignTexts, IsEmpty());
+        });
+        EXPECT_THAT(unplaced, ElementsAre(edit.unplaced)) << edit.to;
+    }
+}
+
 TEST(Reading, takesListsApartByTheirRulers) {
     TableLayouts layouts;
     ModuleText text;
