@@ -75,9 +75,8 @@ unsigned digitOf(char c) {
 // it takes: so the last one to eight digits are read as one word.
 
 // The characters before end, as the values of digits. Eight characters must stand there; those that
-// aren't among the last count are 0.
+// aren't among the last count are 0. For machines whose words begin with the lowest byte.
 std::uint64_t lastDigits(char const* end, std::size_t count) {
-    static_assert(std::endian::native == std::endian::little);
     constexpr std::uint64_t all = ~std::uint64_t{0};
     // By count; the last characters are the highest bytes.
     static constexpr std::uint64_t lastBytes[] = {
@@ -153,7 +152,7 @@ unsigned long objectNumber(BAS::String const& identifier) {
             continue;
         }
         auto const count = length - at;
-        if (count - 1 < 8 && length >= 8) {
+        if (std::endian::native == std::endian::little && count - 1 < 8 && length >= 8) {
             auto const digits = lastDigits(text + length, count);
             if (areDigits(digits)) {
                 return joined(digits);
@@ -367,6 +366,10 @@ void PlugIn::reportThrown(BAS::Status status, bool log) {
     status.setObjectName(ownName());
     try {
         setStatus(status, log);
+    } catch (BAS::Status const&) {
+        // The pipeline log may still take it.
+    }
+    try {
         writeToPipelineLog(status);
     } catch (BAS::Status const&) {
         // What a log throws can't be written to it.
@@ -671,24 +674,30 @@ bool PlugIn::readServiceFields(BAS::String const& pipelineName) {
 }
 
 bool PlugIn::addServiceFields(RWDBReader& reader, BAS::String const& pipelineName) {
+    auto const isUsable = [&] {
+        if (reader.isValid()) {
+            return true;
+        }
+        recordAndLog("ERR_DATABASE", severityCritical,
+                     DBC::DatabasePlugIn::errorMessage(reader.status()));
+        return false;
+    };
+    if (!isUsable()) {
+        return false;
+    }
     bool anyRow = false;
     BAS::String serviceCode;
     BAS::String reference;
     BAS::String fieldName;
     while (reader()) {
         reader >> serviceCode >> reference >> fieldName;
-        if (!reader.isValid()) {
-            break;
+        if (!isUsable()) {
+            return false;
         }
         anyRow = true;
         if (!addServiceField(serviceCode, reference, fieldName)) {
             return false;
         }
-    }
-    if (!reader.isValid()) {
-        recordAndLog("ERR_DATABASE", severityCritical,
-                     DBC::DatabasePlugIn::errorMessage(reader.status()));
-        return false;
     }
     if (!anyRow) {
         setStatus("ERR_EMPTY_SERVICE_FIELD_MAP", severityError, pipelineName, true);

@@ -58,7 +58,7 @@ bool RWDBReader::operator()() {
         return rowsM->statement.fetch();
     } catch (std::exception const& error) {
         fail(error.what());
-        return false;
+        return true;
     }
 }
 

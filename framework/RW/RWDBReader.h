@@ -22,7 +22,9 @@ public:
     bool isValid() const noexcept { return statusM.isValid(); }
     RWDBStatus const& status() const noexcept { return statusM; }
 
-    // Moves to the next row; false when there is none or when fetching it failed.
+    // Moves to the next row; false when there is none. When fetching it fails, it is true once and
+    // the reader is no longer valid, so that whoever reads the columns and then looks at the reader
+    // doesn't take the failure for the end.
     bool operator()();
 
     // Reads the next column of the current row; NULL is the empty text. Without a further column
