@@ -87,8 +87,8 @@ bool permitAsUsual(int descriptor) {
     return ::fchmod(descriptor, everybody & ~mask) == 0;
 }
 
-OutputError errorOf(std::filesystem::path const& file) {
-    return OutputError(file.string() + ": can't be written: " + std::strerror(errno));
+OutputError errorOf(std::filesystem::path const& file, int code) {
+    return OutputError(file.string() + ": can't be written: " + std::strerror(code));
 }
 
 bool isPipeOrDevice(std::filesystem::path const& file) {
@@ -99,11 +99,11 @@ bool isPipeOrDevice(std::filesystem::path const& file) {
 void writeInPlace(std::filesystem::path const& file, std::string_view text) {
     auto const descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
     if (descriptor < 0) {
-        throw errorOf(file);
+        throw errorOf(file, errno);
     }
     bool const isWritten = writeAll(descriptor, text);
     if (::close(descriptor) != 0 || !isWritten) {
-        throw errorOf(file);
+        throw errorOf(file, errno);
     }
 }
 
@@ -125,9 +125,9 @@ void writeAside(std::filesystem::path const& file, std::string_view text) {
         descriptor >= 0 && writeAll(descriptor, text) && permitAsUsual(descriptor);
     bool const isClosed = descriptor >= 0 && ::close(descriptor) == 0;
     if (!isWritten || !isClosed || ::rename(aside.c_str(), file.c_str()) != 0) {
-        auto const error = errorOf(file);
+        auto const code = errno;
         ::unlink(aside.c_str());
-        throw error;
+        throw errorOf(file, code);
     }
 }
 
