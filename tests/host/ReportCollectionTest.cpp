@@ -19,6 +19,8 @@ protected:
         directoryM.write("x.jsonl", edrs(1));
         std::filesystem::create_directory(pathOf("directory"));
         std::filesystem::create_symlink(pathOf("old"), pathOf("link"));
+        std::filesystem::create_symlink("no-directory/x", pathOf("broken"));
+        std::filesystem::create_symlink("loop", pathOf("loop"));
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
         std::strncpy(address.sun_path, pathOf("socket").c_str(), sizeof address.sun_path - 1);
@@ -35,6 +37,7 @@ protected:
         writeRegistry("{Files: [x.jsonl]}");
         std::string script =
             "mount -t tmpfs -o size=1m none small || exit 77; printf old >small/old; "
+            "mkdir small/none && mount -t tmpfs -o nr_inodes=1 none small/none || exit 77; "
             "PIPELINE_HOST_MODULE_PATH='" HOST_TEST_MODULES "' '" HOST_PROGRAM
             "' run r.yaml --quiet";
         for (auto const& each : commands) {
@@ -104,6 +107,10 @@ TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
         {"Write=@@old", unlimited, 0, "old", "/@old', 8 bytes"},
         {"Write=missing/x", unlimited, 1, "old", "didn't write '"},
         {"Count=/missing/x", unlimited, 1, "old", "didn't write '"},
+        {"Write=./broken", unlimited, 1, "old", "/no-directory' doesn't exist"},
+        {"Write=./loop", unlimited, 1, "old", "Too many levels of symbolic links"},
+        {"Write=./" + std::string(300, 'n'), unlimited, 1, "old", "File name too long"},
+        {"Write=old/x", unlimited, 1, "old", "/old' doesn't exist"},
         {"Write=fifo", unlimited, 1, "old", "it is a FIFO, expected a regular file"},
         {"Write=directory", unlimited, 1, "old", "it is a directory, expected a regular file"},
         {"Write=socket", unlimited, 1, "old", "it is a socket, expected a regular file"},
@@ -138,9 +145,9 @@ TEST_F(ReportCollection, RefusesBlockDevices) {
 }
 
 TEST_F(ReportCollection, TellsWhenTheFileSystemIsFull) {
-    int const code = runBesideASmallFileSystem({command("Write=@small/old Lines=1000000"),
-                                                command("Write=@small/fits"),
-                                                command("Write=small/plain Lines=1000000")});
+    int const code = runBesideASmallFileSystem(
+        {command("Write=@small/old Lines=1000000"), command("Write=@small/fits"),
+         command("Write=small/plain Lines=1000000"), command("Write=small/none/plain")});
     if (code == 77) {
         GTEST_SKIP() << "mounting a file system is not permitted here";
     }
@@ -150,6 +157,7 @@ TEST_F(ReportCollection, TellsWhenTheFileSystemIsFull) {
     EXPECT_THAT(told, HasSubstr("No space left on device"));
     EXPECT_THAT(told, HasSubstr("/small/fits', 8 bytes, complete"));
     EXPECT_THAT(told, HasSubstr("not complete: the file system is full, so that it may be cut"));
+    EXPECT_THAT(told, HasSubstr("/small/none/plain': the file system has no room for another"));
     EXPECT_EQ(directoryM.read("kept"), "old");
 }
 
