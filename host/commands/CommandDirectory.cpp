@@ -21,6 +21,8 @@ namespace {
 constexpr char const* takenSuffix = ".taken";
 constexpr char const* anyReportSuffix = ".report";
 constexpr std::chrono::hours sweepPeriod{1};
+// Command files, and fetched ones, that are seen to at a time.
+constexpr std::size_t mostAtATime = 16;
 // The longest name that is made from a command file's is its stem and these characters.
 constexpr std::string_view longestAddition = ".9999.report";
 constexpr std::size_t longestStem = NAME_MAX - longestAddition.size();
@@ -128,31 +130,36 @@ void CommandDirectory::sweep() {
     }
 }
 
-void CommandDirectory::removeFetched() {
+bool CommandDirectory::removeFetched() {
     if (!inletM.isOfGroup()) {
-        return;
+        return false;
     }
+    std::size_t removed = 0;
     for (auto const& name : directoryM.completeFiles(fetchedSuffix)) {
+        if (removed == mostAtATime) {
+            return true;
+        }
         removeAnswer((inletM.answers / std::filesystem::path(name).stem()).string());
-        ::unlink((directoryM.path() / name).c_str());
+        removed += ::unlink((directoryM.path() / name).c_str()) == 0 ? 1 : 0;
     }
+    return false;
 }
 
-// The command files that can be answered. A file whose name is too long is logged once and stays.
+// Files that can't be taken are logged once and stay.
 std::vector<std::string> CommandDirectory::waiting() {
     for (auto const& name : directoryM.strangeEntries(commandSuffix)) {
         passBy(name, "expected a regular file");
     }
-    auto names = directoryM.completeFiles(commandSuffix);
-    std::erase_if(names, [this](std::string const& name) {
-        bool const isTooLong = std::filesystem::path(name).stem().native().size() > longestStem;
-        if (isTooLong) {
-            passBy(name, fmt::format("its name is too long, expected at most {} bytes before '{}'",
-                                     longestStem, commandSuffix));
-        }
-        return isTooLong || isObstructed(name);
-    });
-    return names;
+    return directoryM.completeFiles(commandSuffix);
+}
+
+bool CommandDirectory::isTooLong(std::string const& name) {
+    bool const isLong = std::filesystem::path(name).stem().native().size() > longestStem;
+    if (isLong) {
+        passBy(name, fmt::format("its name is too long, expected at most {} bytes before '{}'",
+                                 longestStem, commandSuffix));
+    }
+    return isLong;
 }
 
 void CommandDirectory::passBy(std::string const& name, std::string const& reason) {
@@ -176,50 +183,49 @@ bool CommandDirectory::isObstructed(std::string const& name) {
     return false;
 }
 
-void CommandDirectory::takeAll(Notification const& stop) {
+// More may have come while commands were executed.
+bool CommandDirectory::takeSome(Notification const& stop) {
     directoryM.changes().takeChanges();
     sweep();
-    removeFetched();
-    std::set<std::string> left; // what can't be taken
-    for (bool isTaken = true; isTaken;) {
-        isTaken = false;
-        for (auto const& name : waiting()) {
-            if (stop.isSet()) {
-                return;
-            }
-            if (left.find(name) == left.end()) {
-                bool const isDone = take(name);
-                isTaken = isTaken || isDone;
-                if (!isDone) {
-                    left.insert(name);
-                }
-            }
+    bool const hasMoreFetched = removeFetched();
+    std::size_t taken = 0;
+    for (auto const& name : waiting()) {
+        if (stop.isSet()) {
+            return false;
         }
+        if (taken == mostAtATime) {
+            return true;
+        }
+        taken += take(name) ? 1 : 0;
     }
+    return hasMoreFetched || taken > 0;
 }
 
 bool CommandDirectory::take(std::string const& name) {
-    if (!(inletM.isOfGroup() ? copyToTaken(name) : moveToTaken(name))) {
+    if (isTooLong(name) || isObstructed(name)) {
         return false;
     }
-    carryOut(withSuffix(inletM.answers, name, takenSuffix), name);
-    return true;
+    auto const taking = inletM.isOfGroup() ? copyToTaken(name) : moveToTaken(name);
+    if (taking == Taking::begun) {
+        carryOut(withSuffix(inletM.answers, name, takenSuffix), name);
+    }
+    return taking != Taking::stays;
 }
 
-bool CommandDirectory::moveToTaken(std::string const& name) {
+CommandDirectory::Taking CommandDirectory::moveToTaken(std::string const& name) {
     auto const taken = withSuffix(inletM.answers, name, takenSuffix);
     if (::rename((directoryM.path() / name).c_str(), taken.c_str()) == 0) {
-        return true;
+        return Taking::begun;
     }
     if (errno != ENOENT) { // withdrawn
         throw fileStatus("ERR_DIRECTORY_NOT_USABLE", directoryM.path(), errno);
     }
-    return false;
+    return Taking::gone;
 }
 
 // Whatever a sender does to the file meanwhile. One that can't be read is taken as an empty one,
 // and answered.
-bool CommandDirectory::copyToTaken(std::string const& name) {
+CommandDirectory::Taking CommandDirectory::copyToTaken(std::string const& name) {
     auto const file = directoryM.path() / name;
     auto const taken = withSuffix(inletM.answers, name, takenSuffix);
     auto const text = readForeignText(file, name);
@@ -227,23 +233,24 @@ bool CommandDirectory::copyToTaken(std::string const& name) {
         writeWholeFile(taken, text.bytes);
     } catch (BAS::Status const& status) {
         passBy(name, messageText(status));
-        return false;
+        return Taking::stays;
     }
     if (::unlink(file.c_str()) != 0) {
         auto const error = errno;
         ::unlink(taken.c_str());
-        if (error != ENOENT) { // withdrawn
-            passBy(name, messageText(fileStatus("ERR_FILE_NOT_WRITABLE", file, error)));
+        if (error == ENOENT) { // withdrawn
+            return Taking::gone;
         }
-        return false;
+        passBy(name, messageText(fileStatus("ERR_FILE_NOT_WRITABLE", file, error)));
+        return Taking::stays;
     }
     if (!text.problem.empty()) {
         reject(name, {text.problem});
-        return false;
+        return Taking::gone;
     }
     logM.write(
         makeStatus(BAS::Status::info, {}, "MSG_COMMAND_TAKEN", {name, userName(text.owner)}));
-    return true;
+    return Taking::begun;
 }
 
 void CommandDirectory::carryOut(std::filesystem::path const& file, std::string const& name) {

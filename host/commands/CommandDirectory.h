@@ -42,17 +42,24 @@ public:
 
     // Readable when command files may have come.
     int descriptor() const noexcept { return directoryM.changes().descriptor(); }
-    // Executes all files, until there is none or stop is set. A file with a command whose result
-    // comes later continues when it comes, and the files after it don't wait. Throws a BAS::Status
-    // when the directory can't be used any more.
-    void takeAll(Notification const& stop);
-    // When takeAll has old results to look for.
+    // Executes some of the files, so that who drops many doesn't keep the caller from everything
+    // else, and returns whether more wait; none once stop is set. A file with a command whose
+    // result comes later continues when it comes, and the files after it don't wait. Throws a
+    // BAS::Status when the directory can't be used any more.
+    bool takeSome(Notification const& stop);
+    // When takeSome has old results to look for.
     std::chrono::steady_clock::time_point nextSweep() const noexcept { return nextSweepM; }
 
     // A result couldn't be written.
     bool hasFailed() const noexcept { return hasFailedM; }
 
 private:
+    enum class Taking {
+        begun, // to be carried out
+        gone,  // withdrawn, or answered already
+        stays  // what can't be taken
+    };
+
     // A command file that is being executed.
     struct File {
         std::string name;
@@ -63,16 +70,17 @@ private:
 
     void answerInterrupted();
     void sweep();
-    // Removes what the senders, who can't do so, have fetched.
-    void removeFetched();
+    // Removes what the senders, who can't do so, have fetched; whether more waits.
+    bool removeFetched();
     std::vector<std::string> waiting();
     // Logs once that the file stays.
     void passBy(std::string const& name, std::string const& reason);
+    bool isTooLong(std::string const& name);
     bool isObstructed(std::string const& name);
-    // All return false when the file is gone or stays.
+    // False when the file stays.
     bool take(std::string const& name);
-    bool moveToTaken(std::string const& name);
-    bool copyToTaken(std::string const& name);
+    Taking moveToTaken(std::string const& name);
+    Taking copyToTaken(std::string const& name);
     void carryOut(std::filesystem::path const& file, std::string const& name);
     void confine(File& file);
     void goOn(File& file);

@@ -105,9 +105,9 @@ std::vector<std::jthread> Service::startPipelines() {
 
 void Service::serveUntilEnd() {
     while (!stopM.isSet() && !endedM.isSet()) {
-        takeCommands();
+        bool const doMoreWait = takeCommands();
         executorM.finishReloads();
-        auto wakeUp = nextSweep();
+        auto wakeUp = doMoreWait ? std::chrono::steady_clock::now() : nextSweep();
         if (progressM != nullptr) {
             auto const redraw = progressM->draw();
             wakeUp = wakeUp ? std::min(*wakeUp, redraw) : redraw;
@@ -123,37 +123,43 @@ void Service::serveUntilEnd() {
 
 // After the end of the inputs or a signal.
 void Service::finishCommands() {
-    takeCommands();
-    while (executorM.isReloading() && !stopM.isSet()) {
-        waitForAny({stopM.descriptor(), executorM.descriptor()});
+    bool doMoreWait = takeCommands();
+    while ((doMoreWait || executorM.isReloading()) && !stopM.isSet()) {
+        if (!doMoreWait) {
+            waitForAny({stopM.descriptor(), executorM.descriptor()});
+        }
         executorM.finishReloads();
-        takeCommands();
+        doMoreWait = takeCommands();
     }
     while (executorM.isReloading()) { // the command file may continue with another reload
         executorM.stopReloads();
     }
 }
 
-void Service::takeCommands() {
+// Whoever fills one directory doesn't keep the others from being looked at.
+bool Service::takeCommands() {
+    bool doMoreWait = false;
     for (auto& commands : commandsM) {
-        takeCommands(commands);
+        doMoreWait = takeCommands(commands) || doMoreWait;
     }
     for (auto& commands : streamCommandsM) {
         commands.takeAll(stopM);
     }
+    return doMoreWait;
 }
 
 // Without the directory the host continues, but takes no more commands from there.
-void Service::takeCommands(Commands& commands) {
+bool Service::takeCommands(Commands& commands) {
     if (commands.hasFailed) {
-        return;
+        return false;
     }
     try {
-        commands.directory->takeAll(stopM);
+        return commands.directory->takeSome(stopM);
     } catch (BAS::Status const& status) {
         commands.hasFailed = true;
         hostM.log().write(makeStatus(BAS::Status::critical, {}, "ERR_COMMANDS_STOPPED",
                                      {commands.directory->path().string(), messageText(status)}));
+        return false;
     }
 }
 

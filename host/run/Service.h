@@ -42,8 +42,9 @@ private:
     void openStreamCommands(PipelineRunner const& pipeline);
     std::vector<std::jthread> startPipelines();
     void serveUntilEnd();
-    void takeCommands();
-    void takeCommands(Commands& commands);
+    // Both take some, and return whether more wait.
+    bool takeCommands();
+    bool takeCommands(Commands& commands);
     // The one of that number; -1 when it is unused.
     int commandsDescriptor(std::size_t number) const;
     Deadline nextSweep() const;

@@ -174,6 +174,24 @@ TEST_F(GroupCommands, GoWithTheirReportsWhenTheyAreFetchedOrOld) {
     EXPECT_TRUE(eventually([&] { return names("cmd/answers").size() == 1; }));
 }
 
+TEST_F(GroupCommands, DontKeepOthersWaitingHoweverManyThereAre) {
+    writeGroupRegistry("rep", gate());
+    for (int number = 10; number < 50; ++number) {
+        auto const* const keys = number == 10 || number == 40 ? "{Wait: ''}\n" : "{Count: ''}\n";
+        drop("cmd/drop/" + std::to_string(number) + ".yaml", std::string(object) + ": " + keys);
+    }
+    HostProcess const host(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForText("trace", "at gate"));
+    drop("cmd/own.yaml", std::string(object) + ": {Count: ''}\n");
+    openGate(1);
+    ASSERT_TRUE(waitForText("trace", "at gate", 2));
+    EXPECT_TRUE(std::filesystem::exists(pathOf("cmd/own.result")));
+    EXPECT_EQ(names("cmd/drop").size(), 9U);
+    openGate(1);
+    EXPECT_TRUE(waitForFile("cmd/answers/49.result"));
+    EXPECT_THAT(names("cmd/drop"), IsEmpty());
+}
+
 TEST_F(GroupCommands, AreAnsweredAfterARestart) {
     writeGroupRegistry("rep", gate());
     {
