@@ -21,6 +21,12 @@ struct InputUse {
     FilePosition position;
 };
 
+// What a directory that serves one purpose is named for.
+struct DirectoryUse {
+    std::string key; // its path
+    FilePosition position;
+};
+
 // What a file is first named for.
 struct NamedFor {
     std::string key; // its path
@@ -59,6 +65,12 @@ bool isUsable(PipelineConfiguration const& pipeline) {
     return !pipeline.edrDescription.empty();
 }
 
+// All paths are absolute and have no '..'.
+bool isBelow(std::filesystem::path const& path, std::filesystem::path const& directory) {
+    auto const rest = path.lexically_relative(directory);
+    return !rest.empty() && rest != "." && *rest.begin() != "..";
+}
+
 // Walks the file along the tables of its keys. The rules between keys, such as that no two inputs
 // are the same file, stand here.
 class RegistryReader {
@@ -80,6 +92,7 @@ public:
         readMap<HostConfiguration>(root, root.key, rootKeys, configurationM);
         nameRejectFiles();
         checkWrittenFiles();
+        checkReports();
         return std::move(configurationM);
     }
 
@@ -243,16 +256,17 @@ private:
 
     template <class Object>
     void readValue(DropDirectoryKey<Object> const& kind, YamlMember const& member,
-                   std::string const& /*path*/, Object& object) {
+                   std::string const& path, Object& object) {
         auto const& value = member.value;
-        auto const path = (readPath(value) / "").parent_path();
-        auto const [use, isNew] = directoryUsesM.emplace(path, value.position);
+        auto const directory = (readPath(value) / "").parent_path();
+        auto const [use, isNew] =
+            directoryUsesM.emplace(directory, DirectoryUse{path, value.position});
         if (!isNew) {
             problemsM.add(value.position,
                           fmt::format("the directory '{}' is named twice, first on line {}",
-                                      value.text, use->second.line));
+                                      value.text, use->second.position.line));
         }
-        object.*kind.member = path;
+        object.*kind.member = directory;
     }
 
     template <class Object>
@@ -498,10 +512,37 @@ private:
         }
     }
 
+    // A report has any name that a member of the group likes: it mustn't be that of a command, an
+    // input or a file of the host.
+    void checkReports() {
+        auto const& reports = configurationM.groupReports;
+        if (!reports) {
+            return;
+        }
+        auto const& own = directoryUsesM.at(*reports);
+        for (auto const& [directory, use] : directoryUsesM) {
+            if (isBelow(directory, *reports) || isBelow(*reports, directory)) {
+                problemsM.add(own.position,
+                              fmt::format("the directory '{}' of {} and '{}' of {} on line {} lie "
+                                          "one in the other, expected separate ones",
+                                          reports->string(), own.key, directory.string(), use.key,
+                                          use.position.line));
+            }
+        }
+        for (auto const& [file, use] : filesM) {
+            if (isBelow(file, *reports) || file == *reports) {
+                problemsM.add(own.position,
+                              fmt::format("the directory '{}' of {} is or holds '{}' of {}, "
+                                          "expected nothing but reports there",
+                                          reports->string(), own.key, file.string(), use.key));
+            }
+        }
+    }
+
     Problems& problemsM;
     HostConfiguration configurationM;
     std::map<std::filesystem::path, std::vector<InputUse>> inputUsesM;
-    std::map<std::filesystem::path, FilePosition> directoryUsesM;
+    std::map<std::filesystem::path, DirectoryUse> directoryUsesM;
     std::map<std::filesystem::path, NamedFor> filesM;
 };
 

@@ -227,6 +227,43 @@ BadRegistry const badRegistries[] = {
      {"7:26: the directory 'sub/../in/' is named twice, first on line 2"}},
 };
 
+// Where the members of a group may write.
+TEST(Registry, KeepsReportsApartFromEverythingElse) {
+    support::TemporaryDirectory const directory;
+    struct {
+        char const* reports;
+        std::vector<std::string> other; // what is named beside it
+    } const cases[] = {
+        {"rep", {}},
+        {"cmd2", {}},
+        {"cmd/answers", {"/cmd' of host.Commands.Directory on line 2 lie"}},
+        {"in/done/", {"/in' of host.Pipelines.P.Input.Directory on line 4 lie"}},
+        {"log", {"/log/process.log' of host.Log.Process"}},
+        {"edr.yaml", {"/edr.yaml' of host.Pipelines.P.EdrDescription"}},
+        {"..",
+         {"/cmd' of", "/in' of", "/edr.yaml' of host.Pipelines.P.EdrDescription",
+          "/log/process.log' of", "/r.yaml' of the registry"}},
+    };
+    for (auto const& each : cases) {
+        SCOPED_TRACE(each.reports);
+        auto const file = directory.write(
+            "r.yaml",
+            "host:\n  Commands: {Directory: cmd, Group: g, Reports: " + std::string(each.reports) +
+                "}\n  Log: {Process: log/process.log}\n  Pipelines: {P: {Input: "
+                "{Directory: in}, EdrDescription: edr.yaml, Functions: }}\n"
+                "  DataPool:\n");
+        auto const problems = each.other.empty()
+                                  ? (host::readRegistry(file), std::vector<std::string>())
+                                  : problemsOf([&] { host::readRegistry(file); });
+        ASSERT_EQ(problems.size(), each.other.size());
+        for (std::size_t i = 0; i < problems.size(); ++i) {
+            EXPECT_THAT(problems[i], testing::StartsWith("2:49: the directory '"));
+            EXPECT_THAT(problems[i], testing::HasSubstr("of host.Commands.Reports "));
+            EXPECT_THAT(problems[i], testing::HasSubstr(each.other[i]));
+        }
+    }
+}
+
 TEST(Registry, IsRejectedWithEveryProblemAndItsPlace) {
     support::TemporaryDirectory const directory;
     for (auto const& each : badRegistries) {
