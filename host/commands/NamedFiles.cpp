@@ -103,7 +103,7 @@ std::vector<NamedFile> NamedFiles::report() const {
 NamedFile NamedFiles::resultOf(Candidate const& candidate, bool isOpened) const {
     NamedFile file;
     file.key = candidate.key;
-    file.path = candidate.path.lexically_normal();
+    file.path = candidate.path; // with any '..', which may come after a link
     file.isOpened = isOpened;
     if (!isOpened) {
         auto const obstacle = writeObstacle(candidate.path);

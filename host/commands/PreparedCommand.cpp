@@ -40,9 +40,10 @@ std::string errorText() {
     return std::generic_category().message(errno);
 }
 
+// With any "..", which leads elsewhere when it comes after a link.
 std::filesystem::path absolutePath(std::string const& text) {
     std::error_code error;
-    return std::filesystem::absolute(text, error).lexically_normal();
+    return std::filesystem::absolute(text, error);
 }
 
 FileDescriptor openDirectory(int at, std::filesystem::path const& directory, int flags = 0) {

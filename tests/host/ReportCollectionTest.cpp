@@ -133,6 +133,18 @@ TEST_F(ReportCollection, KeepsTheOldFileUntilTheNewOneIsWhole) {
     }
 }
 
+TEST_F(ReportCollection, FindsFilesBeyondLinks) {
+    std::filesystem::create_directories(pathOf("other/sub"));
+    std::filesystem::create_symlink("other/sub", pathOf("link-to-sub"));
+    for (std::string const value : {"@link-to-sub/../collected", "link-to-sub/../plain"}) {
+        EXPECT_EQ(runWith("Write=" + value), 0);
+        auto const path = value.substr(value.find('l'));
+        EXPECT_THAT(directoryM.read("out"), HasSubstr("/" + path + "', 8 bytes"));
+        EXPECT_EQ(std::filesystem::file_size(pathOf(path)), 8U);
+    }
+    EXPECT_EQ(names("other"), (std::vector<std::string>{"collected", "plain", "sub"}));
+}
+
 TEST_F(ReportCollection, RefusesBlockDevices) {
     constexpr auto major = 7;
     if (::mknod(pathOf("block").c_str(), S_IFBLK | 0600, ::makedev(major, 0)) != 0) {
