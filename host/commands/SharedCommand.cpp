@@ -8,20 +8,29 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 
 namespace host {
 
 namespace {
 
 constexpr char const* textName = "the command to all hosts";
-constexpr std::string_view wordCharacters =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+";
+// An object could take any other text for the name of a file and make it.
+constexpr std::array<std::string_view, 4> plainWords = {"", "force", "true", "false"};
+
+bool isPlain(std::string_view value) {
+    if (std::find(plainWords.begin(), plainWords.end(), value) != plainWords.end()) {
+        return true;
+    }
+    auto const digits = value.starts_with('-') ? value.substr(1) : value;
+    return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
 
 BAS::Status refusal(std::string const& reason) {
     return makeStatus(BAS::Status::error, {}, "ERR_COMMAND_MALFORMED", {textName, reason});
 }
 
-// A word could still be the name of a file in the directory in which the host runs.
+// Such a value could still be the name of a file in the directory in which the host runs.
 void requireNoFile(BAS::RegistryEntry const& key) {
     struct stat found = {};
     if (!key.value().isNull() && ::lstat(key.value().str().c_str(), &found) == 0) {
@@ -42,11 +51,10 @@ std::size_t sharedReports(Command const& command) {
 std::optional<std::string> objectionToSharing(Command const& command) {
     for (auto const& key : command.update.children()) {
         auto const value = key->value().view();
-        if (value != sharedReportValue &&
-            value.find_first_not_of(wordCharacters) != std::string_view::npos) {
+        if (value != sharedReportValue && !isPlain(value)) {
             return fmt::format("'{}={}' may be a path; a command to all hosts takes '{}' for a "
-                               "report to the sender, or a word of letters, digits, '_', '-' and "
-                               "'+'",
+                               "report to the sender, a whole number, 'true', 'false', 'force' or "
+                               "nothing",
                                key->name().view(), value, sharedReportValue);
         }
     }

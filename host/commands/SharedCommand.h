@@ -1,6 +1,6 @@
 // Commands that go to all hosts of a stream. Their sender knows no path on any of the hosts, and
 // must not be able to write there: the report of a key with the value "@" goes to the sender, and
-// every other value is a word.
+// every other value is a number or one of few words.
 #pragma once
 
 #include "commands/Command.h"

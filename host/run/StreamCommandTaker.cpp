@@ -18,7 +18,7 @@ namespace host {
 
 namespace {
 
-// An object wrote a file that a word names. It wasn't there before.
+// An object wrote a file that a value names. It wasn't there before.
 void removeWritten(CommandResult& result, std::filesystem::path const& report) {
     for (auto& file : result.files) {
         if (file.path == report) {

@@ -79,10 +79,11 @@ protected:
 };
 
 TEST_F(StreamCommand, TakesNothingThatCouldBeAPathOfTheHost) {
-    directoryM.write("password", "secret");
+    directoryM.write("7", "secret");
     for (auto const* const text :
          {"O: {Dump: /tmp/x}", "O: {Dump: '@/tmp/x'}", "O: {Dump: '@-'}", "O: {Dump: '@@'}",
-          "O: {Dump: events.txt}", "O: {Dump: '~'}", "O: {Dump: a b}", "O: {Dump: password}",
+          "O: {Dump: events.txt}", "O: {Dump: '~'}", "O: {Dump: a b}", "O: {Dump: 7}",
+          "O: {Dump: events}", "O: {Dump: '-'}", "O: {Dump: 1e3}",
           "O: {Dump: '@', DumpEvents: '@'}", "O: {A: 1}\nP: {A: 1}", "O: {A: [1]}", "", "x"}) {
         auto const answer = send(text);
         EXPECT_THAT(answer.partitions, ElementsAre(0, 1, 2)) << text;
@@ -90,7 +91,7 @@ TEST_F(StreamCommand, TakesNothingThatCouldBeAPathOfTheHost) {
         EXPECT_THAT(answer.result, HasSubstr("not handled")) << text;
     }
     EXPECT_EQ(executedM, 0U);
-    EXPECT_EQ(directoryM.read("password"), "secret");
+    EXPECT_EQ(directoryM.read("7"), "secret");
 }
 
 TEST_F(StreamCommand, SendsTheReportAndLeavesNoFile) {
@@ -113,18 +114,18 @@ TEST_F(StreamCommand, SendsTheReportAndLeavesNoFile) {
     EXPECT_FALSE(std::filesystem::exists(place.parent_path()));
 }
 
-// An object that takes a word for the name of a file.
-TEST_F(StreamCommand, RemovesAFileThatAWordNames) {
+// An object that takes a number for the name of a file.
+TEST_F(StreamCommand, RemovesAFileThatANumberNames) {
     executeM = [&](host::Command const& command, auto const&) {
-        directoryM.write("events", "written");
+        directoryM.write("5", "written");
         auto result = host::begunResult(command);
         result.isHandled = true;
         auto& file = result.files.emplace_back();
-        file.path = directoryM.path() / "events";
+        file.path = directoryM.path() / "5";
         file.isOpened = true;
         return std::optional(result);
     };
-    auto const answer = send("O: {Dump: events}");
+    auto const answer = send("O: {Dump: 5}");
     EXPECT_FALSE(answer.isFaultless);
     EXPECT_THAT(answer.result, HasSubstr("it is removed again"));
     EXPECT_TRUE(std::filesystem::is_empty(directoryM.path()));
