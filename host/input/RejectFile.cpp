@@ -36,6 +36,10 @@ RejectFile::RejectFile(InputConfiguration const& input, std::uint64_t keptBytes)
     if (!descriptorM.isOpen() || ::fstat(descriptorM.number(), &found) != 0) {
         throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, errno);
     }
+    if (!S_ISREG(found.st_mode) || found.st_nlink > 1) { // perhaps somebody else's, not to be cut
+        throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_WRITABLE",
+                         {fileM.string(), "expected a regular file with one name"});
+    }
     sizeM = std::min(keptBytes, static_cast<std::uint64_t>(found.st_size));
     if (::ftruncate(descriptorM.number(), static_cast<off_t>(sizeM)) != 0) {
         throw fileStatus("ERR_FILE_NOT_WRITABLE", fileM, errno);

@@ -1,6 +1,9 @@
 // Who may read what a host keeps, and what others put into its directories to harm it.
 #include "ServiceFixture.h"
 
+#include "BAS/Status.h"
+#include "input/RejectFile.h"
+
 namespace {
 
 using testing::HasSubstr;
@@ -129,6 +132,13 @@ TEST_F(HostileEntries, DontLeadTheHostToOtherFiles) {
     }
     EXPECT_EQ(HostProcess(directoryM.path(), {"check", "gate"}).wait(), 3);
     EXPECT_THAT(directoryM.read("err"), HasSubstr("it is a FIFO, expected a regular file"));
+}
+
+TEST_F(HostileEntries, ArentCutAsAnEarlierRejectFile) {
+    std::filesystem::create_hard_link(pathOf("secret"), pathOf("x.reject"));
+    host::InputConfiguration const input = {pathOf("x"), pathOf("x.reject")};
+    EXPECT_THROW(host::RejectFile(input, 3), BAS::Status);
+    EXPECT_EQ(directoryM.read("secret"), "bad secret\n");
 }
 
 } // namespace
