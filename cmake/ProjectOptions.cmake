@@ -27,12 +27,7 @@ endif()
 # uses: the preset `fuzz` builds without it.
 set(COMMON_HEADERS
     <algorithm> <array> <chrono> <filesystem> <functional> <map> <memory> <mutex> <optional>
-    <string> <string_view> <unordered_map> <vector>)
-# This header optimises its own functions in a build that doesn't optimise. Precompiled by GCC 12, it
-# leaves __OPTIMIZE__ defined, by which the JSON library chooses the layout of its classes.
-if(CMAKE_BUILD_TYPE MATCHES "^Rel")
-    list(APPEND COMMON_HEADERS <fmt/format.h>)
-endif()
+    <string> <string_view> <unordered_map> <vector> <fmt/format.h>)
 
 # Optimising the templates of the library that parses options takes longer than all parsing ever will.
 function(compile_options_parser_quickly source)
