@@ -72,7 +72,6 @@ private:
     // Of the thread:
     Exchanges exchangesM;
     std::uint64_t lastNumberM = 0;
-    bool isWaitReportedM = false;
     mutable std::mutex lockM; // for what follows
     std::condition_variable closedM;
     bool isClosedM = false;

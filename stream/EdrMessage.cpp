@@ -19,8 +19,6 @@ constexpr char const* lineHeader = "Edr-Line";
 constexpr char const* zstdEncoding = "zstd";
 constexpr int level = 1;
 
-using Context = Handle<ZSTD_DCtx, &ZSTD_freeDCtx>;
-
 void setHeader(natsMsg* message, char const* name, std::string const& value) {
     if (natsMsgHeader_Set(message, name, value.c_str()) != NATS_OK) {
         throw std::bad_alloc();

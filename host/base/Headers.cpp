@@ -1,1 +1,2 @@
-// The headers that most sources of the host include, precompiled for its rooms, belong to this file.
+// The headers that most sources of the host include, precompiled for its rooms, belong to this
+// file.
