@@ -255,20 +255,26 @@ EDR::Container& PipelineRunner::nextContainer() {
 
 // False when it may not be processed: another host may have done so.
 bool PipelineRunner::processBatch(ReadAheadInput const& edrs, InputProgress& progress) {
-    if (!progress.mayProcess()) {
-        return false;
+    std::uint64_t faults = 0;
+    {
+        std::unique_lock turn(lockM, std::defer_lock);
+        if (batchM.entries() > 0) {
+            turn.lock(); // a command may be carried out for long
+        }
+        if (!progress.mayProcess()) {
+            return false;
+        }
+        faults = batchM.entries() == 0 ? 0 : callFunctions();
     }
-    auto const faults = batchM.entries() == 0 ? 0 : callFunctions();
     countBatch(edrs, faults);
     batchM.clear();
     progress.keep(edrs.places());
     return true;
 }
 
-// Returns how many of them threw.
+// Returns how many of them threw. The caller has the lock.
 std::uint64_t PipelineRunner::callFunctions() {
     std::uint64_t faults = 0;
-    std::lock_guard const guard(lockM);
     for (auto* const function : functionsM) {
         functionSinceM = std::chrono::steady_clock::now().time_since_epoch().count();
         functionAtHandM = function;
