@@ -21,6 +21,7 @@ port = int(os.environ['NATS_PORT'])
 plug_in = 'host.Pipelines.Main.Functions.DataDump.Module'
 keys = ['--key', 'A_NUMBER', '--key', 'GPRS=B_NUMBER']
 started = []
+hosts = []
 
 
 def check(condition, what):
@@ -123,7 +124,11 @@ def lags(registry_file):
 
 
 def wait_until_read(registry_file, seconds=120):
-    wait_for(lambda: not any(lags(registry_file)), seconds, lambda: f'lags {lags(registry_file)}')
+    def is_read():
+        ends = [each.process.poll() or 0 for each in hosts if each.registry == registry_file]
+        check(max(ends, default=0) <= 0, f'a host ended with {max(ends, default=0)}')
+        return not any(lags(registry_file))
+    wait_for(is_read, seconds, lambda: f'lags {lags(registry_file)}')
 
 
 def places(file, partitions=4):
@@ -139,10 +144,12 @@ class Host:
     def __init__(self, name, registry_file, *arguments):
         self.log = f'{name}.log'
         self.out = f'{name}.out'
+        self.registry = registry_file
         with open(path(self.out), 'w') as out, open(path(self.log), 'a') as log:
             self.process = subprocess.Popen([host, 'run', registry_file, '--json', *arguments],
                                             cwd=work, stdout=out, stderr=log)
         started.append(self.process)
+        hosts.append(self)
 
     def logged(self):
         return read(self.log)
@@ -168,6 +175,28 @@ class Host:
         """The most memory that it had."""
         with open(f'/proc/{self.process.pid}/status') as status:
             return int(re.search(r'VmHWM:\s+(\d+)', status.read()).group(1))
+
+
+def explain():
+    """Prints how all stands when a test has failed, before anything is ended."""
+    def heading(text):
+        print(f'--- {text}')
+    tail = 4000  # characters
+    for name in sorted({each.log for each in hosts}):
+        ends = [each.process.poll() for each in hosts if each.log == name]
+        heading(f'{name}, of processes with the exit codes {ends}')
+        print(read(name)[-tail:])
+    for name in sorted({each.registry for each in hosts}):
+        heading(f'stream show {name}')
+        try:
+            shown_now = subprocess.run([host, 'stream', 'show', name, 'Main'], cwd=work, text=True,
+                                       stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=30)
+            print(shown_now.stdout)
+        except subprocess.TimeoutExpired:
+            print('no answer within 30 s')
+    for number in (1, 2, 3):
+        heading(f'server {number}, healthy: {is_healthy(number)}')
+        print(server_log(number)[-tail:], flush=True)
 
 
 # EDRs
