@@ -76,9 +76,9 @@ std::optional<StreamPlace> Leases::copiedPlace(std::uint64_t partition) const {
                        static_cast<std::size_t>(kvEntry_ValueLen(found))});
 }
 
-void Leases::copy(std::uint64_t partition, StreamPlace const& place) {
+void Leases::copy(std::uint64_t partition, std::uint64_t term, StreamPlace const& place) {
     std::lock_guard const guard(lockM);
-    toCopyM[partition] = place;
+    toCopyM[partition] = {term, place};
 }
 
 // The thread's body.
@@ -108,66 +108,86 @@ void Leases::keepAll() {
 void Leases::keep(std::uint64_t partition, Lease& lease) {
     // The entry lives at least so long after it was asked for.
     auto const asked = Clock::now();
-    bool const isOwn = lease.end > asked;
-    bool const isKept = isOwn ? refresh(partition, lease) : take(partition, lease);
-    if (isKept && !isOwn) {
+    bool const wasOwn = lease.end > asked;
+    bool const isOwn = write(partition, lease);
+    bool const mayGoOn = isOwn || mayBeOwn(partition, lease);
+    if (isOwn && !wasOwn) {
         logM.write(host::makeStatus(BAS::Status::notice, pipelineM, "MSG_PARTITION_TAKEN",
                                     {streamName(streamM.name, partition)}));
         lease.waitsFor.clear();
     }
-    if (!isKept && !isOwn) {
-        reportOwner(partition, lease);
-    }
     std::lock_guard const guard(lockM);
-    if (isKept) {
+    if (isOwn) {
         lease.end = asked + leaseTime;
-        lease.term += isOwn ? 0 : 1;
+        lease.term += wasOwn ? 0 : 1;
+    } else if (!mayGoOn) {
+        lease.end = {};
     }
-    lease.refresh = asked + (isKept ? refreshInterval : retryInterval);
+    lease.refresh = asked + (isOwn ? refreshInterval : retryInterval);
 }
 
-bool Leases::take(std::uint64_t partition, Lease& lease) {
-    return kvStore_CreateString(&lease.revision, bucketM.get(), std::to_string(partition).c_str(),
-                                ownerM.c_str()) == NATS_OK;
-}
-
-bool Leases::refresh(std::uint64_t partition, Lease& lease) {
+// Takes or refreshes it.
+bool Leases::write(std::uint64_t partition, Lease& lease) {
     auto const key = std::to_string(partition);
-    if (kvStore_UpdateString(&lease.revision, bucketM.get(), key.c_str(), ownerM.c_str(),
-                             lease.revision) == NATS_OK) {
+    std::uint64_t revision = 0;
+    auto const status =
+        lease.revision == 0
+            ? kvStore_CreateString(&revision, bucketM.get(), key.c_str(), ownerM.c_str())
+            : kvStore_UpdateString(&revision, bucketM.get(), key.c_str(), ownerM.c_str(),
+                                   lease.revision);
+    if (status == NATS_OK) {
+        lease.revision = revision;
+    }
+    return status == NATS_OK;
+}
+
+// After the entry couldn't be written: false when it isn't this host's, so that another one may
+// have the partition now.
+bool Leases::mayBeOwn(std::uint64_t partition, Lease& lease) {
+    kvEntry* found = nullptr;
+    auto const status = kvStore_Get(&found, bucketM.get(), std::to_string(partition).c_str());
+    BucketEntry const entry(found);
+    if (status == NATS_NOT_FOUND) {
+        lease.revision = 0;
+        return false;
+    }
+    // Any server answers, one that lags behind with an older entry.
+    if (status != NATS_OK || kvEntry_Revision(found) < lease.revision) {
         return true;
     }
-    // An earlier refresh may have been done although its answer was lost.
-    auto const entry = entryOf(partition);
-    if (entry != nullptr && ownerM == kvEntry_ValueString(entry.get())) {
-        lease.revision = kvEntry_Revision(entry.get());
+    std::string const owner = kvEntry_ValueString(found);
+    if (owner == ownerM) {
+        // It was written although the answer to that was lost.
+        lease.revision = kvEntry_Revision(found);
+        return true;
     }
+    lease.revision = 0;
+    reportOwner(partition, lease, owner);
     return false;
 }
 
-void Leases::reportOwner(std::uint64_t partition, Lease& lease) {
-    auto const entry = entryOf(partition);
-    if (entry == nullptr || lease.waitsFor == kvEntry_ValueString(entry.get())) {
-        return;
+void Leases::reportOwner(std::uint64_t partition, Lease& lease, std::string const& owner) {
+    if (lease.waitsFor != owner) {
+        lease.waitsFor = owner;
+        logM.write(host::makeStatus(BAS::Status::notice, pipelineM, "MSG_PARTITION_AWAITED",
+                                    {streamName(streamM.name, partition), owner}));
     }
-    lease.waitsFor = kvEntry_ValueString(entry.get());
-    logM.write(host::makeStatus(BAS::Status::notice, pipelineM, "MSG_PARTITION_AWAITED",
-                                {streamName(streamM.name, partition), lease.waitsFor}));
 }
 
 // False at the first place that can't be copied; the rest waits for the next time.
 bool Leases::copyPlaces() {
-    std::map<std::uint64_t, StreamPlace> places;
+    std::map<std::uint64_t, ReachedPlace> places;
     {
         std::lock_guard const guard(lockM);
         places.swap(toCopyM);
     }
     for (auto each = places.begin(); each != places.end(); ++each) {
-        auto const& [partition, place] = *each;
+        auto const& [partition, reached] = *each;
         std::uint64_t revision = 0;
         auto const key = std::to_string(partition);
-        if (term(partition) && kvStore_PutString(&revision, placesM.get(), key.c_str(),
-                                                 placeText(place).c_str()) != NATS_OK) {
+        if (term(partition) == reached.term &&
+            kvStore_PutString(&revision, placesM.get(), key.c_str(),
+                              placeText(reached.place).c_str()) != NATS_OK) {
             std::lock_guard const guard(lockM);
             toCopyM.insert(each, places.end()); // but where there is a later one
             return false;
@@ -185,12 +205,6 @@ bool Leases::isClosed() const {
 bool Leases::waitUntil(Clock::time_point time) {
     std::unique_lock guard(lockM);
     return !changedM.wait_until(guard, time, [&] { return isClosedM; });
-}
-
-BucketEntry Leases::entryOf(std::uint64_t partition) const {
-    kvEntry* entry = nullptr;
-    kvStore_Get(&entry, bucketM.get(), std::to_string(partition).c_str());
-    return BucketEntry(entry);
 }
 
 } // namespace stream

@@ -40,29 +40,33 @@ public:
     // The place that the last owner copied. Throws NoServer, or a BAS::Status when the servers
     // don't permit to ask.
     std::optional<StreamPlace> copiedPlace(std::uint64_t partition) const;
-    // Has the place copied within a second. Any thread.
-    void copy(std::uint64_t partition, StreamPlace const& place);
+    // Has the place, which was reached in that term, copied within a second, unless the term ends
+    // before: whoever has the next one begins by copying. Any thread.
+    void copy(std::uint64_t partition, std::uint64_t term, StreamPlace const& place);
 
 private:
     using Clock = std::chrono::steady_clock;
 
     struct Lease {
-        std::uint64_t revision = 0; // of the bucket's entry
+        std::uint64_t revision = 0; // of the bucket's entry, if it is this host's; else 0
         Clock::time_point refresh;  // when that is due, or the next try to take it
         Clock::time_point end;      // from then on another host may have taken it
         std::uint64_t term = 0;
         std::string waitsFor; // the owner that was logged
     };
+    struct ReachedPlace {
+        std::uint64_t term = 0;
+        StreamPlace place;
+    };
 
     void keepAll();
     void keep(std::uint64_t partition, Lease& lease);
-    bool take(std::uint64_t partition, Lease& lease);
-    bool refresh(std::uint64_t partition, Lease& lease);
-    void reportOwner(std::uint64_t partition, Lease& lease);
+    bool write(std::uint64_t partition, Lease& lease);
+    bool mayBeOwn(std::uint64_t partition, Lease& lease);
+    void reportOwner(std::uint64_t partition, Lease& lease, std::string const& owner);
     bool copyPlaces();
     bool isClosed() const;
     bool waitUntil(Clock::time_point time);
-    BucketEntry entryOf(std::uint64_t partition) const;
 
     Connection const& connectionM;
     host::StreamConfiguration const& streamM;
@@ -74,7 +78,7 @@ private:
     mutable std::mutex lockM;
     std::condition_variable changedM;
     std::map<std::uint64_t, Lease> leasesM; // ends and terms are guarded by the lock
-    std::map<std::uint64_t, StreamPlace> toCopyM;
+    std::map<std::uint64_t, ReachedPlace> toCopyM;
     bool isClosedM = false;
     std::jthread keeperM;
 };

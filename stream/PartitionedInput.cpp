@@ -68,10 +68,7 @@ std::unique_ptr<host::EdrSource> PartitionedInput::open(host::Notification const
         readingM.clear();
         rejectsM.clear();
     }
-    return std::make_unique<StreamReader>(
-        *connectionM, streamM, pipelineM, parserM, stop,
-        [this](auto partition, auto const& ended) { return begin(partition, ended); },
-        [this](auto partition, auto sequence) { noteLast(partition, sequence); });
+    return std::make_unique<StreamReader>(*connectionM, streamM, pipelineM, parserM, stop, *this);
 }
 
 void PartitionedInput::noteLast(std::uint64_t partition, std::uint64_t sequence) {
@@ -97,8 +94,8 @@ std::vector<host::PartitionState> PartitionedInput::state() const {
     return states;
 }
 
-std::optional<StreamReader::Start> PartitionedInput::begin(std::uint64_t partition,
-                                                           std::function<bool()> const& ended) {
+std::optional<PartitionKeeper::Start> PartitionedInput::begin(std::uint64_t partition,
+                                                              std::function<bool()> const& ended) {
     for (;;) {
         if (auto const term = leasesM->term(partition)) {
             if (auto const start = startOf(partition, *term)) {
@@ -113,8 +110,8 @@ std::optional<StreamReader::Start> PartitionedInput::begin(std::uint64_t partiti
 
 // Nothing when the servers don't answer. Throws a BAS::Status when there is no such stream, another
 // one than before, or none that this host may read.
-std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t partition,
-                                                             std::uint64_t term) {
+std::optional<PartitionKeeper::Start> PartitionedInput::startOf(std::uint64_t partition,
+                                                                std::uint64_t term) {
     auto const name = streamName(streamM.name, partition);
     StreamInfo info;
     std::optional<StreamPlace> copied;
@@ -134,7 +131,7 @@ std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t parti
     if ((local || copied) && !isOf(local) && !isOf(copied)) {
         throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {name});
     }
-    StreamReader::Start start;
+    Start start;
     start.isFirst = !local && !copied;
     start.place.created = info->Created;
     auto rejectedBytes = everything;
@@ -142,7 +139,8 @@ std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t parti
         start.place = *local;
         rejectedBytes = local->rejectedBytes;
     }
-    if (isOf(copied) && (!isOf(local) || isBefore(*local, *copied))) {
+    bool const isCopyLater = isOf(copied) && (!isOf(local) || isBefore(*local, *copied));
+    if (isCopyLater) {
         start.place = *copied;
         rejectedBytes = everything; // what the file has is from before another host had a turn
     }
@@ -152,8 +150,10 @@ std::optional<StreamReader::Start> PartitionedInput::startOf(std::uint64_t parti
                               host::RejectFile({"-", rejectFile(partition)}, rejectedBytes))
             .first->second;
     start.place.rejectedBytes = rejects.size();
+    // Whoever goes on where it stopped itself has everything in its stores.
+    start.warmUp = readBeforeM.insert(partition).second || isCopyLater ? streamM.warmUp : 0;
     readingM[partition] = {start.place, term, info->State.LastSeq};
-    leasesM->copy(partition, start.place); // it may be later than the copy
+    leasesM->copy(partition, term, start.place); // it may be later than the copy
     logM.write(host::makeStatus(
         BAS::Status::info, pipelineM.registeredName, "MSG_STREAM_STARTED",
         {name, std::to_string(start.place.sequence), std::to_string(start.place.lines)}));
@@ -174,6 +174,10 @@ void PartitionedInput::reject(host::InputPlace const& end, std::string_view line
 }
 
 bool PartitionedInput::mayProcess() {
+    return areHeld();
+}
+
+bool PartitionedInput::areHeld() const {
     std::lock_guard const guard(lockM);
     return std::all_of(readingM.begin(), readingM.end(), [&](auto const& each) {
         return leasesM->term(each.first) == each.second.term;
@@ -193,7 +197,7 @@ void PartitionedInput::keep(std::vector<host::InputPlace> const& places) {
         if (isBefore(current, next)) {
             current = next;
             placesM.set(place.partition, current);
-            leasesM->copy(place.partition, current);
+            leasesM->copy(place.partition, reading->second.term, current);
         }
     }
     placesM.write();

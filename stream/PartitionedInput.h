@@ -13,7 +13,7 @@
 
 namespace stream {
 
-class PartitionedInput : public host::StreamInput {
+class PartitionedInput : public host::StreamInput, public PartitionKeeper {
 public:
     // Pipeline, description and log must outlive the object. Throws a BAS::Status when the state
     // directory can't be used, or when the servers turn the host away.
@@ -26,12 +26,15 @@ public:
     bool mayProcess() override;
     void keep(std::vector<host::InputPlace> const& places) override;
 
+    // Of the partitions' threads, but for areHeld, which is any thread's.
+    std::optional<Start> begin(std::uint64_t partition,
+                               std::function<bool()> const& ended) override;
+    void noteLast(std::uint64_t partition, std::uint64_t sequence) override;
+    bool areHeld() const override;
+
 private:
     bool connect();
-    std::optional<StreamReader::Start> begin(std::uint64_t partition,
-                                             std::function<bool()> const& ended);
-    std::optional<StreamReader::Start> startOf(std::uint64_t partition, std::uint64_t term);
-    void noteLast(std::uint64_t partition, std::uint64_t sequence);
+    std::optional<Start> startOf(std::uint64_t partition, std::uint64_t term);
     std::filesystem::path rejectFile(std::uint64_t partition) const;
 
     host::PipelineConfiguration const& pipelineM;
@@ -49,6 +52,7 @@ private:
         std::uint64_t last = 0; // message that the partition is known to have
     };
     std::map<std::uint64_t, Reading> readingM;
+    std::set<std::uint64_t> readBeforeM; // partitions that this process began to read
     std::map<std::uint64_t, host::RejectFile> rejectsM;
 };
 

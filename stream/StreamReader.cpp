@@ -88,9 +88,9 @@ MessagePlace placeInStream(natsMsg* message) {
 
 StreamReader::StreamReader(Connection& connection, host::StreamConfiguration const& stream,
                            host::PipelineConfiguration const& pipeline, host::EdrLineParser& parser,
-                           host::Notification const& stop, Begin begin, NoteLast noteLast)
-    : connectionM(connection), streamM(stream), pipelineM(pipeline), stopM(stop),
-      beginM(std::move(begin)), noteLastM(std::move(noteLast)), fillerM(pipeline, parser) {
+                           host::Notification const& stop, PartitionKeeper& keeper)
+    : connectionM(connection), streamM(stream), pipelineM(pipeline), stopM(stop), keeperM(keeper),
+      fillerM(pipeline, parser) {
     for (auto const number : stream.partitions) {
         auto& partition = partitionsM.emplace_back();
         partition.number = number;
@@ -140,14 +140,14 @@ bool StreamReader::pause() {
 
 // The body of a partition's thread.
 void StreamReader::fetchAhead(Partition& partition) {
-    auto const start = beginM(partition.number, [this] { return !pause(); });
+    auto const start = keeperM.begin(partition.number, [this] { return !pause(); });
     if (!start) {
         return;
     }
     Fetching fetching;
     fetching.next = start->place;
     fetching.isFirst = start->isFirst;
-    fetching.warmUp = std::min<std::uint64_t>(streamM.warmUp, start->place.sequence - 1);
+    fetching.warmUp = std::min(start->warmUp, start->place.sequence - 1);
     while (!isClosed()) {
         bool const isFine = (fetching.subscription != nullptr || subscribe(partition, fetching)) &&
                             fetch(partition, fetching);
@@ -171,7 +171,7 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
         throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {partition.name});
     }
     if (info != nullptr) {
-        noteLastM(partition.number, info->State.LastSeq);
+        keeperM.noteLast(partition.number, info->State.LastSeq);
     }
     jsSubOptions options;
     jsSubOptions_Init(&options);
@@ -239,7 +239,7 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
     fetching.isFirst = false;
     fetching.isNew = false;
     fetching.hasMore = last > sequence;
-    noteLastM(partition.number, last);
+    keeperM.noteLast(partition.number, last);
     put(std::move(item));
     return true;
 }
@@ -263,7 +263,7 @@ void StreamReader::put(Item item) {
 void StreamReader::askForLast(Partition const& partition) {
     try {
         if (auto const info = connectionM.streamInfo(partition.name)) {
-            noteLastM(partition.number, info->State.LastSeq);
+            keeperM.noteLast(partition.number, info->State.LastSeq);
         }
     } catch (NoServer const&) {
         // What was known stays so.
@@ -292,8 +292,8 @@ void StreamReader::read(host::InputPortion& portion) noexcept {
     portion.rejectedLines = fillerM.rejectedLines();
 }
 
-// Makes the next message the present one; false when there is none, or throws InputStopped when
-// waiting for one ends.
+// Makes the next message the present one; false when there is none or the pipeline must see that
+// its partitions aren't its own any more, or throws InputStopped when waiting for one ends.
 bool StreamReader::take(bool mayWait) {
     std::unique_lock guard(lockM);
     while (queueM.empty()) {
@@ -303,7 +303,7 @@ bool StreamReader::take(bool mayWait) {
         if (stopM.isSet() || isClosedM) {
             throw host::InputStopped();
         }
-        if (!mayWait) {
+        if (!mayWait || !keeperM.areHeld()) {
             return false;
         }
         // The notification is no condition variable.

@@ -18,25 +18,34 @@
 
 namespace stream {
 
-class StreamReader : public host::EdrSource {
+// Knows which partitions a reader may read, and from where.
+class PartitionKeeper {
 public:
-    // A partition from which the host may read, and where.
     struct Start {
         StreamPlace place;
-        bool isFirst = false; // the host never read from it, so that nothing can be missing
+        std::uint64_t warmUp = 0; // messages before it that are read again
+        bool isFirst = false;     // the host never read from it, so that nothing can be missing
     };
-    // Waits until the host may read from the partition; nothing once ended says so. Called on the
-    // partition's thread. Throws a BAS::Status when it never may.
-    using Begin = std::function<std::optional<Start>(std::uint64_t partition,
-                                                     std::function<bool()> const& ended)>;
-    // Takes note of the last message that a partition is known to have. Called on the partition's
-    // thread.
-    using NoteLast = std::function<void(std::uint64_t partition, std::uint64_t sequence)>;
 
+    // Waits until the host may read from the partition; nothing once ended says so. Called on the
+    // partition's thread, as the next one. Throws a BAS::Status when it never may.
+    virtual std::optional<Start> begin(std::uint64_t partition,
+                                       std::function<bool()> const& ended) = 0;
+    // Takes note of the last message that the partition is known to have.
+    virtual void noteLast(std::uint64_t partition, std::uint64_t sequence) = 0;
+    // False, from then on, once a partition that was begun may be another host's.
+    virtual bool areHeld() const = 0;
+
+protected:
+    ~PartitionKeeper() = default;
+};
+
+class StreamReader : public host::EdrSource {
+public:
     // All that is given by reference must outlive the reader; stop ends the waiting for messages.
     StreamReader(Connection& connection, host::StreamConfiguration const& stream,
                  host::PipelineConfiguration const& pipeline, host::EdrLineParser& parser,
-                 host::Notification const& stop, Begin begin, NoteLast noteLast);
+                 host::Notification const& stop, PartitionKeeper& keeper);
     ~StreamReader() override;
 
     void read(host::InputPortion& portion) noexcept override;
@@ -84,8 +93,7 @@ private:
     host::StreamConfiguration const& streamM;
     host::PipelineConfiguration const& pipelineM;
     host::Notification const& stopM;
-    Begin beginM;
-    NoteLast noteLastM;
+    PartitionKeeper& keeperM;
     host::PortionFiller fillerM;
     std::deque<Partition> partitionsM;
     mutable std::mutex lockM;
