@@ -60,6 +60,10 @@ std::vector<std::string> completeFiles(std::filesystem::path const& directory,
                      [](auto type) { return type == std::filesystem::file_type::regular; });
 }
 
+bool hasEntry(std::filesystem::path const& path) {
+    return ::faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
 void DropDirectory::requireUsable(std::filesystem::path const& directory) {
     std::error_code error;
     if (std::filesystem::exists(directory, error) &&

@@ -18,6 +18,9 @@ namespace host {
 std::vector<std::string> completeFiles(std::filesystem::path const& directory,
                                        std::string_view suffix = {});
 
+// Whether anything is there, even a link that leads nowhere.
+bool hasEntry(std::filesystem::path const& path);
+
 class DropDirectory {
 public:
     enum class Lock {

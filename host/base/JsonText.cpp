@@ -3,11 +3,21 @@
 #include "base/EscapedText.h"
 #include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
+#include "base/TimeText.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 namespace host {
+
+namespace {
+
+JsonMembers membersOf(BAS::Status const& status) {
+    return {{"Message", quotedText(status.messageName().view())},
+            {"Level", quotedText(levelName(status.severity()))},
+            {"Text", quotedText(messageText(status))}};
+}
+
+} // namespace
 
 std::string jsonObject(JsonMembers const& members) {
     std::vector<std::string> parts;
@@ -27,16 +37,17 @@ std::string jsonTruth(bool value) {
 }
 
 std::string jsonStatus(BAS::Status const& status) {
-    return jsonObject({{"Message", quotedText(status.messageName().view())},
-                       {"Level", quotedText(levelName(status.severity()))},
-                       {"Text", quotedText(messageText(status))}});
+    return jsonObject(membersOf(status));
+}
+
+std::string jsonStatusOfObject(BAS::Status const& status) {
+    auto members = membersOf(status);
+    members.insert(members.begin(), {"Object", quotedText(status.objectName().view())});
+    return jsonObject(members);
 }
 
 std::string jsonTime(std::chrono::system_clock::time_point time) {
-    auto const milliseconds =
-        std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count() % 1000;
-    return fmt::format("\"{:%Y-%m-%dT%H:%M:%S}.{:03}Z\"",
-                       fmt::gmtime(std::chrono::system_clock::to_time_t(time)), milliseconds);
+    return quotedText(timeText(time));
 }
 
 } // namespace host

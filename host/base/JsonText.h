@@ -19,6 +19,8 @@ std::string jsonArray(std::vector<std::string> const& elements);
 std::string jsonTruth(bool value);
 // Message, level and text.
 std::string jsonStatus(BAS::Status const& status);
+// The same after the name of its object.
+std::string jsonStatusOfObject(BAS::Status const& status);
 // In UTC, to the millisecond, as a text.
 std::string jsonTime(std::chrono::system_clock::time_point time);
 

@@ -12,4 +12,8 @@ std::string timeText(std::chrono::system_clock::time_point time) {
                        fmt::gmtime(std::chrono::system_clock::to_time_t(time)), milliseconds);
 }
 
+double unixSeconds(std::chrono::system_clock::time_point time) {
+    return std::chrono::duration<double>(time.time_since_epoch()).count();
+}
+
 } // namespace host

@@ -9,4 +9,7 @@ namespace host {
 // In UTC, with milliseconds: "2026-11-21T03:34:29.107Z".
 std::string timeText(std::chrono::system_clock::time_point time);
 
+// Since 1970, in UTC.
+double unixSeconds(std::chrono::system_clock::time_point time);
+
 } // namespace host

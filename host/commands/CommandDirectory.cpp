@@ -37,10 +37,6 @@ std::string userName(uid_t number) {
     return user == nullptr ? std::to_string(number) : user->pw_name;
 }
 
-bool isThere(std::filesystem::path const& file) {
-    return ::faccessat(AT_FDCWD, file.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
-}
-
 // What somebody put there, or why it can't be read.
 struct ForeignText {
     std::string bytes;
@@ -91,7 +87,7 @@ CommandDirectory::CommandDirectory(CommandInlet inlet, std::size_t keepDays, Exe
 void CommandDirectory::answerInterrupted() {
     for (auto const& name : completeFiles(inletM.answers, takenSuffix)) {
         auto const original = std::filesystem::path(name).replace_extension(commandSuffix).string();
-        if (inletM.isOfGroup() && isThere(directoryM.path() / original)) {
+        if (inletM.isOfGroup() && hasEntry(directoryM.path() / original)) {
             ::unlink((inletM.answers / name).c_str()); // copied, and not begun
             continue;
         }

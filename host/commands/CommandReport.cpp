@@ -2,9 +2,7 @@
 
 #include "base/EscapedText.h"
 #include "base/JsonText.h"
-#include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
-#include "base/TimeText.h"
 
 #include <fmt/format.h>
 
@@ -100,7 +98,7 @@ JsonMembers membersOf(CommandResult const& result) {
         members.emplace_back("Status", jsonStatus(*result.status));
     }
     members.emplace_back("Files", filesArray(result.files));
-    members.emplace_back("Time", quotedText(timeText(result.time)));
+    members.emplace_back("Time", jsonTime(result.time));
     members.emplace_back("Seconds", fmt::format("{:.6f}", result.seconds));
     return members;
 }
@@ -121,13 +119,6 @@ std::vector<std::string_view> linesOf(std::string_view text) {
 }
 
 } // namespace
-
-std::string statusJson(BAS::Status const& status) {
-    return jsonObject({{"Object", quotedText(status.objectName().view())},
-                       {"Message", quotedText(status.messageName().view())},
-                       {"Level", quotedText(levelName(status.severity()))},
-                       {"Text", quotedText(messageText(status))}});
-}
 
 std::string resultText(CommandResult const& result) {
     auto text = fmt::format("{} {}: {}, {}", result.object, keysText(result),

@@ -12,9 +12,6 @@ namespace host {
 // For people; texts from outside aren't escaped.
 std::string resultText(CommandResult const& result);
 
-// A message as one JSON object.
-std::string statusJson(BAS::Status const& status);
-
 // As one JSON object.
 std::string resultJson(CommandResult const& result);
 // Its keys with their values, as one JSON object.

@@ -108,8 +108,7 @@ private:
     bool hasEscapesM = false; // without any, names and texts are views of the line
     std::optional<simdjson::ondemand::document> documentM;
     std::vector<BlockLayout> layoutsM; // one for each block kind
-    std::uint64_t recordKindSeenInM = 0;
-    std::uint64_t objectsM = 0; // seen so far, to give each a number
+    std::uint64_t objectsM = 0;        // seen so far, to give each a number
     std::vector<PathStep> pathM;
     std::vector<std::string> newUnknownFieldsM;
     std::size_t unknownFieldsM = 0;

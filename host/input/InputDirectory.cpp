@@ -47,10 +47,6 @@ bool isSame(std::filesystem::path const& path, FileDescriptor const& file) {
            named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
 }
 
-bool isThere(std::filesystem::path const& file) {
-    return ::faccessat(AT_FDCWD, file.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0;
-}
-
 // Returns 0 or the error number, which is EEXIST when the target exists.
 int renameToNew(std::filesystem::path const& from, std::filesystem::path const& to) {
     return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0
@@ -157,8 +153,8 @@ bool InputDirectory::begin(std::string const& name) {
 std::string InputDirectory::freeDoneName(std::string const& name) const {
     auto candidate = name;
     for (int number = 2;
-         isThere(doneM / candidate) || isThere(doneM / (candidate + rejectSuffix)) ||
-         isThere(doneM / (candidate + failedSuffix));
+         hasEntry(doneM / candidate) || hasEntry(doneM / (candidate + rejectSuffix)) ||
+         hasEntry(doneM / (candidate + failedSuffix));
          ++number) {
         candidate = name + "." + std::to_string(number);
     }
@@ -194,7 +190,7 @@ void InputDirectory::moveAway(std::string const& suffix) {
     auto const to = moveCurrent(suffix);
     if (!to.empty()) {
         report(makeStatus(BAS::Status::info, {}, "MSG_INPUT_DONE", {from.string(), to.string()}));
-    } else if (isThere(from)) {
+    } else if (hasEntry(from)) {
         ++failedFilesM;
         report(makeStatus(BAS::Status::warning, {}, "ERR_INPUT_REPLACED", {from.string()}));
         list(); // with the other file

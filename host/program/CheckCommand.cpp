@@ -3,9 +3,8 @@
 #include "BAS/LogSink.h"
 #include "base/EscapedText.h"
 #include "base/Failures.h"
-#include "base/MessageCatalogue.h"
+#include "base/JsonText.h"
 #include "base/WriteObstacle.h"
-#include "commands/CommandReport.h"
 #include "run/Host.h"
 
 #include <fmt/format.h>
@@ -116,12 +115,12 @@ Statuses findAllProblems(std::filesystem::path const& file, BAS::LogSink& log) {
     return problems;
 }
 
-std::string jsonArray(Statuses const& statuses) {
+std::string statusesJson(Statuses const& statuses) {
     std::vector<std::string> parts;
     for (auto const& status : statuses) {
-        parts.push_back(statusJson(status));
+        parts.push_back(jsonStatusOfObject(status));
     }
-    return fmt::format("[{}]", fmt::join(parts, ", "));
+    return jsonArray(parts);
 }
 
 std::string counted(std::size_t count, char const* what) {
@@ -151,10 +150,10 @@ ExitCode checkRegistry(std::filesystem::path const& registry, BAS::LogSink& log,
     auto const problems = findAllProblems(registry, sink);
     auto const& warnings = sink.warnings();
     if (isJson) {
-        std::cout << fmt::format("{{\"Registry\": {}, \"Problems\": {}, \"Warnings\": {}}}\n",
-                                 quotedText(registry.string()), jsonArray(problems),
-                                 jsonArray(warnings))
-                  << std::flush;
+        std::cout << jsonObject({{"Registry", quotedText(registry.string())},
+                                 {"Problems", statusesJson(problems)},
+                                 {"Warnings", statusesJson(warnings)}})
+                  << std::endl;
     } else {
         std::cout << registry.string() << ": " << counted(problems.size(), "problem") << " found"
                   << (warnings.empty() ? "" : ", " + counted(warnings.size(), "warning"))

@@ -1,5 +1,7 @@
 #include "watch/MetricsText.h"
 
+#include "base/TimeText.h"
+
 #include <fmt/format.h>
 
 #include <utility>
@@ -66,10 +68,6 @@ constexpr Metric rejectedRows = {"pipeline_host_data_rejected_rows", "gauge",
 constexpr Metric inProgress = {"pipeline_host_commands_in_progress", "gauge",
                                "Commands that are being carried out."};
 
-double secondsOf(std::chrono::system_clock::time_point time) {
-    return std::chrono::duration<double>(time.time_since_epoch()).count();
-}
-
 std::string escaped(std::string_view value) {
     std::string text;
     for (char const c : value) {
@@ -120,7 +118,7 @@ void writeLastBatches(Writer& writer, HostStatus const& status) {
         if (pipeline.secondsSinceBatch) {
             writer.sample(
                 {{"pipeline", pipeline.name}},
-                fmt::format("{:.3f}", secondsOf(status.time) - *pipeline.secondsSinceBatch));
+                fmt::format("{:.3f}", unixSeconds(status.time) - *pipeline.secondsSinceBatch));
         }
     }
 }
@@ -165,7 +163,7 @@ void writeObjects(Writer& writer, std::vector<ObjectStatus> const& objects) {
     for (auto const& object : objects) {
         if (object.load) {
             writer.sample({{"object", object.name}},
-                          fmt::format("{:.3f}", secondsOf(object.load->time)));
+                          fmt::format("{:.3f}", unixSeconds(object.load->time)));
         }
     }
     writer.begin(loadSeconds);
@@ -196,7 +194,7 @@ std::string metricsText(HostStatus const& status) {
     writer.begin(info);
     writer.sample({{"version", status.version}, {"registry", status.registry.string()}}, 1);
     writer.begin(startTime);
-    writer.sample({}, fmt::format("{:.3f}", secondsOf(status.since)));
+    writer.sample({}, fmt::format("{:.3f}", unixSeconds(status.since)));
     writePipelines(writer, status.pipelines);
     writeLastBatches(writer, status);
     writeCountsByValue(writer, status.pipelines);

@@ -2,6 +2,7 @@
 #include "base/EscapedText.h"
 #include "base/LogFile.h"
 #include "base/TextTable.h"
+#include "base/TimeText.h"
 #include "watch/StatusText.h"
 
 #include <fmt/format.h>
@@ -175,9 +176,7 @@ std::string statusTables(std::string_view json, std::chrono::system_clock::time_
     simdjson::dom::parser parser;
     try {
         auto const status = parser.parse(simdjson::padded_string(json)).value();
-        auto const age =
-            std::max(0.0, std::chrono::duration<double>(now.time_since_epoch()).count() -
-                              double(status["UnixTime"]));
+        auto const age = std::max(0.0, unixSeconds(now) - double(status["UnixTime"]));
         return fmt::format("pipeline-host {}, process {}, for {}, since {}\n{}\n{}\n{}{}{}\n{}{}{}",
                            textOf(status, "Version"), textOf(status, "Process"),
                            secondsText(status, "Seconds", age), textOf(status, "Since"),

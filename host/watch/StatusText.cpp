@@ -2,6 +2,7 @@
 
 #include "base/EscapedText.h"
 #include "base/JsonText.h"
+#include "base/TimeText.h"
 #include "commands/CommandReport.h"
 
 #include <fmt/format.h>
@@ -99,23 +100,18 @@ std::string objectJson(ObjectStatus const& object) {
     return jsonObject(members);
 }
 
-// Seconds since 1970.
-double secondsOf(std::chrono::system_clock::time_point time) {
-    return std::chrono::duration<double>(time.time_since_epoch()).count();
-}
-
 } // namespace
 
 std::string statusJson(HostStatus const& status) {
     auto const secondsUntil = [&](std::chrono::system_clock::time_point since) {
-        return number(secondsOf(status.time) - secondsOf(since));
+        return number(unixSeconds(status.time) - unixSeconds(since));
     };
     return jsonObject({{"Version", quotedText(status.version)},
                        {"Process", std::to_string(::getpid())},
                        {"Registry", quotedText(status.registry.string())},
                        {"Since", jsonTime(status.since)},
                        {"Time", jsonTime(status.time)},
-                       {"UnixTime", number(secondsOf(status.time))},
+                       {"UnixTime", number(unixSeconds(status.time))},
                        {"Seconds", secondsUntil(status.since)},
                        {"Pipelines", arrayOf(status.pipelines, &pipelineJson)},
                        {"Objects", arrayOf(status.objects, &objectJson)},

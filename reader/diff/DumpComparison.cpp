@@ -1,16 +1,10 @@
 #include "diff/DumpComparison.h"
 
-#include "text/Hash.h"
-
 #include <fmt/format.h>
 
 namespace reader {
 
 namespace {
-
-std::uint64_t keyOf(EventFacts const& event) {
-    return hashOf(event.service.text, hashOf(event.customer.text));
-}
 
 std::string nameOf(EventFacts const& event) {
     return fmt::format("{} {}", event.customer.text, event.service.text);

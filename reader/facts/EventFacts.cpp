@@ -1,5 +1,7 @@
 #include "facts/EventFacts.h"
 
+#include "text/Hash.h"
+
 namespace reader {
 
 void HeldMemory::clear() {
@@ -23,6 +25,10 @@ void EventFacts::addForeignText(SectionName name, std::string_view owner, std::s
     if (text.find_first_not_of(" \n") != std::string_view::npos) {
         foreignTexts.push_back({name, owner, text, firstLine});
     }
+}
+
+std::uint64_t keyOf(EventFacts const& event) {
+    return hashOf(event.service.text, hashOf(event.customer.text));
 }
 
 } // namespace reader

@@ -191,4 +191,7 @@ struct EventFacts {
                         LineNumber firstLine);
 };
 
+// Of customer and service, by which an event is known in every file.
+std::uint64_t keyOf(EventFacts const& event);
+
 } // namespace reader

@@ -67,18 +67,6 @@ std::string filled(std::string_view frame,
     return text.append(frame);
 }
 
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        auto const count = ::write(descriptor, text.data(), text.size());
-        if (count >= 0) {
-            text.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
-}
-
 // Lets those read a file who may read what its user makes.
 bool permitAsUsual(int descriptor) {
     auto const mask = ::umask(0);

@@ -3,7 +3,6 @@
 #include "page/Page.h"
 #include "program/EventJudge.h"
 #include "program/RereadableFile.h"
-#include "text/Hash.h"
 
 #include <optional>
 #include <unordered_map>
@@ -12,10 +11,6 @@
 namespace reader {
 
 namespace {
-
-std::uint64_t keyOf(EventFacts const& event) {
-    return hashOf(event.service.text, hashOf(event.customer.text));
-}
 
 // The same choice of events in the older file, but with those that have no findings: what the
 // newer file's events were is among them.

@@ -11,17 +11,9 @@ namespace {
 
 constexpr std::size_t pieceSize = std::size_t{1} << 16U;
 
-void writeAll(std::string_view text) {
-    while (!text.empty()) {
-        auto const count = ::write(STDOUT_FILENO, text.data(), text.size());
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            throw OutputError(std::string("standard output can't be written: ") +
-                              std::strerror(errno));
-        }
-        text.remove_prefix(static_cast<std::size_t>(count));
+void writeToStandardOutput(std::string_view text) {
+    if (!writeAll(STDOUT_FILENO, text)) {
+        throw OutputError(std::string("standard output can't be written: ") + std::strerror(errno));
     }
 }
 
@@ -34,19 +26,31 @@ bool isControl(std::string_view text, std::size_t at) {
 
 } // namespace
 
+bool writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        auto const count = ::write(descriptor, text.data(), text.size());
+        if (count >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void Output::write(std::string_view text) {
     if (bufferM.size() + text.size() > pieceSize) {
         flush();
     }
     if (text.size() > pieceSize) {
-        writeAll(text);
+        writeToStandardOutput(text);
     } else {
         bufferM += text;
     }
 }
 
 void Output::flush() {
-    writeAll(bufferM);
+    writeToStandardOutput(bufferM);
     bufferM.clear();
 }
 

@@ -14,6 +14,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// Returns false, with errno, when not all of it can be written.
+bool writeAll(int descriptor, std::string_view text);
+
 class Output {
 public:
     // Both throw an OutputError when standard output doesn't take it.
