@@ -39,10 +39,12 @@ DumpChanges DumpComparison::run() {
 }
 
 void DumpComparison::addHashes(EventFacts const& event, Side side, std::size_t number) {
+    auto& entry = eventsM[keyOf(event)];
+    entry.sides[side] = {saidFactHashes(event), number};
     if (!filterM.lets(event)) {
         return;
     }
-    eventsM[keyOf(event)].sides[side] = {saidFactHashes(event), number};
+    entry.isChosen = true;
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& compared = objectsM[object.key()];
         compared.events += side == newer ? 1 : 0;
@@ -67,6 +69,9 @@ void DumpComparison::chooseEvents() {
         auto const& was = event.sides[older];
         auto const& is = event.sides[newer];
         bool const isInBoth = was.number != never && is.number != never;
+        if (!event.isChosen) {
+            continue;
+        }
         if (!isInBoth || differsBesidesStart(was.hashes, is.hashes)) {
             readAgain(event);
         }
@@ -109,10 +114,7 @@ void DumpComparison::forEachReadAgain(
     sourceM(side, [&](EventText const& text) {
         // A file may have grown since.
         if (number < isReadAgain.size() && isReadAgain[number]) {
-            auto const& event = readerM.read(text);
-            if (filterM.lets(event)) {
-                visit(event, number);
-            }
+            visit(readerM.read(text), number);
         }
         ++number;
     });
@@ -120,12 +122,15 @@ void DumpComparison::forEachReadAgain(
 
 void DumpComparison::keepOlder(EventFacts const& event, std::size_t number) {
     auto& compared = eventsM[keyOf(event)];
-    if (compared.sides[older].number == number) {
+    if (compared.isChosen && compared.sides[older].number == number) {
         if (compared.sides[newer].number == never) {
             changesM.gone.push_back(nameOf(event));
         } else {
             compared.before = std::make_unique<SaidFacts>(saidFacts(event));
         }
+    }
+    if (!filterM.lets(event)) {
+        return;
     }
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& kept = objectsM[object.key()];
@@ -137,12 +142,15 @@ void DumpComparison::keepOlder(EventFacts const& event, std::size_t number) {
 
 void DumpComparison::compareNewer(EventFacts const& event, std::size_t number) {
     auto const& compared = eventsM[keyOf(event)];
-    if (compared.sides[newer].number == number) {
+    if (compared.isChosen && compared.sides[newer].number == number) {
         if (compared.sides[older].number == never) {
             changesM.came.push_back(nameOf(event));
         } else if (compared.before != nullptr) {
             compareSaid(*compared.before, saidFacts(event));
         }
+    }
+    if (!filterM.lets(event)) {
+        return;
     }
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& kept = objectsM[object.key()];

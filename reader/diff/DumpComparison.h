@@ -74,6 +74,7 @@ private:
     };
     struct ComparedEvent {
         std::array<ShownEvent, 2> sides;
+        bool isChosen = false; // by the filter, on either side
         std::unique_ptr<SaidFacts> before;
     };
 

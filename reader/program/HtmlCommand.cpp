@@ -12,17 +12,18 @@ namespace reader {
 
 namespace {
 
-// The same choice of events in the older file, but with those that have no findings: what the
-// newer file's events were is among them.
-Options ofOlder(Options options, RereadableFile const& older) {
-    options.files = {older.name()};
-    options.paths = {older.path()};
+// All events of the files, whichever are chosen.
+Options ofAll(Options options) {
+    options.filter = {};
     options.onlyFindings = false;
     return options;
 }
 
-bool isShown(JudgedEvent const& judged, Options const& options) {
-    return !options.onlyFindings || !judged.findings.empty();
+Options ofOlder(Options const& options, RereadableFile const& older) {
+    auto all = ofAll(options);
+    all.files = {older.name()};
+    all.paths = {older.path()};
+    return all;
 }
 
 std::vector<PageKind> pageKinds() {
@@ -120,33 +121,42 @@ public:
 
 private:
     void readOlder() {
-        forEachJudged(ofOlder(optionsM, *olderFileM),
-                      [this](JudgedEvent const& judged) { olderRowsM.add(judged.event); });
+        forEachJudged(ofOlder(optionsM, *olderFileM), [this](JudgedEvent const& judged) {
+            olderRowsM.add(judged.event);
+            if (optionsM.filter.lets(judged.event)) {
+                olderChoiceM.insert(keyOf(judged.event));
+            }
+        });
+    }
+
+    // An event that the filters let through in either file is shown: what the filters look at may
+    // be what changed.
+    bool isShown(JudgedEvent const& judged) const {
+        return (optionsM.filter.lets(judged.event) || olderChoiceM.contains(keyOf(judged.event))) &&
+               (!optionsM.onlyFindings || !judged.findings.empty());
     }
 
     void addEvents(Page& page) {
-        // An event without findings isn't gone.
-        auto all = optionsM;
-        all.onlyFindings = optionsM.onlyFindings && !olderFileM;
-        forEachJudged(all, [&](JudgedEvent const& judged) {
-            if (olderFileM) {
-                keysM.insert(keyOf(judged.event));
-            }
-            if (!isShown(judged, optionsM)) {
-                return;
-            }
-            auto shown = shownEvent(judged, judged.fileNumber, PageChange::none);
-            if (olderFileM) {
+        if (!olderFileM) {
+            forEachJudged(optionsM, [&](JudgedEvent const& judged) {
+                page.add(shownEvent(judged, judged.fileNumber, PageChange::none));
+            });
+            return;
+        }
+        forEachJudged(ofAll(optionsM), [&](JudgedEvent const& judged) {
+            keysM.insert(keyOf(judged.event)); // also of those that aren't shown: they aren't gone
+            if (isShown(judged)) {
+                auto shown = shownEvent(judged, judged.fileNumber, PageChange::none);
                 olderRowsM.compare(shown);
+                page.add(shown);
             }
-            page.add(shown);
         });
     }
 
     // Events of the older file that none of the others has.
     void addGone(Page& page) {
         forEachJudged(ofOlder(optionsM, *olderFileM), [&](JudgedEvent const& judged) {
-            if (keysM.find(keyOf(judged.event)) == keysM.end() && isShown(judged, optionsM)) {
+            if (!keysM.contains(keyOf(judged.event)) && isShown(judged)) {
                 page.add(shownEvent(judged, optionsM.files.size(), PageChange::gone));
             }
         });
@@ -160,7 +170,8 @@ private:
     Options const& optionsM;
     std::optional<RereadableFile> olderFileM; // read before the others, and after them
     OlderRows olderRowsM;
-    std::unordered_set<std::uint64_t> keysM;
+    std::unordered_set<std::uint64_t> olderChoiceM; // keys that the filters let through there
+    std::unordered_set<std::uint64_t> keysM;        // of the newer files
 };
 
 } // namespace

@@ -99,6 +99,18 @@ TEST_F(Diff, namesTheFactThatChanged) {
                 ElementsAre("491713920003 SMS: account 1003: status ACTIVE → CLOSED"));
 }
 
+// What the filter looks at may be what changed.
+TEST_F(Diff, choosesEventsByWhatEitherFileSays) {
+    auto const dump = demoDump();
+    auto const newer =
+        edited(dump, "Event Account id         = 1003", "Event Account id         = 17");
+    for (auto const* const account : {"1003", "17"}) {
+        EXPECT_THAT(differences(dump, newer, {"--account", account}).lines,
+                    ElementsAre("event: account 1003 → 17, 1 event"));
+    }
+    EXPECT_THAT(differences(dump, newer, {"--account", "2"}).lines, IsEmpty());
+}
+
 TEST_F(Diff, isBlindToOrderAndNumber) {
     auto const dump = demoDump();
     auto const second = dump.find("Begin: 2\n");
