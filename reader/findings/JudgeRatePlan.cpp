@@ -53,7 +53,7 @@ void judgeEntries(Judgement& judgement, Table const& entries) {
     auto const& used = event.priceModels.back();
     if (isAmongEntries(entries, used.text)) {
         judgePassedOver(judgement, entries);
-        if (judgement.hasSeveralPlans()) {
+        if (judgement.hasSeveralPlans() && judgement.isPlanOfProduct()) {
             judgement.add(
                 Kind::severalPlans, event.ratePlan.line, "price models",
                 std::string(event.codes.text.substr(0, event.codes.text.find_last_not_of(' ') + 1)),

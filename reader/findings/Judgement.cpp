@@ -59,18 +59,27 @@ bool Judgement::hasSeveralPlans() const {
                        [&](Fact const& code) { return !isAmongEntries(*entries, code.text); });
 }
 
+bool Judgement::isPlanOfProduct() const {
+    auto const* const products = event.accountMemory.products.table;
+    return products != nullptr && hasCell(*products, "Rate plan", event.ratePlan.text);
+}
+
 std::string validityText(std::string_view from, std::string_view to) {
     return fmt::format("from {} to {}", from, to);
 }
 
-bool isAmongEntries(Table const& entries, std::string_view priceModel) {
-    auto const column = entries.column("Price model");
-    for (std::size_t row = 0; column != Table::none && row < entries.rowCount; ++row) {
-        if (entries.cell(row, column) == priceModel) {
+bool hasCell(Table const& table, std::string_view heading, std::string_view text) {
+    auto const column = table.column(heading);
+    for (std::size_t row = 0; column != Table::none && row < table.rowCount; ++row) {
+        if (table.cell(row, column) == text) {
             return true;
         }
     }
     return false;
+}
+
+bool isAmongEntries(Table const& entries, std::string_view priceModel) {
+    return hasCell(entries, "Price model", priceModel);
 }
 
 void judge(EventFacts const& event, std::vector<Finding>& findings) {

@@ -54,12 +54,17 @@ public:
     bool knowsEntries() const;
     // Earlier price models are of other rate plans than the one that is shown.
     bool hasSeveralPlans() const;
+    // A product of the account, for the event's service, has the plan that is shown. Nobody buys
+    // the plans by which an event's wholesale side is charged.
+    bool isPlanOfProduct() const;
 
 private:
     std::vector<Finding>& findingsM;
     std::string startM;
 };
 
+// Whether a row has the text below the heading.
+bool hasCell(Table const& table, std::string_view heading, std::string_view text);
 bool isAmongEntries(Table const& entries, std::string_view priceModel);
 
 // The judges, one a section.

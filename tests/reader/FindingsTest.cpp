@@ -47,6 +47,16 @@ constexpr EditedDump editedDumps[] = {
      "no-charging-start 491713920003 charging start"},
     {"Event Service Id         = 3103", "Event Service Id         = 0",
      "no-service 491713920003 service"},
+    // After price models of another plan: no longer the plan of a roaming partner.
+    {"Rate plan  Service  Event type           Status  Valid from            Valid to\n"
+     "    -------  ---------  -------  -------------------  ------  --------------------  "
+     "--------\n"
+     "       7211  DATA_BIZ ",
+     "Rate plan    Service  Event type           Status  Valid from            Valid to\n"
+     "    -------  -----------  -------  -------------------  ------  --------------------  "
+     "--------\n"
+     "       7211  W_ROAM_DATA",
+     "several-plans 001010000000011 price models"},
     // Values with a line end.
     {"status ACTIVE, currency", "status ACT\nIVE, currency", "unplaced 491713920003 2 lines"},
     {"  Rate plan id 21, model FLAT", "  Rate plan id 21, model FL\nAT",
