@@ -1,6 +1,7 @@
 #include "PartitionWriter.h"
 
 #include "StreamNames.h"
+#include "StreamShape.h"
 
 #include <chrono>
 #include <thread>
@@ -41,6 +42,7 @@ PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfigurati
         throw failure(pipelineM, "publishing to " + streamM,
                       "there is no such stream; 'pipeline-host stream create' makes it");
     }
+    requirePartitionCount(stream, *info);
     sentM = acknowledgedM = acknowledgementM = info->State.LastSeq;
     if (sentM > 0) {
         lastM = placeOfMessage(sentM);

@@ -2,6 +2,7 @@
 
 #include "BAS/LogSink.h"
 #include "StreamNames.h"
+#include "StreamShape.h"
 #include "base/MessageCatalogue.h"
 #include "base/Poll.h"
 
@@ -13,6 +14,8 @@ namespace stream {
 namespace {
 
 constexpr auto connectInterval = std::chrono::seconds(1);
+// For so long after an election a server may tell of an older state of a stream.
+constexpr auto staleTime = std::chrono::seconds(10);
 constexpr auto everything = std::numeric_limits<std::uint64_t>::max();
 
 bool isBefore(StreamPlace const& one, StreamPlace const& other) {
@@ -38,6 +41,11 @@ bool PartitionedInput::connect() {
     try {
         if (connectionM == nullptr) {
             connectionM = std::make_unique<Connection>(streamM);
+        }
+        // Also a standby, which doesn't read yet, is to know.
+        auto const name = streamName(streamM.name, streamM.partitions.front());
+        if (auto const info = connectionM->streamInfo(name)) {
+            requirePartitionCount(streamM, *info);
         }
         auto leases =
             std::make_unique<Leases>(*connectionM, streamM, pipelineM.registeredName, logM);
@@ -71,6 +79,43 @@ std::unique_ptr<host::EdrSource> PartitionedInput::open(host::Notification const
     return std::make_unique<StreamReader>(*connectionM, streamM, pipelineM, parserM, stop, *this);
 }
 
+// What is fetched already is processed; then all begins again where it is known to stand.
+bool PartitionedInput::hasAll(std::uint64_t partition, StreamPlace const& next,
+                              std::uint64_t last) {
+    std::lock_guard const guard(lockM);
+    auto const loss = lossOf(partition, next, last);
+    if (loss == Loss::certain) {
+        readingM.at(partition).term = 0;
+    }
+    return loss == Loss::none;
+}
+
+// Whether a partition with that last message lacks some that came before the place. The caller has
+// the lock.
+PartitionedInput::Loss PartitionedInput::lossOf(std::uint64_t partition, StreamPlace const& place,
+                                                std::uint64_t last) {
+    if (lastRead(place) <= last) {
+        lossesM.erase(partition);
+        return Loss::none;
+    }
+    auto const now = std::chrono::steady_clock::now();
+    auto const since = lossesM.emplace(partition, now).first->second;
+    return now < since + staleTime ? Loss::suspected : Loss::certain;
+}
+
+// The place becomes the partition's end. The caller has the lock.
+void PartitionedInput::goBack(std::string const& name, std::uint64_t partition, StreamPlace& place,
+                              std::uint64_t last) {
+    logM.write(host::makeStatus(BAS::Status::error, pipelineM.registeredName,
+                                "ERR_STREAM_MESSAGES_LOST",
+                                {name, std::to_string(last + 1), std::to_string(lastRead(place))}));
+    lossesM.erase(partition);
+    place.sequence = last + 1;
+    place.lines = 0;
+    placesM.set(partition, place);
+    placesM.write();
+}
+
 void PartitionedInput::noteLast(std::uint64_t partition, std::uint64_t sequence) {
     std::lock_guard const guard(lockM);
     readingM.at(partition).last = sequence;
@@ -96,6 +141,10 @@ std::vector<host::PartitionState> PartitionedInput::state() const {
 
 std::optional<PartitionKeeper::Start> PartitionedInput::begin(std::uint64_t partition,
                                                               std::function<bool()> const& ended) {
+    {
+        std::lock_guard const guard(lockM);
+        lossesM.erase(partition);
+    }
     for (;;) {
         if (auto const term = leasesM->term(partition)) {
             if (auto const start = startOf(partition, *term)) {
@@ -125,6 +174,7 @@ std::optional<PartitionKeeper::Start> PartitionedInput::startOf(std::uint64_t pa
         throw failure(streamM.name, "reading the stream " + name,
                       "there is none; 'pipeline-host stream create' makes it");
     }
+    requirePartitionCount(streamM, *info);
     std::lock_guard const guard(lockM);
     auto const local = placesM.read(partition);
     auto const isOf = [&](auto const& place) { return place && place->created == info->Created; };
@@ -150,6 +200,13 @@ std::optional<PartitionKeeper::Start> PartitionedInput::startOf(std::uint64_t pa
                               host::RejectFile({"-", rejectFile(partition)}, rejectedBytes))
             .first->second;
     start.place.rejectedBytes = rejects.size();
+    auto const loss = lossOf(partition, start.place, info->State.LastSeq);
+    if (loss == Loss::suspected) {
+        return std::nullopt;
+    }
+    if (loss == Loss::certain) {
+        goBack(name, partition, start.place, info->State.LastSeq);
+    }
     // Whoever goes on where it stopped itself has everything in its stores.
     start.warmUp = readBeforeM.insert(partition).second || isCopyLater ? streamM.warmUp : 0;
     readingM[partition] = {start.place, term, info->State.LastSeq};

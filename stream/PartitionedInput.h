@@ -30,11 +30,21 @@ public:
     std::optional<Start> begin(std::uint64_t partition,
                                std::function<bool()> const& ended) override;
     void noteLast(std::uint64_t partition, std::uint64_t sequence) override;
+    bool hasAll(std::uint64_t partition, StreamPlace const& next, std::uint64_t last) override;
     bool areHeld() const override;
 
 private:
+    enum class Loss {
+        none,
+        suspected, // perhaps a server only tells of an older state
+        certain
+    };
+
     bool connect();
     std::optional<Start> startOf(std::uint64_t partition, std::uint64_t term);
+    Loss lossOf(std::uint64_t partition, StreamPlace const& place, std::uint64_t last);
+    void goBack(std::string const& name, std::uint64_t partition, StreamPlace& place,
+                std::uint64_t last);
     std::filesystem::path rejectFile(std::uint64_t partition) const;
 
     host::PipelineConfiguration const& pipelineM;
@@ -48,11 +58,13 @@ private:
     StreamPlaces placesM;
     struct Reading {
         StreamPlace place;
-        std::uint64_t term = 0; // of the lease
+        std::uint64_t term = 0; // of the lease; 0 once all must begin again
         std::uint64_t last = 0; // message that the partition is known to have
     };
     std::map<std::uint64_t, Reading> readingM;
     std::set<std::uint64_t> readBeforeM; // partitions that this process began to read
+    // Since when partitions seem to lack messages.
+    std::map<std::uint64_t, std::chrono::steady_clock::time_point> lossesM;
     std::map<std::uint64_t, host::RejectFile> rejectsM;
 };
 

@@ -4,6 +4,7 @@
 #include "Leases.h"
 #include "StreamNames.h"
 #include "StreamPlaces.h"
+#include "StreamShape.h"
 #include "base/EscapedText.h"
 #include "base/JsonText.h"
 #include "base/TextTable.h"
@@ -23,10 +24,12 @@ void createStream(Connection& connection, host::StreamConfiguration const& strea
                   host::StreamLimits const& limits, std::uint64_t partition) {
     auto const name = streamName(stream.name, partition);
     auto const messages = subject(stream.name, partition);
+    auto const description = partitionDescription(partition, stream.partitionCount);
     char const* subjects[] = {messages.c_str()};
     jsStreamConfig configuration;
     jsStreamConfig_Init(&configuration);
     configuration.Name = name.c_str();
+    configuration.Description = description.c_str();
     configuration.Subjects = subjects;
     configuration.SubjectsLen = 1;
     configuration.Storage = js_FileStorage;
@@ -40,6 +43,44 @@ void createStream(Connection& connection, host::StreamConfiguration const& strea
     if (status != NATS_OK) {
         connection.fail("making the stream " + name, status);
     }
+}
+
+void addPartitionCount(Connection& connection, host::StreamConfiguration const& stream,
+                       jsStreamInfo const& there, std::uint64_t partition) {
+    auto const description = partitionDescription(partition, stream.partitionCount);
+    auto configuration = *there.Config;
+    configuration.Description = description.c_str();
+    jsErrCode code = {};
+    auto const status =
+        js_UpdateStream(nullptr, connection.jetStream(), &configuration, nullptr, &code);
+    if (status != NATS_OK) {
+        connection.fail(fmt::format("describing the stream {}", configuration.Name), status);
+    }
+}
+
+// Those that are there, null for others. Throws a BAS::Status when they are of a stream with
+// another number of partitions, or when that isn't known: an earlier version made some of them.
+std::vector<StreamInfo> partitionsThere(Connection const& connection,
+                                        host::StreamConfiguration const& stream) {
+    std::vector<StreamInfo> there;
+    std::uint64_t undescribed = 0;
+    for (std::uint64_t partition = 0; partition < stream.partitionCount; ++partition) {
+        there.push_back(connection.streamInfo(streamName(stream.name, partition)));
+        if (auto const& info = there.back()) {
+            requirePartitionCount(stream, *info);
+            undescribed += partitionCountOf(*info) ? 0 : 1;
+        }
+    }
+    auto const next = streamName(stream.name, stream.partitionCount);
+    bool const isWhole = std::find(there.begin(), there.end(), nullptr) == there.end() &&
+                         connection.streamInfo(next) == nullptr;
+    if (undescribed > 0 && !isWhole) {
+        throw failure(stream.name, "using the streams that are there",
+                      fmt::format("{} of them don't say how many partitions there are, and "
+                                  "together they aren't the {} that 'Of' says",
+                                  undescribed, stream.partitionCount));
+    }
+    return there;
 }
 
 void createBucket(Connection& connection, host::StreamLimits const& limits, std::string const& name,
@@ -138,13 +179,16 @@ std::string jsonOf(std::string const& name, std::vector<ShownPartition> const& p
 host::ExitCode createStreams(host::StreamConfiguration const& stream,
                              host::StreamLimits const& limits) {
     Connection connection(stream);
+    auto const there = partitionsThere(connection, stream);
     for (std::uint64_t partition = 0; partition < stream.partitionCount; ++partition) {
-        auto const name = streamName(stream.name, partition);
-        bool const isThere = connection.streamInfo(name) != nullptr;
-        if (!isThere) {
+        auto const* const found = there[partition].get();
+        if (found == nullptr) {
             createStream(connection, stream, limits, partition);
+        } else if (!partitionCountOf(*found)) {
+            addPartitionCount(connection, stream, *found, partition);
         }
-        std::cout << name << (isThere ? ": is there already\n" : ": made\n");
+        std::cout << streamName(stream.name, partition)
+                  << (found == nullptr ? ": made\n" : ": is there already\n");
     }
     createBucket(connection, limits, leaseBucket(stream.name), leaseTime);
     createBucket(connection, limits, placeBucket(stream.name), {});
@@ -162,6 +206,7 @@ host::ExitCode showStreams(host::StreamConfiguration const& stream, host::Output
         shown.number = number;
         shown.name = streamName(stream.name, number);
         if (auto const info = connection.streamInfo(shown.name)) {
+            requirePartitionCount(stream, *info);
             auto const place = parsePlace(valueOf(places.get(), number));
             auto const done = place && place->created == info->Created ? place->sequence - 1 : 0;
             shown.state = info->State;

@@ -43,6 +43,9 @@ std::optional<StreamPlace> parsePlace(std::string_view text) {
             return std::nullopt;
         }
     }
+    if (numbers[0] == 0) { // the first message has the sequence 1
+        return std::nullopt;
+    }
     return StreamPlace{static_cast<std::uint64_t>(numbers[0]),
                        static_cast<std::uint64_t>(numbers[1]),
                        static_cast<std::uint64_t>(numbers[2]), numbers[3]};

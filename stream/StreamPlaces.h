@@ -23,6 +23,11 @@ struct StreamPlace {
     bool operator==(StreamPlace const&) const = default;
 };
 
+// The last message of which lines were read; 0 when there is none.
+inline std::uint64_t lastRead(StreamPlace const& place) {
+    return place.lines > 0 ? place.sequence : place.sequence - 1;
+}
+
 std::string placeText(StreamPlace const& place);
 // Nothing when it can't be understood.
 std::optional<StreamPlace> parsePlace(std::string_view text);

@@ -21,8 +21,10 @@ constexpr auto askInterval = std::chrono::seconds(1);
 // Of a fetch: as much as is there, or one message when it comes.
 constexpr int fetchedMessages = 64;
 constexpr std::int64_t fetchedBytes = 2 * 1024 * 1024;
-constexpr std::int64_t fetchTime = 1'000'000'000;     // nanoseconds
-constexpr std::int64_t waitTime = 1'000'000'000;      // nanoseconds
+constexpr std::int64_t fetchTime = 1'000'000'000; // nanoseconds
+constexpr std::int64_t waitTime = 1'000'000'000;  // nanoseconds
+// Of those without a message, after which the partition is asked what it has.
+constexpr std::size_t turnsUntilAsked = 3;
 constexpr std::int64_t heartbeat = 250'000'000;       // nanoseconds
 constexpr std::int64_t consumerLife = 30'000'000'000; // nanoseconds without a request
 
@@ -172,6 +174,9 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     }
     if (info != nullptr) {
         keeperM.noteLast(partition.number, info->State.LastSeq);
+        if (!keeperM.hasAll(partition.number, fetching.next, info->State.LastSeq)) {
+            return false;
+        }
     }
     jsSubOptions options;
     jsSubOptions_Init(&options);
@@ -192,6 +197,8 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     fetching.subscription.reset(subscription);
     fetching.isNew = true;
     fetching.hasMore = false;
+    fetching.idleTurns = 0;
+    fetching.isOverdue = false;
     return true;
 }
 
@@ -209,7 +216,28 @@ bool StreamReader::fetch(Partition& partition, Fetching& fetching) {
             return false;
         }
     }
+    if (status == NATS_TIMEOUT && messages.count() == 0) {
+        return isServed(partition, fetching);
+    }
     return status == NATS_OK || status == NATS_TIMEOUT;
+}
+
+// After a turn in which nothing came. False when there should have: a server may say again and
+// again that it is there, and send nothing.
+bool StreamReader::isServed(Partition const& partition, Fetching& fetching) {
+    if (fetching.isOverdue) {
+        return false;
+    }
+    if (++fetching.idleTurns == turnsUntilAsked) {
+        fetching.idleTurns = 0;
+        auto const info = askForState(partition);
+        auto const expected = fetching.next.sequence - fetching.warmUp;
+        // Messages that are purged or have expired leave their sequence behind.
+        fetching.isOverdue =
+            info != nullptr && ((info->State.Msgs > 0 && info->State.LastSeq >= expected) ||
+                                info->State.LastSeq < lastRead(fetching.next));
+    }
+    return true;
 }
 
 // False when the message isn't the next one.
@@ -238,6 +266,8 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
     }
     fetching.isFirst = false;
     fetching.isNew = false;
+    fetching.idleTurns = 0;
+    fetching.isOverdue = false;
     fetching.hasMore = last > sequence;
     keeperM.noteLast(partition.number, last);
     put(std::move(item));
@@ -251,7 +281,7 @@ void StreamReader::put(Item item) {
     while (!changedM.wait_for(
         guard, askInterval, [&] { return isClosedM || partition.queuedBytes < mostQueuedBytes; })) {
         guard.unlock();
-        askForLast(partition);
+        askForState(partition);
         guard.lock();
     }
     partition.queuedBytes += item.bytes;
@@ -260,13 +290,16 @@ void StreamReader::put(Item item) {
     changedM.notify_all();
 }
 
-void StreamReader::askForLast(Partition const& partition) {
+// Null when that isn't known now.
+StreamInfo StreamReader::askForState(Partition const& partition) {
     try {
-        if (auto const info = connectionM.streamInfo(partition.name)) {
+        auto info = connectionM.streamInfo(partition.name);
+        if (info != nullptr) {
             keeperM.noteLast(partition.number, info->State.LastSeq);
         }
+        return info;
     } catch (NoServer const&) {
-        // What was known stays so.
+        return nullptr;
     }
 }
 

@@ -33,6 +33,9 @@ public:
                                        std::function<bool()> const& ended) = 0;
     // Takes note of the last message that the partition is known to have.
     virtual void noteLast(std::uint64_t partition, std::uint64_t sequence) = 0;
+    // Whether a partition with that last message still has all that came before the next place;
+    // areHeld is false soon when it doesn't.
+    virtual bool hasAll(std::uint64_t partition, StreamPlace const& next, std::uint64_t last) = 0;
     // False, from then on, once a partition that was begun may be another host's.
     virtual bool areHeld() const = 0;
 
@@ -70,6 +73,8 @@ private:
         Subscription subscription;
         bool isNew = true;    // nothing has come through the subscription yet
         bool hasMore = false; // the last message said so
+        std::size_t idleTurns = 0;
+        bool isOverdue = false; // something is there that hasn't come
         StreamPlace next;
         bool isFirst = false;
         std::uint64_t warmUp = 0;
@@ -80,7 +85,8 @@ private:
     bool fetch(Partition& partition, Fetching& fetching);
     bool accept(Partition& partition, Fetching& fetching, Message message);
     void put(Item item);
-    void askForLast(Partition const& partition);
+    bool isServed(Partition const& partition, Fetching& fetching);
+    StreamInfo askForState(Partition const& partition);
     void fail(std::exception_ptr failure);
     bool isClosed() const;
     bool pause();

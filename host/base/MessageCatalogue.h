@@ -112,6 +112,10 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "anew. To begin at its start, remove its places and start the host again."},
     {"ERR_STREAM_MESSAGES_MISSING",
      "%1: %2 messages before sequence %3 are gone and weren't processed."},
+    {"ERR_STREAM_MESSAGES_LOST",
+     "%1: the servers lost the messages %2 to %3, which they had acknowledged and which were "
+     "processed. Reading goes on at sequence %2; what is published there again is processed "
+     "again."},
     {"MSG_STREAM_STARTED", "Reading '%1' from sequence %2 on, after %3 lines of it."},
     {"MSG_PARTITION_TAKEN", "This host owns the partition '%1' now."},
     {"MSG_PARTITION_AWAITED", "The partition '%1' is waited for: '%2' owns it."},

@@ -297,6 +297,14 @@ class Requests:
                 check('"error"' not in text, f'{subject}: {text}')
                 return text
 
+    def update(self, stream, **changes):
+        """Changes the stream's configuration; a change to None takes a part out of it."""
+        info = json.loads(self.send(f'$JS.API.STREAM.INFO.{stream}'))
+        config = {**info['config'], **changes}
+        self.send(f'$JS.API.STREAM.UPDATE.{stream}',
+                  json.dumps({key: value for key, value in config.items()
+                              if value is not None}).encode())
+
     def messages(self, stream):
         """The data of all messages of a stream, in their order."""
         last = json.loads(self.send(f'$JS.API.STREAM.INFO.{stream}'))['state']['last_seq']
