@@ -1,7 +1,11 @@
-// A file in the making. It lies under a random hidden name in the directory of its target, readable
-// for owner and group only, and takes the target's place once it is whole, so that nobody ever sees
-// a part of it. No link is followed, and nothing that is there is opened. Goes with the object
-// unless it has taken its place.
+// A file in the making. It lies in the directory of its target, readable for owner and group only,
+// and takes the target's place once it is whole, so that nobody ever sees a part of it. No link is
+// followed, and nothing that is there is opened. Goes with the object unless it has taken its
+// place.
+//
+// Until then it has no name, so that it goes with the process too, however that ends; only for the
+// moment of taking its place it has a random hidden one. Where the file system has no files without
+// a name, it has that one from the beginning, and stays when the process is killed.
 #pragma once
 
 #include "base/FileDescriptor.h"
@@ -46,6 +50,7 @@ private:
     std::string nameM;
     FileDescriptor fileM;
     bool isFlushedM = false;
+    std::atomic<bool> isNamedM{false};
     std::atomic<bool> isInPlaceM{false};
 };
 

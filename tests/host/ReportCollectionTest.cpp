@@ -257,6 +257,23 @@ TEST_F(ReportCollection, EndsInTheMiddleOfACommandThatDoesnt) {
     EXPECT_THAT(directoryM.read("cmd/a.result"), HasSubstr("its outcome is unknown"));
 }
 
+TEST_F(ReportCollection, LeavesNothingBesideTheOldFileWhenItIsKilled) {
+    int const nameless = ::open(directoryM.path().c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
+    if (nameless < 0) {
+        GTEST_SKIP() << "the file system has no files without a name";
+    }
+    ::close(nameless);
+    directoryM.write("old", "old");
+    writeRegistry("{Directory: in}", gate());
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    drop("cmd/a.yaml", std::string(object) + ": {Write: \"@old\", Wait: \"\"}\n");
+    ASSERT_TRUE(waitForText("trace", "at gate"));
+    host.signal(SIGKILL);
+    EXPECT_EQ(host.wait(), -SIGKILL);
+    EXPECT_EQ(directoryM.read("old"), "old");
+    EXPECT_FALSE(hasTemporaries());
+}
+
 // The signal comes while a command of the end is at work: it has its time, and the others follow.
 TEST_F(ReportCollection, GivesCommandsAtTheEndTheirTimeAfterASignal) {
     auto const run = [&] {
