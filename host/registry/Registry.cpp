@@ -71,6 +71,21 @@ bool isBelow(std::filesystem::path const& path, std::filesystem::path const& dir
     return !rest.empty() && rest != "." && *rest.begin() != "..";
 }
 
+// Where links lead, as far as there is something.
+std::filesystem::path targetOf(std::filesystem::path const& path) {
+    std::error_code error;
+    auto const target = std::filesystem::weakly_canonical(path, error);
+    return error ? path : target;
+}
+
+// The path, or what it leads to, is the directory or below it.
+bool isIn(std::filesystem::path const& path, std::filesystem::path const& directory) {
+    auto const places = {targetOf(path.parent_path()) / path.filename(), targetOf(path)};
+    return std::any_of(places.begin(), places.end(), [&](std::filesystem::path const& place) {
+        return place == directory || isBelow(place, directory);
+    });
+}
+
 // Walks the file along the tables of its keys. The rules between keys, such as that no two inputs
 // are the same file, stand here.
 class RegistryReader {
@@ -513,15 +528,16 @@ private:
     }
 
     // A report has any name that a member of the group likes: it mustn't be that of a command, an
-    // input or a file of the host.
+    // input or a file of the host, or of a link that leads to one.
     void checkReports() {
         auto const& reports = configurationM.groupReports;
         if (!reports) {
             return;
         }
         auto const& own = directoryUsesM.at(*reports);
+        auto const room = targetOf(*reports);
         for (auto const& [directory, use] : directoryUsesM) {
-            if (isBelow(directory, *reports) || isBelow(*reports, directory)) {
+            if (&use != &own && (isIn(directory, room) || isIn(*reports, targetOf(directory)))) {
                 problemsM.add(own.position,
                               fmt::format("the directory '{}' of {} and '{}' of {} on line {} lie "
                                           "one in the other, expected separate ones",
@@ -530,7 +546,7 @@ private:
             }
         }
         for (auto const& [file, use] : filesM) {
-            if (isBelow(file, *reports) || file == *reports) {
+            if (isIn(file, room)) {
                 problemsM.add(own.position,
                               fmt::format("the directory '{}' of {} is or holds '{}' of {}, "
                                           "expected nothing but reports there",

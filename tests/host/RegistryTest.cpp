@@ -230,6 +230,12 @@ BadRegistry const badRegistries[] = {
 // Where the members of a group may write.
 TEST(Registry, KeepsReportsApartFromEverythingElse) {
     support::TemporaryDirectory const directory;
+    for (auto const* const name : {"log", "cmd", "behind-in"}) {
+        std::filesystem::create_directory(directory.path() / name);
+    }
+    std::filesystem::create_symlink("log", directory.path() / "to-log");
+    std::filesystem::create_symlink(directory.path() / "cmd", directory.path() / "to-cmd");
+    std::filesystem::create_symlink("behind-in", directory.path() / "in");
     struct {
         char const* reports;
         std::vector<std::string> other; // what is named beside it
@@ -239,6 +245,9 @@ TEST(Registry, KeepsReportsApartFromEverythingElse) {
         {"cmd/answers", {"/cmd' of host.Commands.Directory on line 2 lie"}},
         {"in/done/", {"/in' of host.Pipelines.P.Input.Directory on line 4 lie"}},
         {"log", {"/log/process.log' of host.Log.Process"}},
+        {"to-log", {"/log/process.log' of host.Log.Process"}},
+        {"to-cmd", {"/cmd' of host.Commands.Directory on line 2 lie"}},
+        {"behind-in", {"/in' of host.Pipelines.P.Input.Directory on line 4 lie"}},
         {"edr.yaml", {"/edr.yaml' of host.Pipelines.P.EdrDescription"}},
         {"..",
          {"/cmd' of", "/in' of", "/edr.yaml' of host.Pipelines.P.EdrDescription",
