@@ -100,7 +100,7 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"ERR_FILE_NOT_MOVED", "'%1' can't be moved to '%2': %3"},
     {"MSG_STOPPING", "Stopping on a signal: the batches in progress are finished."},
     {"ERR_EDR_REJECTED", "%1:%2: %3; the line is kept in '%4'."},
-    {"ERR_EDR_FIELD_UNKNOWN", "%1:%2: the EDR description has no field '%3'; it is ignored."},
+    {"ERR_EDR_FIELD_UNKNOWN", "%1:%2: the EDR description has no field '%3'%4; it is ignored."},
     {"ERR_EDR_FIELDS_UNKNOWN",
      "%1:%2: %3 unknown fields were reported; further ones are ignored silently."},
     // Streams.

@@ -44,6 +44,8 @@ public:
 
     explicit EdrLineParser(EDR::Description const& description);
 
+    EDR::Description const& description() const noexcept { return descriptionM; }
+
     // Appends the EDR of a line, after which padding bytes may be read. Throws an EdrLineError when
     // the line is rejected; the last EDR is then incomplete.
     void parse(std::string_view line, ParsedEdrs& edrs);

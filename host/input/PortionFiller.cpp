@@ -1,6 +1,7 @@
 #include "input/PortionFiller.h"
 
 #include "base/MessageCatalogue.h"
+#include "registry/EdrNameHints.h"
 
 namespace host {
 
@@ -15,9 +16,9 @@ void PortionFiller::reportRejected(InputPortion& portion, LineOrigin const& orig
 
 void PortionFiller::reportUnknownFields(InputPortion& portion, LineOrigin const& origin) {
     for (auto const& field : parserM.newUnknownFields()) {
-        portion.messages.push_back(makeStatus(BAS::Status::warning, pipelineM.registeredName,
-                                              "ERR_EDR_FIELD_UNKNOWN",
-                                              {origin.input, origin.place, field}));
+        portion.messages.push_back(makeStatus(
+            BAS::Status::warning, pipelineM.registeredName, "ERR_EDR_FIELD_UNKNOWN",
+            {origin.input, origin.place, field, missingMemberHint(parserM.description(), field)}));
     }
     if (!parserM.newUnknownFields().empty() &&
         parserM.unknownFields() == EdrLineParser::maxUnknownFields) {

@@ -2,6 +2,7 @@
 
 #include "EDR/Description.h"
 #include "base/NearestName.h"
+#include "registry/EdrNameHints.h"
 
 #include <fmt/format.h>
 
@@ -17,17 +18,6 @@ namespace {
 std::string referenceTo(ModuleConfiguration const& module, bool isFull) {
     auto const name = module.registeredName.substr(0, module.registeredName.rfind('.'));
     return isFull ? name : name.substr(name.rfind('.') + 1);
-}
-
-std::string nearestBeside(std::string_view path, std::vector<std::string_view> const& known) {
-    auto const parentLength = path.rfind('.') + 1; // 0 without one
-    std::vector<std::string_view> names;
-    for (auto const each : known) {
-        if (each.rfind('.') + 1 == parentLength && each.starts_with(path.substr(0, parentLength))) {
-            names.push_back(each.substr(parentLength));
-        }
-    }
-    return nearestNameHint(path.substr(parentLength), names);
 }
 
 } // namespace
@@ -112,24 +102,6 @@ std::string NameHints::ofBlock(BAS::Status const& status) const {
     auto const* const description = descriptionOfM(status.objectName());
     return description == nullptr ? ""
                                   : missingBlockHint(*description, status.arguments()[0].view());
-}
-
-std::string missingFieldHint(EDR::Description const& description, std::string_view path) {
-    std::vector<std::string_view> known;
-    for (auto const& kind : description.blockKinds()) {
-        for (auto const& field : kind.fields) {
-            known.push_back(field.path.view());
-        }
-    }
-    return nearestBeside(path, known);
-}
-
-std::string missingBlockHint(EDR::Description const& description, std::string_view path) {
-    std::vector<std::string_view> known;
-    for (auto const& kind : description.blockKinds()) {
-        known.push_back(kind.path.view());
-    }
-    return nearestBeside(path, known);
 }
 
 } // namespace host

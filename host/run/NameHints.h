@@ -37,8 +37,4 @@ private:
     DescriptionOf descriptionOfM;
 };
 
-// The hint for a field or a block that the description lacks: the nearest in the same block.
-std::string missingFieldHint(EDR::Description const& description, std::string_view path);
-std::string missingBlockHint(EDR::Description const& description, std::string_view path);
-
 } // namespace host

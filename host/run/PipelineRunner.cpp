@@ -7,7 +7,7 @@
 #include "input/PortionReader.h"
 #include "input/ReadAheadInput.h"
 #include "registry/EdrDescriptionFile.h"
-#include "run/NameHints.h"
+#include "registry/EdrNameHints.h"
 
 #include <chrono>
 

@@ -267,9 +267,10 @@ TEST_F(EdrInputs, ReportUnknownFieldsOnceForEachPath) {
                         "{\"Q\":[],\"R\\n\":\"x\"}\n"),
                 ElementsAre("3 a  [()()]", "3   []"));
     auto const start = "ERR_EDR_FIELD_UNKNOWN(3) [" + inputFile() + "] ";
-    EXPECT_THAT(logM.entries(), ElementsAre(start + "[1] [DETAIL.Q] @host.Pipelines.P",
-                                            start + "[1] [DETAIL.B.Q] @host.Pipelines.P",
-                                            start + "[2] [DETAIL.R\n] @host.Pipelines.P"));
+    EXPECT_THAT(logM.entries(),
+                ElementsAre(start + "[1] [DETAIL.Q] [ (did you mean 'A'?)] @host.Pipelines.P",
+                            start + "[1] [DETAIL.B.Q] [ (did you mean 'X'?)] @host.Pipelines.P",
+                            start + "[2] [DETAIL.R\n] [] @host.Pipelines.P"));
 }
 
 TEST_F(EdrInputs, StopReportingWhenEveryLineHasFieldsOfItsOwn) {
