@@ -310,10 +310,12 @@ void StreamReader::read(host::InputPortion& portion) noexcept {
                portion.edrs.count() < portionSize && !portion.isPause) {
             if (atM < textM.size()) {
                 takeLine(portion);
-            } else if (take(portion.edrs.count() == 0)) {
+            } else if (take(!isPauseDueM)) {
                 open(portion);
+                isPauseDueM = true; // also when the portion ends before the message does
             } else {
                 portion.isPause = true;
+                isPauseDueM = false;
             }
         }
     } catch (...) {
