@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::int64_t connectTimeout = 2'000; // milliseconds, for each server
 constexpr std::int64_t reconnectWait = 200;    // milliseconds
-constexpr std::int64_t requestTimeout = 5'000; // milliseconds
 constexpr std::int64_t bucketTimeout = 1'000;  // milliseconds
 
 void check(natsStatus status, host::StreamConfiguration const& stream, char const* what) {
@@ -130,10 +129,13 @@ void Connection::requireOpen() const {
     }
 }
 
-StreamInfo Connection::streamInfo(std::string const& name) const {
+StreamInfo Connection::streamInfo(std::string const& name, std::int64_t wait) const {
     jsStreamInfo* info = nullptr;
     jsErrCode code = {};
-    auto const status = js_GetStreamInfo(&info, jetStreamM.get(), name.c_str(), nullptr, &code);
+    jsOptions options;
+    jsOptions_Init(&options);
+    options.Wait = wait;
+    auto const status = js_GetStreamInfo(&info, jetStreamM.get(), name.c_str(), &options, &code);
     if (status != NATS_OK && status != NATS_NOT_FOUND) {
         fail("asking for the stream " + name, status);
     }

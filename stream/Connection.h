@@ -50,6 +50,8 @@ struct Acknowledgements {
 // Any thread may use a connection. Once it is made it connects again by itself, without end.
 class Connection {
 public:
+    static constexpr std::int64_t requestTimeout = 5'000; // milliseconds
+
     // Throws NoServer when no server can be reached, and any other BAS::Status with what the
     // servers said.
     explicit Connection(host::StreamConfiguration const& stream,
@@ -69,9 +71,9 @@ public:
     natsConnection* get() const noexcept { return connectionM.get(); }
     jsCtx* jetStream() const noexcept { return jetStreamM.get(); }
 
-    // Null when there is none of the name. Throws NoServer, or a BAS::Status when the servers don't
-    // permit it.
-    StreamInfo streamInfo(std::string const& name) const;
+    // Null when there is none of the name. Waits so many milliseconds for an answer. Throws
+    // NoServer, or a BAS::Status when the servers don't permit it.
+    StreamInfo streamInfo(std::string const& name, std::int64_t wait = requestTimeout) const;
     // Its operations wait for a second at most, so that one doesn't take the time of the others.
     // Throws NoServer, or a BAS::Status when there is none or the servers don't permit it.
     Bucket bucket(std::string const& name) const;

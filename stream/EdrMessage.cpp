@@ -2,9 +2,11 @@
 
 #include "BAS/String.h"
 
+#include <fmt/format.h>
 #include <zstd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <new>
 
@@ -16,13 +18,57 @@ namespace {
 constexpr char const* encodingHeader = "Edr-Encoding";
 constexpr char const* sourceHeader = "Edr-Source";
 constexpr char const* lineHeader = "Edr-Line";
+constexpr char const* sumsHeader = "Edr-Sums";
 constexpr char const* zstdEncoding = "zstd";
 constexpr int level = 1;
+constexpr char escape = '%';
 
 void setHeader(natsMsg* message, char const* name, std::string const& value) {
     if (natsMsgHeader_Set(message, name, value.c_str()) != NATS_OK) {
         throw std::bad_alloc();
     }
+}
+
+// A header can't hold line ends, and loses blanks at its ends.
+std::string encoded(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        auto const c = static_cast<unsigned char>(text[i]);
+        bool const isOuterBlank = c == ' ' && (i == 0 || i + 1 == text.size());
+        if (c < ' ' || c == 0x7f || c == escape || isOuterBlank) {
+            result += fmt::format("{}{:02x}", escape, c);
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+std::string decoded(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned char c = 0;
+        auto const* const digits = text.data() + i + 1;
+        if (text[i] == escape && i + 2 < text.size() &&
+            std::from_chars(digits, digits + 2, c, 16).ptr == digits + 2) {
+            result += static_cast<char>(c);
+            i += 2;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+std::optional<SourceSums> parsedSums(std::string const& text) {
+    SourceSums sums;
+    auto const* const end = text.data() + text.size();
+    auto const first = std::from_chars(text.data(), end, sums.first, 16);
+    if (first.ec != std::errc() || first.ptr == end || *first.ptr != '-') {
+        return std::nullopt;
+    }
+    auto const all = std::from_chars(first.ptr + 1, end, sums.all, 16);
+    return all.ec == std::errc() && all.ptr == end ? std::optional(sums) : std::nullopt;
 }
 
 } // namespace
@@ -73,9 +119,17 @@ Message makeMessage(std::string const& subject, std::string_view data, SourcePla
     }
     Message message(made);
     setHeader(made, encodingHeader, zstdEncoding);
-    setHeader(made, sourceHeader, place.source);
+    setHeader(made, sourceHeader, place.sums ? encoded(place.source) : place.source);
     setHeader(made, lineHeader, std::to_string(place.line));
+    if (place.sums) {
+        setHeader(made, sumsHeader, fmt::format("{:x}-{:x}", place.sums->first, place.sums->all));
+    }
     return message;
+}
+
+std::size_t mostHeaderBytes(SourcePlace const& place) {
+    constexpr std::size_t others = 400;
+    return others + encoded(place.source).size();
 }
 
 std::string header(natsMsg* message, char const* name) {
@@ -99,7 +153,10 @@ std::string encodingOf(natsMsg* message) {
 
 SourcePlace placeOf(natsMsg* message) {
     SourcePlace place;
-    place.source = header(message, sourceHeader);
+    place.sums = parsedSums(header(message, sumsHeader));
+    // Sources weren't encoded before there were sums.
+    auto const source = header(message, sourceHeader);
+    place.source = place.sums ? decoded(source) : source;
     long line = 0;
     if (BAS::String(header(message, lineHeader)).toNum(line) && line > 0) {
         place.line = static_cast<std::uint64_t>(line);

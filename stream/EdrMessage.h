@@ -5,6 +5,7 @@
 #include "Connection.h"
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -21,10 +22,20 @@ public:
     using runtime_error::runtime_error;
 };
 
+// CRC-32 of lines with their ends.
+struct SourceSums {
+    std::uint32_t first = 0; // of the first one
+    std::uint32_t all = 0;
+
+    bool operator==(SourceSums const&) const = default;
+};
+
 // The source of lines, and which of its lines was the last in a message.
 struct SourcePlace {
     std::string source;
     std::uint64_t line = 0;
+    // Of the source up to that line; nothing in messages from before there were any.
+    std::optional<SourceSums> sums = {};
 
     bool operator==(SourcePlace const&) const = default;
 };
@@ -37,6 +48,8 @@ void decode(std::string_view encoding, std::string_view data, std::size_t room, 
 
 // A message for the subject with compressed lines. Throws std::bad_alloc.
 Message makeMessage(std::string const& subject, std::string_view data, SourcePlace const& place);
+// More than its headers take, with those of the library.
+std::size_t mostHeaderBytes(SourcePlace const& place);
 
 // The exact header, or an empty text.
 std::string header(natsMsg* message, char const* name);

@@ -2,9 +2,12 @@
 
 #include "StreamNames.h"
 #include "StreamShape.h"
+#include "base/MessageCatalogue.h"
 
-#include <chrono>
+#include <fmt/format.h>
+
 #include <thread>
+#include <utility>
 
 namespace stream {
 
@@ -12,38 +15,56 @@ namespace {
 
 constexpr std::size_t window = 64;              // messages on their way
 constexpr std::int64_t acknowledgeTime = 3'000; // milliseconds
+constexpr std::int64_t answerTime = 2'000;      // milliseconds; so long stop isn't looked at
+constexpr std::int64_t reportInterval = 100;    // milliseconds
 constexpr auto pollInterval = std::chrono::microseconds(100);
 constexpr auto retryInterval = std::chrono::milliseconds(200);
 // So long a stream without a leader is waited for at the start.
 constexpr auto startTime = std::chrono::seconds(30);
+// Servers that are waited for longer are reported.
+constexpr auto quietTime = std::chrono::seconds(2);
 // For so long after an election a server may tell of an older state of a stream.
 constexpr auto staleTime = std::chrono::seconds(10);
+// Servers that have refused a message, and take none for so long, go on doing so.
+constexpr auto refusedTime = std::chrono::seconds(10);
+
+// What servers also say when they elect, or against messages that were to come after a refused one.
+bool isPassing(jsErrCode code) {
+    return code == 0 || code == JSStreamWrongLastSequenceErr || code == JSClusterNotLeaderErr ||
+           code == JSClusterNotAvailErr;
+}
 
 } // namespace
 
 PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfiguration const& stream,
-                                 std::uint64_t partition, host::Notification const& stop)
-    : connectionM(connection), stopM(stop), pipelineM(stream.name),
+                                 std::uint64_t partition, GracePeriod& stop, BAS::LogSink& log)
+    : connectionM(connection), stopM(stop), logM(log), pipelineM(stream.name),
       streamM(streamName(stream.name, partition)), subjectM(subject(stream.name, partition)) {
-    auto const giveUp = std::chrono::steady_clock::now() + startTime;
-    StreamInfo info;
+    auto const giveUp = Clock::now() + startTime;
     for (bool isKnown = false; !isKnown;) {
         try {
-            info = connection.streamInfo(streamM);
+            findLast(stream);
             isKnown = true;
         } catch (NoServer const&) {
-            if (std::chrono::steady_clock::now() > giveUp || stop.isSet()) {
+            if (stopM.isStopping()) {
+                throw PublishingStopped();
+            }
+            if (Clock::now() > giveUp) {
                 throw;
             }
             std::this_thread::sleep_for(retryInterval);
         }
     }
+}
+
+void PartitionWriter::findLast(host::StreamConfiguration const& stream) {
+    auto const info = connectionM.streamInfo(streamM, answerTime);
     if (info == nullptr) {
         throw failure(pipelineM, "publishing to " + streamM,
                       "there is no such stream; 'pipeline-host stream create' makes it");
     }
     requirePartitionCount(stream, *info);
-    sentM = acknowledgedM = acknowledgementM = info->State.LastSeq;
+    sentM = acknowledgedM = acknowledgedAtFailureM = acknowledgementM = info->State.LastSeq;
     if (sentM > 0) {
         lastM = placeOfMessage(sentM);
     }
@@ -53,8 +74,11 @@ PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfigurati
 std::optional<SourcePlace> PartitionWriter::placeOfMessage(std::uint64_t sequence) const {
     natsMsg* found = nullptr;
     jsErrCode code = {};
+    jsOptions options;
+    jsOptions_Init(&options);
+    options.Wait = answerTime;
     auto const status =
-        js_GetMsg(&found, connectionM.jetStream(), streamM.c_str(), sequence, nullptr, &code);
+        js_GetMsg(&found, connectionM.jetStream(), streamM.c_str(), sequence, &options, &code);
     Message const message(found);
     if (status == NATS_NOT_FOUND) {
         return std::nullopt;
@@ -76,18 +100,81 @@ void PartitionWriter::acknowledge(std::uint64_t sequence) noexcept {
     }
 }
 
-void PartitionWriter::send(std::string_view lines, SourcePlace const& place) {
+void PartitionWriter::fail(jsPubAckErr const& error) noexcept {
+    hasFailed(error.ErrText, !isPassing(error.ErrCode));
+}
+
+void PartitionWriter::hasFailed(std::string reason, bool isRefusal) {
+    std::lock_guard const lock(reportMutexM);
+    if (isRefusal || !reportM.isRefusal) {
+        reportM = {std::move(reason), isRefusal};
+    }
+    hasFailedM = true;
+}
+
+// Of a failure that has gained nothing, although a server tells of the stream. When none leads it,
+// because too few are there, they say nothing against a message, and are waited for.
+void PartitionWriter::bearTrouble() {
+    auto const now = Clock::now();
+    auto& [report, begin, isReported] = troubleM;
+    begin = begin.value_or(now);
+    if (report.isRefusal && now - *begin > refusedTime) {
+        throw failure(pipelineM, "publishing to " + streamM,
+                      "the servers go on refusing it: " + report.reason);
+    }
+    if (now - *begin > quietTime && !std::exchange(isReported, true)) {
+        warn(report.reason);
+    }
+}
+
+void PartitionWriter::warn(std::string const& reason) {
+    logM.write(
+        host::makeStatus(BAS::Status::warning, {}, "ERR_STREAM_AWAITED", {pipelineM, reason}));
+}
+
+void PartitionWriter::send(SourceLines const& lines) {
+    sendPart(lines, 0, lines.size());
+}
+
+void PartitionWriter::sendPart(SourceLines const& all, std::size_t begin, std::size_t end) {
+    Sent sent = {compressed(all.text(begin, end)), all.place(end - 1), end - begin};
+    if (sent.lines > 1 && !hasRoom(sent)) {
+        auto const middle = begin + sent.lines / 2;
+        sendPart(all, begin, middle);
+        sendPart(all, middle, end);
+        return;
+    }
+    requireRoom(sent);
     waitFor(window - 1);
-    onTheWayM.push_back({compressed(lines), place});
+    onTheWayM.push_back(std::move(sent));
     transmit(onTheWayM.back());
-    ++messagesM;
 }
 
 void PartitionWriter::finish() {
     waitFor(0);
 }
 
+bool PartitionWriter::hasRoom(Sent const& sent) const noexcept {
+    auto const most = natsConnection_GetMaxPayload(connectionM.get());
+    return sent.data.size() + mostHeaderBytes(sent.place) <= static_cast<std::size_t>(most);
+}
+
+// A server would close the connection, without end.
+void PartitionWriter::requireRoom(Sent const& sent) const {
+    if (!hasRoom(sent)) {
+        throw failure(
+            pipelineM, "publishing to " + streamM,
+            fmt::format("{}line {} of '{}' takes {} bytes with its headers, and the servers take "
+                        "at most {} (max_payload)",
+                        sent.lines == 1 ? "" : fmt::format("{} lines up to ", sent.lines),
+                        sent.place.line, sent.place.source,
+                        sent.data.size() + mostHeaderBytes(sent.place),
+                        natsConnection_GetMaxPayload(connectionM.get())));
+    }
+}
+
 void PartitionWriter::transmit(Sent const& sent) {
+    requireRoom(sent); // the next server may have another limit
     auto message = makeMessage(subjectM, sent.data, sent.place);
     jsPubOptions options;
     jsPubOptions_Init(&options);
@@ -95,9 +182,10 @@ void PartitionWriter::transmit(Sent const& sent) {
     options.ExpectLastSeq = sentM;
     options.ExpectNoMessage = sentM == 0; // a last sequence of 0 counts as none
     auto* raw = message.release();
-    if (js_PublishMsgAsync(connectionM.jetStream(), &raw, &options) != NATS_OK) {
+    if (auto const status = js_PublishMsgAsync(connectionM.jetStream(), &raw, &options);
+        status != NATS_OK) {
         natsMsg_Destroy(raw);
-        hasFailedM = true;
+        hasFailed(failureText(status), false);
     }
     ++sentM;
 }
@@ -105,6 +193,8 @@ void PartitionWriter::transmit(Sent const& sent) {
 void PartitionWriter::dropAcknowledged() {
     auto const acknowledged = acknowledgementM.load();
     while (acknowledgedM < acknowledged && !onTheWayM.empty()) {
+        linesM += onTheWayM.front().lines;
+        ++messagesM;
         onTheWayM.pop_front();
         ++acknowledgedM;
     }
@@ -118,39 +208,69 @@ void PartitionWriter::waitFor(std::size_t most) {
             recover();
         } else if (onTheWayM.size() <= most) {
             return;
+        } else if (stopM.isOver()) {
+            throw PublishingStopped();
         } else {
             std::this_thread::sleep_for(pollInterval);
         }
     }
 }
 
-// Waits for everything that is on its way, so that nothing of it comes after what is sent again.
 void PartitionWriter::recover() {
-    auto const giveUp = std::chrono::steady_clock::now() + staleTime;
-    for (;;) {
-        jsPubOptions options;
-        jsPubOptions_Init(&options);
-        options.MaxWait = acknowledgeTime + 2'000;
-        js_PublishAsyncComplete(connectionM.jetStream(), &options);
-        hasFailedM = false;
-        dropAcknowledged();
-        if (auto const reason = connectionM.refusal()) {
-            throw failure(pipelineM, "publishing to " + streamM, *reason);
+    waitForReports();
+    hasFailedM = false;
+    auto const failed = takeReport();
+    dropAcknowledged();
+    if (auto const reason = connectionM.refusal()) {
+        throw failure(pipelineM, "publishing to " + streamM, *reason);
+    }
+    auto const giveUp = Clock::now() + staleTime;
+    while (!goOnFromStream()) {
+        if (stopM.isStopping()) {
+            throw PublishingStopped();
         }
-        if (goOnFromStream()) {
-            return;
-        }
-        if (std::chrono::steady_clock::now() > giveUp) {
+        if (Clock::now() > giveUp) {
             throw AcknowledgedLost();
         }
         std::this_thread::sleep_for(retryInterval);
     }
+    bool const hasGained = std::exchange(acknowledgedAtFailureM, acknowledgedM) < acknowledgedM;
+    if (hasGained) {
+        troubleM = {};
+    }
+    if (failed.isRefusal || !troubleM.report.isRefusal) {
+        troubleM.report = failed;
+    }
+    if (!hasGained) {
+        bearTrouble();
+        std::this_thread::sleep_for(retryInterval);
+    }
+}
+
+PartitionWriter::Report PartitionWriter::takeReport() {
+    std::lock_guard const lock(reportMutexM);
+    return std::exchange(reportM, {});
+}
+
+// For everything that is on its way, so that nothing of it comes after what is sent again.
+void PartitionWriter::waitForReports() {
+    jsPubOptions options;
+    jsPubOptions_Init(&options);
+    options.MaxWait = reportInterval;
+    auto const giveUp = Clock::now() + std::chrono::milliseconds(acknowledgeTime + 2'000);
+    do {
+        if (stopM.isStopping()) {
+            throw PublishingStopped();
+        }
+    } while (js_PublishAsyncComplete(connectionM.jetStream(), &options) == NATS_TIMEOUT &&
+             Clock::now() < giveUp);
 }
 
 // False when the stream has less than was acknowledged, perhaps only as told by a stale server.
 // While no server answers it goes on to ask.
 bool PartitionWriter::goOnFromStream() {
-    for (;;) {
+    auto const begin = Clock::now();
+    for (bool isReported = false;;) {
         try {
             auto const last = lastInStream();
             if (last < acknowledgedM) {
@@ -159,10 +279,14 @@ bool PartitionWriter::goOnFromStream() {
             requireOwn(last);
             acknowledgementM = sentM = last;
             break;
-        } catch (NoServer const&) {
+        } catch (NoServer const& reason) {
             connectionM.requireOpen();
-            if (stopM.isSet()) {
-                throw;
+            if (stopM.isStopping()) {
+                throw PublishingStopped();
+            }
+            troubleM = {};
+            if (Clock::now() > begin + quietTime && !std::exchange(isReported, true)) {
+                warn(host::messageText(reason));
             }
             std::this_thread::sleep_for(retryInterval);
         }
@@ -175,7 +299,7 @@ bool PartitionWriter::goOnFromStream() {
 }
 
 std::uint64_t PartitionWriter::lastInStream() const {
-    auto const info = connectionM.streamInfo(streamM);
+    auto const info = connectionM.streamInfo(streamM, answerTime);
     if (info == nullptr) {
         throw AcknowledgedLost();
     }

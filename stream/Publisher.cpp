@@ -2,11 +2,13 @@
 
 #include "PartitionWriter.h"
 #include "PublishedSource.h"
+#include "Resumption.h"
+#include "SourceLines.h"
 #include "StreamNames.h"
 #include "base/EscapedText.h"
+#include "base/LogFile.h"
 #include "base/MessageCatalogue.h"
 #include "base/Terminal.h"
-#include "input/InputStateFile.h"
 #include "input/LineReader.h"
 
 #include <fmt/format.h>
@@ -25,6 +27,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto mostDelay = std::chrono::milliseconds(200);
 constexpr auto drawInterval = std::chrono::milliseconds(500);
+// For what is on its way when stop is set.
+constexpr auto stopTime = std::chrono::seconds(1);
 
 // Of lines, published ones, those that were before, and rejected ones; of messages; seconds; lines
 // a second.
@@ -35,59 +39,53 @@ constexpr char const* jsonSummary =
     R"("Messages": {}, "Seconds": {:.3f}, "LinesPerSecond": {:.0f}}})"
     "\n";
 
-// What tells a file from another one, also when that is called so tomorrow.
-std::string sourceName(std::filesystem::path const& file) {
-    if (file == "-") {
-        return fmt::format("standard input {}",
-                           std::chrono::system_clock::now().time_since_epoch().count());
-    }
-    auto const identity = host::FileIdentity::of(file).value_or(host::FileIdentity{});
-    return fmt::format("{} {} {} {}", host::printable(file.filename().string()), identity.inode,
-                       identity.size, identity.modified);
-}
-
 class Publisher {
 public:
     Publisher(host::PipelineConfiguration const& pipeline, host::StreamSource const& source,
               host::OutputForm form, host::Notification const& stop)
-        : pipelineM(pipeline), streamM(*pipeline.stream), sourceM(source), formM(form), stopM(stop),
-          keysM(source.keys), connectionM(streamM, {&onAcknowledgement, this}) {
-        for (auto const& file : source.files) {
-            namesM.push_back(source.name.value_or(sourceName(file)));
-        }
-    }
+        : pipelineM(pipeline), streamM(*pipeline.stream), sourceM(source), formM(form),
+          stopM(stop, stopTime), keysM(source.keys),
+          resumptionM(streamM.name, source, longestLine(), stop, logM),
+          connectionM(streamM, {&onAcknowledgement, this}) {}
     ~Publisher() { connectionM.close(); }
     Publisher(Publisher const&) = delete;
     Publisher& operator=(Publisher const&) = delete;
 
     host::ExitCode publish() {
-        openPartitions();
-        for (fileM = 0; fileM < sourceM.files.size() && !stopM.isSet(); ++fileM) {
-            publishFile();
+        try {
+            openPartitions();
+            publishAll();
+        } catch (PublishingStopped const&) {
+            isCompleteM = false;
+        } catch (AcknowledgedLost const&) {
+            if (std::all_of(sourceM.files.begin(), sourceM.files.end(), &canBeReadAgain)) {
+                throw;
+            }
+            summarize();
+            throw failure(streamM.name, "publishing what can be read only once",
+                          "the stream lost messages that it had acknowledged");
+        } catch (BAS::Status const&) {
+            if (linesM > 0) {
+                summarize();
+            }
+            throw;
         }
-        for (auto& partition : partitionsM) {
-            flush(partition);
-        }
-        for (auto& partition : partitionsM) {
-            partition.writer.finish();
-        }
-        return summarize();
+        summarize();
+        return !std::cout       ? host::inputOrOutputFailed
+               : !isCompleteM   ? host::interrupted
+               : rejectedM == 0 ? host::done
+                                : host::doneWithFaults;
     }
 
 private:
     struct Partition {
         Partition(Connection& connection, host::StreamConfiguration const& stream,
-                  std::uint64_t number, host::Notification const& stop)
-            : writer(connection, stream, number, stop) {}
+                  std::uint64_t number, GracePeriod& stop, BAS::LogSink& log)
+            : writer(connection, stream, number, stop, log) {}
 
         PartitionWriter writer;
-        // Up to there it has everything: of files before that one all lines.
-        std::size_t doneFile = 0;
-        std::uint64_t doneLine = 0;
-        // Of the next message:
-        std::string text;
-        std::size_t lines = 0;
-        SourcePlace end;
+        ResumePoint done;
+        SourceLines next; // message
         Clock::time_point begin;
     };
 
@@ -104,7 +102,7 @@ private:
         }
         auto& writer = partitions[static_cast<std::size_t>(number)].writer;
         if (error != nullptr) {
-            writer.fail();
+            writer.fail(*error);
         } else {
             writer.acknowledge(acknowledgement->Sequence);
         }
@@ -112,36 +110,52 @@ private:
 
     void openPartitions() {
         std::string gone;
+        std::vector<std::optional<SourcePlace>> lasts;
         for (std::uint64_t number = 0; number < streamM.partitionCount; ++number) {
-            auto& partition = partitionsM.emplace_back(connectionM, streamM, number, stopM);
-            if (partition.writer.hasLastGone() && sourceM.from == 0) {
+            auto const& writer =
+                partitionsM.emplace_back(connectionM, streamM, number, stopM, logM).writer;
+            lasts.push_back(writer.last());
+            if (writer.hasLastGone() && sourceM.from == 0) {
                 gone += (gone.empty() ? "" : ", ") + streamName(streamM.name, number);
             }
-            findDone(partition);
         }
         if (!gone.empty()) {
             throw failure(streamM.name, "finding the last published line",
                           "the last message of " + gone +
                               " is gone; --from LINE says where to go on");
         }
-    }
-
-    void findDone(Partition& partition) const {
-        partition.doneLine = sourceM.from == 0 ? 0 : sourceM.from - 1;
-        auto const& last = partition.writer.last();
-        for (std::size_t file = 0; file < namesM.size(); ++file) {
-            if (last && namesM[file] == last->source) {
-                partition.doneFile = file;
-                partition.doneLine = last->line;
-            }
+        auto const points = resumptionM.find(lasts);
+        for (std::size_t number = 0; number < points.size(); ++number) {
+            partitionsM[number].done = points[number];
         }
     }
 
-    void publishFile() {
-        host::InputFile file(sourceM.files[fileM], std::nullopt, {&stopM, nullptr});
-        host::LineReader lines(file, pipelineM.maxLineLength, KeyFields::padding);
+    void publishAll() {
+        for (fileM = 0; fileM < sourceM.files.size() && isCompleteM; ++fileM) {
+            isCompleteM = publishFile();
+        }
+        for (auto& partition : partitionsM) {
+            flush(partition);
+        }
+        for (auto& partition : partitionsM) {
+            partition.writer.finish();
+        }
+    }
+
+    // False when stop was set before its end.
+    bool publishFile() {
+        host::InputFile file(sourceM.files[fileM], std::nullopt, {&stopM.stop(), nullptr});
+        host::LineReader lines(file, longestLine(), KeyFields::padding);
+        sumsM = {};
+        notePassed();
         try {
-            while (!stopM.isSet() && lines.nextLine()) {
+            while (!stopM.isStopping()) {
+                if (!lines.nextLine()) {
+                    requireExpected(lines.number(), true);
+                    return true;
+                }
+                sumsM.add(lines);
+                requireExpected(lines.number(), false);
                 take(lines);
                 if (!lines.hasLine()) {
                     flushOverdue(file.hasBytes() ? Clock::now() - mostDelay : Clock::now());
@@ -149,8 +163,33 @@ private:
                 }
             }
         } catch (host::InputStopped const&) {
-            return; // the next run goes on there
+            return false;
         }
+        return false;
+    }
+
+    // A source that can't be read twice is compared while it is read.
+    void requireExpected(std::uint64_t number, bool isAtEnd) const {
+        auto const& expected = resumptionM.expected();
+        if (expected && (isAtEnd ? number < expected->line
+                                 : number == expected->line && sumsM.sums() != expected->sums)) {
+            throw resumptionM.isAnother(*expected);
+        }
+    }
+
+    void notePassed() {
+        auto const isPassed = [this](auto const& partition) { return partition.done.file > fileM; };
+        if (std::all_of(partitionsM.begin(), partitionsM.end(), isPassed)) {
+            auto const& done = partitionsM.front().done;
+            logM.write(host::makeStatus(
+                BAS::Status::notice, {}, "MSG_SOURCE_PASSED",
+                {sourceM.files[fileM].string(), sourceM.files[done.file].string()}));
+        }
+    }
+
+    // No host takes more than that.
+    std::size_t longestLine() const {
+        return std::min(pipelineM.maxLineLength, mostDecodedBytes - 1);
     }
 
     void take(host::LineReader const& lines) {
@@ -159,36 +198,36 @@ private:
             ++rejectedM;
             std::cerr << host::printable(fmt::format(
                              "{}:{}: the line is longer than {} bytes and isn't published",
-                             sourceM.files[fileM].string(), lines.number(),
-                             pipelineM.maxLineLength))
+                             sourceM.files[fileM].string(), lines.number(), longestLine()))
                       << std::endl;
             return;
         }
         auto const line = lines.line();
         auto& partition = partitionsM[keysM.partitionOf(line, partitionsM.size())];
-        if (fileM < partition.doneFile ||
-            (fileM == partition.doneFile && lines.number() <= partition.doneLine)) {
+        auto const& done = partition.done;
+        if (fileM < done.file || (fileM == done.file && lines.number() <= done.line)) {
             ++skippedM;
             return;
         }
-        if (partition.lines > 0 && partition.text.size() + line.size() + 1 > mostBytes) {
+        auto& next = partition.next;
+        auto const& name = resumptionM.names()[fileM];
+        if (next.bytes() + line.size() + 1 > mostBytes || next.source() != name) {
             flush(partition);
         }
-        if (partition.lines == 0) {
+        if (next.isEmpty()) {
+            next.begin(name);
             partition.begin = Clock::now();
         }
-        partition.text.append(line) += '\n';
-        partition.end = {namesM[fileM], lines.number()};
-        if (++partition.lines == mostLines) {
+        next.add(line, lines.number(), sumsM.sums());
+        if (next.size() == mostLines) {
             flush(partition);
         }
     }
 
-    void flush(Partition& partition) {
-        if (partition.lines > 0) {
-            partition.writer.send(partition.text, partition.end);
-            partition.text.clear();
-            partition.lines = 0;
+    static void flush(Partition& partition) {
+        if (!partition.next.isEmpty()) {
+            partition.writer.send(partition.next);
+            partition.next.clear();
         }
     }
 
@@ -208,13 +247,15 @@ private:
         }
     }
 
-    host::ExitCode summarize() const {
+    // What is known to be in the stream counts as published.
+    void summarize() const {
+        std::uint64_t published = 0;
         std::uint64_t messages = 0;
         for (auto const& partition : partitionsM) {
+            published += partition.writer.lines();
             messages += partition.writer.messages();
         }
         auto const seconds = std::chrono::duration<double>(Clock::now() - beginM).count();
-        auto const published = linesM - skippedM - rejectedM;
         auto const perSecond = seconds > 0 ? static_cast<double>(published) / seconds : 0.0;
         if (host::canEraseTerminalLine()) {
             std::cerr << host::eraseTerminalLine;
@@ -223,31 +264,27 @@ private:
                          fmt::runtime(formM == host::OutputForm::json ? jsonSummary : textSummary),
                          linesM, published, skippedM, rejectedM, messages, seconds, perSecond)
                   << std::flush;
-        return !std::cout       ? host::inputOrOutputFailed
-               : rejectedM == 0 ? host::done
-                                : host::doneWithFaults;
     }
 
     host::PipelineConfiguration const& pipelineM;
     host::StreamConfiguration const& streamM;
     host::StreamSource const& sourceM;
     host::OutputForm formM;
-    host::Notification const& stopM;
+    GracePeriod stopM;
+    host::LogFile logM{BAS::Status::info}; // standard error
     KeyFields keysM;
-    std::vector<std::string> namesM; // of the files, in the stream
+    Resumption resumptionM;
     std::deque<Partition> partitionsM;
     Connection connectionM;
     std::size_t fileM = 0;
+    LineSums sumsM;          // of that file
+    bool isCompleteM = true; // false when stop left something
     std::uint64_t linesM = 0;
     std::uint64_t skippedM = 0;
     std::uint64_t rejectedM = 0;
     Clock::time_point beginM = Clock::now();
     Clock::time_point drawM;
 };
-
-bool canBeReadAgain(host::StreamSource const& source) {
-    return std::find(source.files.begin(), source.files.end(), "-") == source.files.end();
-}
 
 } // namespace
 
@@ -258,13 +295,9 @@ host::ExitCode publishFiles(host::PipelineConfiguration const& pipeline,
         try {
             return Publisher(pipeline, source, form, stop).publish();
         } catch (AcknowledgedLost const&) {
-            if (!canBeReadAgain(source)) {
-                throw failure(pipeline.stream->name, "publishing standard input",
-                              "the stream lost messages that it had acknowledged, and they can't "
-                              "be read again");
-            }
-        } catch (std::invalid_argument const& badKey) {
-            std::cerr << host::printable(badKey.what()) << std::endl;
+            continue; // from what the stream has now
+        } catch (std::invalid_argument const& error) {
+            std::cerr << host::printable(error.what()) << std::endl;
             return host::usageWrong;
         }
     }

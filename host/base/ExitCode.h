@@ -32,13 +32,15 @@ inline constexpr std::array exitCodeMeanings = {
     ExitCodeMeaning{startFailed,
                     "the start failed, or a check found a problem; every problem is on\n"
                     "standard error"},
-    ExitCodeMeaning{inputOrOutputFailed,
-                    "an input of Files, a reject file, a result, a state, a log, a generated file\n"
-                    "or standard output failed, or a command was still at work\n"
-                    "Commands.StopTimeout after a signal"},
+    ExitCodeMeaning{
+        inputOrOutputFailed,
+        "an input of Files, a reject file, a result, a state, a log, a generated file,\n"
+        "a stream or standard output failed, or a command was still at work\n"
+        "Commands.StopTimeout after a signal"},
     ExitCodeMeaning{noAnswer, "no host answered the command of send in time, or status found none"},
-    ExitCodeMeaning{interrupted, "a second signal ended the run at once, or a signal ended the\n"
-                                 "waiting of send"},
+    ExitCodeMeaning{interrupted,
+                    "a second signal ended the program at once, or a signal ended the\n"
+                    "waiting of send, or publish before everything was published"},
 };
 
 } // namespace host

@@ -116,6 +116,14 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
      "%1: the servers lost the messages %2 to %3, which they had acknowledged and which were "
      "processed. Reading goes on at sequence %2; what is published there again is processed "
      "again."},
+    {"MSG_SOURCE_CONTINUED", "'%1' has changed since lines of it were published as '%2', but not "
+                             "in those lines: it goes on after them."},
+    {"MSG_SOURCE_ANEW",
+     "'%1' has other lines than those that were published last as '%2': it counts as another file, "
+     "and is published from its first line on."},
+    {"MSG_SOURCE_PASSED",
+     "'%1' counts as published, because lines of '%2', which comes after it, are the last ones in "
+     "the stream."},
     {"MSG_STREAM_STARTED", "Reading '%1' from sequence %2 on, after %3 lines of it."},
     {"MSG_PARTITION_TAKEN", "This host owns the partition '%1' now."},
     {"MSG_PARTITION_AWAITED", "The partition '%1' is waited for: '%2' owns it."},

@@ -2,6 +2,7 @@
 #include "EdrMessage.h"
 
 #include "PublishedSource.h"
+#include "SourceFile.h"
 #include "StreamPlaces.h"
 #include "support/TemporaryDirectory.h"
 
@@ -65,6 +66,55 @@ TEST(EdrMessage, ReadsHeadersExactly) {
     EXPECT_EQ(stream::placeOf(own.get()).source, "day 1");
     EXPECT_EQ(stream::placeOf(own.get()).line, 42U);
     EXPECT_EQ(stream::encodingOf(own.get()), "zstd");
+
+    char const* const sources[] = {"day.jsonl 1 2 3",
+                                   " outer ",
+                                   "  ",
+                                   "line\r\nEdr-Line: 7",
+                                   "\t",
+                                   "\x01\x7f",
+                                   "100%",
+                                   "%0a%",
+                                   "%2",
+                                   "ü",
+                                   "a b"};
+    for (auto const* const source : sources) {
+        stream::SourcePlace const place = {source, 42, stream::SourceSums{0, 0xfedcba98}};
+        auto const message = stream::makeMessage("edr.P.0", "data", place);
+        EXPECT_EQ(stream::placeOf(message.get()), place) << source;
+        auto const sent = stream::header(message.get(), "Edr-Source");
+        EXPECT_EQ(sent.find_first_of("\r\n\t\x01\x7f"), std::string::npos) << sent;
+        EXPECT_FALSE(sent.starts_with(' ') || sent.ends_with(' ')) << sent;
+        EXPECT_LE(sent.size(), stream::mostHeaderBytes(place));
+    }
+    // As they were written when there were no sums.
+    auto const plain = stream::makeMessage("edr.P.0", "data", {"100%25.jsonl 1 2 3", 42});
+    EXPECT_EQ(stream::placeOf(plain.get()).source, "100%25.jsonl 1 2 3");
+    for (auto const* const sums : {"", "1", "1-", "-1", "1-x", "1-2-3", "123456789-1"}) {
+        natsMsgHeader_Set(plain.get(), "Edr-Sums", sums);
+        EXPECT_EQ(stream::placeOf(plain.get()).sums, std::nullopt) << sums;
+    }
+}
+
+TEST(SourceFile, TellsFilesApart) {
+    using stream::Likeness;
+    struct {
+        char const* one;
+        char const* other;
+        Likeness likeness;
+    } const cases[] = {
+        {"day.jsonl 1 2 3", "day.jsonl 1 5 6", Likeness::sameInode},
+        {"day.jsonl 1 2 3", "day.jsonl 4 2 3", Likeness::sameName},
+        {"day 1 2 3", "day.jsonl 1 2 3", Likeness::none},
+        {"a day 1 2 3", "day 1 2 3", Likeness::none},
+        {"a 7 day 1 2 3", "a 7 day 1 5 3", Likeness::sameInode},
+        {"day", "day", Likeness::none},
+        {"day 1 2 x", "day 1 2 x", Likeness::none},
+        {"standard input 17", "standard input 17", Likeness::none},
+    };
+    for (auto const& each : cases) {
+        EXPECT_EQ(stream::likenessOf(each.one, each.other), each.likeness) << each.one;
+    }
 }
 
 TEST(StreamPlaces, StayAndRefuseDamage) {
@@ -121,6 +171,7 @@ TEST(KeyFields, DecideByTheFieldOfTheService) {
     EXPECT_EQ(stream::hashOf("foobar"), 0x85944171f73967e8U);
     EXPECT_THROW(stream::KeyFields({"A", "B"}), std::invalid_argument);
     EXPECT_THROW(stream::KeyFields({"GPRS="}), std::invalid_argument);
+    EXPECT_THROW(stream::KeyFields({"=A"}), std::invalid_argument);
 }
 
 } // namespace

@@ -220,6 +220,15 @@ def recorded(name):
             for line in read(name).splitlines()]
 
 
+def random_edrs(name, first, count, size):
+    """Numbered EDRs that can't be compressed to less than half."""
+    with open(path(name), 'w') as file:
+        for number in range(first, first + count):
+            file.write(f'{{"KEY":"k{number % 7}","NUMBER":"{number}",'
+                       f'"TEXT":"{os.urandom(size // 2).hex()}"}}\n')
+    return name
+
+
 # Servers
 
 def start_server(number):
@@ -258,12 +267,16 @@ def wait_until_healthy(*numbers):
              lambda: f'servers are not healthy:\n{server_log(numbers[0])[-3000:]}')
 
 
-def reconfigure(text):
-    """Starts all servers again with the text after their configuration."""
+def reconfigure(text='', replaced=()):
+    """Starts all servers again with texts of their configuration replaced, and the text after it."""
     for number in (1, 2, 3):
         kill_server(number)
-        with open(f'{directory}/{number}.conf', 'a') as file:
-            file.write(text)
+        with open(f'{directory}/{number}.conf') as file:
+            configuration = file.read()
+        for before, after in replaced:
+            configuration = configuration.replace(before, after)
+        with open(f'{directory}/{number}.conf', 'w') as file:
+            file.write(configuration + text)
     for number in (1, 2, 3):
         start_server(number)
     wait_until_healthy(1, 2, 3)
