@@ -35,7 +35,7 @@ KeyFields::KeyFields(std::vector<std::string> const& keys) {
         auto const separator = key.find('=');
         auto const service = separator == std::string::npos ? "" : key.substr(0, separator);
         auto const field = separator == std::string::npos ? key : key.substr(separator + 1);
-        if (field.empty() || !fieldsM.emplace(service, field).second) {
+        if (field.empty() || separator == 0 || !fieldsM.emplace(service, field).second) {
             throw std::invalid_argument("'" + key +
                                         "' is no key: expected [SERVICE=]FIELD, each service once");
         }

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <iostream>
+#include <limits>
 
 namespace host {
 
@@ -241,6 +242,23 @@ void requireSharable(CommandLine const& commandLine) {
     }
 }
 
+// Goes with each message.
+constexpr std::size_t longestSourceName = 1000;
+
+void requireSourceName(StreamSource const& source) {
+    if (!source.name) {
+        return;
+    }
+    if (source.files.size() > 1) {
+        throw CLI::ValidationError("--source", "expected with one FILE; the lines of another one "
+                                               "would count as published under the same name");
+    }
+    if (source.name->empty() || source.name->size() > longestSourceName) {
+        throw CLI::ValidationError(
+            "--source", fmt::format("expected a name of 1 to {} bytes", longestSourceName));
+    }
+}
+
 // Standard output can't hold both.
 void requireOneOutput(CommandLine const& commandLine) {
     auto const& atEnd = commandLine.atEnd;
@@ -298,11 +316,14 @@ void addPublish(CLI::App& app, Texts& texts, CommandLine& commandLine) {
         ->allow_extra_args(false);
     publish
         .add_option("--source", source.name,
-                    "What the lines are remembered by, instead of the file's name and identity")
+                    "What the lines of the one FILE are remembered by, instead of its name and "
+                    "identity")
         ->type_name("NAME");
     publish.add_flag("--json", commandLine.isJson, "The summary as one line of JSON");
     publish.add_option("--from", source.from, "The first line that is sent where none is known")
-        ->type_name("LINE");
+        ->type_name("LINE")
+        ->check(CLI::Range(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max())
+                    .description(""));
 }
 
 void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
@@ -327,6 +348,7 @@ void take(Texts const& texts, CLI::App const& app, CommandLine& commandLine) {
         commandLine.sent = parsed("the command", std::span<std::string const>(words));
         requireSharable(commandLine);
     }
+    requireSourceName(commandLine.streamSource);
     requireOneOutput(commandLine);
 }
 
