@@ -1,9 +1,10 @@
 #include "input/EdrLineParser.h"
 
-#include "input/JsonNumber.h"
 #include "input/ParsedEdrs.h"
-#include "input/PlainEdrLine.h"
+#include "registry/EdrDescriptionFile.h"
 
+#include <algorithm>
+#include <array>
 #include <new>
 
 namespace host {
@@ -13,6 +14,18 @@ namespace {
 using simdjson::ondemand::json_type;
 
 constexpr int maxDepthOfIgnored = 64;
+// How many members of the expected order may be missing before the next one is looked up.
+constexpr int maxMissing = 4;
+
+struct RecordKindName {
+    std::string_view name;
+    EDR::RecordKind kind;
+};
+constexpr std::array recordKinds = {
+    RecordKindName{"HEADER", EDR::headerRecord},
+    RecordKindName{"TRAILER", EDR::trailerRecord},
+    RecordKindName{"DETAIL", EDR::detailRecord},
+};
 
 std::string_view typeName(json_type type) {
     switch (type) {
@@ -32,11 +45,49 @@ std::string_view typeName(json_type type) {
     return "null";
 }
 
-// The parser only checks numbers that it converts, and here the text is used.
+std::string lastPart(BAS::String const& path) {
+    return std::string(path.view().substr(path.view().rfind('.') + 1));
+}
+
+std::string_view takeDigits(std::string_view& text) {
+    auto const end =
+        std::find_if(text.begin(), text.end(), [](char c) { return c < '0' || c > '9'; });
+    auto const digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(digits.size());
+    return digits;
+}
+
+bool takeAnyOf(std::string_view& text, std::string_view characters) {
+    if (text.empty() || characters.find(text.front()) == std::string_view::npos) {
+        return false;
+    }
+    text.remove_prefix(1);
+    return true;
+}
+
+// The JSON parser only checks numbers that it converts, and here the text is used.
+bool isNumber(std::string_view text) {
+    takeAnyOf(text, "-");
+    auto const whole = takeDigits(text);
+    if (whole.empty() || (whole.size() > 1 && whole.front() == '0')) {
+        return false;
+    }
+    if (takeAnyOf(text, ".") && takeDigits(text).empty()) {
+        return false;
+    }
+    if (takeAnyOf(text, "eE")) {
+        takeAnyOf(text, "+-");
+        if (takeDigits(text).empty()) {
+            return false;
+        }
+    }
+    return text.empty();
+}
+
 std::string_view numberText(simdjson::ondemand::value& value) {
     std::string_view token = value.raw_json_token();
     token = token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
-    if (token.empty() || jsonNumberLength(token) != token.size()) {
+    if (!isNumber(token)) {
         throw simdjson::simdjson_error(simdjson::NUMBER_ERROR);
     }
     return token;
@@ -91,19 +142,30 @@ std::string withoutFullStop(std::string text) {
 } // namespace
 
 EdrLineParser::EdrLineParser(EDR::Description const& description)
-    : descriptionM(description), membersM(description) {
+    : descriptionM(description), layoutsM(description.blockKinds().size()) {
+    for (std::uint32_t kind = 0; kind < layoutsM.size(); ++kind) {
+        auto const& described = description.blockKinds()[kind];
+        auto& members = layoutsM[kind].members;
+        for (std::uint32_t field = 0; field < described.fields.size(); ++field) {
+            members[lastPart(described.fields[field].path)].field = EDR::Index(kind, field);
+        }
+        for (auto const child : described.children) {
+            members[lastPart(description.blockKinds()[child].path)].block = EDR::BlockIndex(child);
+        }
+    }
+    layoutsM[EDR::Description::root().blockKind()].members[recordMember];
+    for (auto& layout : layoutsM) {
+        for (auto& [name, member] : layout.members) {
+            member.name = name;
+        }
+    }
 }
 
 void EdrLineParser::parse(std::string_view line, ParsedEdrs& edrs) {
     newUnknownFieldsM.clear();
-    edrs.begin(line);
-    if (parsePlainEdrLine(line, membersM, edrs)) {
-        return;
-    }
-    edrs.drop();
-    edrs.begin(line);
     pathM.clear();
     lineM = line;
+    hasEscapesM = line.find('\\') != std::string_view::npos;
     documentM.reset();
     try {
         parseRecord(line, edrs);
@@ -113,6 +175,7 @@ void EdrLineParser::parse(std::string_view line, ParsedEdrs& edrs) {
 }
 
 void EdrLineParser::parseRecord(std::string_view line, ParsedEdrs& edrs) {
+    edrs.begin(line);
     documentM =
         parserM
             .iterate(simdjson::padded_string_view(line.data(), line.size(), line.size() + padding))
@@ -132,38 +195,57 @@ void EdrLineParser::parseRecord(std::string_view line, ParsedEdrs& edrs) {
 
 void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t kind,
                                ParsedEdrs& edrs) {
-    auto const number = membersM.nextObject();
+    auto const objectNumber = ++objectsM;
+    auto& layout = layoutsM[kind];
+    auto* previous = &layout.beforeFirst;
     for (auto result : object) {
         auto&& entry = std::move(result).take_value();
-        std::string_view const name = entry.unescaped_key();
-        pathM.push_back({name, std::nullopt});
-        auto* const member = membersM.of(kind).find(name);
+        auto* const member = findMember(entry, layout, *previous);
         if (member == nullptr) {
-            noteUnknown(name, kind);
-            passOver(entry.value(), 1);
-        } else if (member->comesFirstIn(number)) {
-            parseMember(entry.value(), *member, edrs);
+            parseUnknown(entry.value(), kind);
         } else {
-            fail("the member is given twice");
+            requireFirst(member->seenIn, objectNumber);
+            parseMember(entry.value(), *member, edrs);
+            previous = member;
         }
         pathM.pop_back();
     }
 }
 
-void EdrLineParser::parseMember(simdjson::ondemand::value& value, EdrMember const& member,
-                                ParsedEdrs& edrs) {
-    switch (member.kind) {
-    case EdrMember::Kind::field:
+// Inline, as are the functions that it calls for a field: this runs for every member of every EDR.
+inline EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entry,
+                                                        BlockLayout& layout, Member& previous) {
+    if (!hasEscapesM) {
+        char const* const key = entry.key().raw();
+        std::string_view const rest(key, static_cast<std::size_t>(lineM.end() - key));
+        auto* expected = previous.next;
+        for (int missing = 0; expected != nullptr && missing <= maxMissing; ++missing) {
+            auto const end = expected->name.size();
+            if (end < rest.size() && rest[end] == '"' && rest.starts_with(expected->name)) {
+                pathM.push_back({expected->name, std::nullopt});
+                return expected;
+            }
+            expected = expected->next;
+        }
+    }
+    std::string_view const name = entry.unescaped_key();
+    pathM.push_back({name, std::nullopt});
+    auto const found = layout.members.find(name);
+    if (found == layout.members.end()) {
+        return nullptr;
+    }
+    previous.next = &found->second;
+    return previous.next;
+}
+
+inline void EdrLineParser::parseMember(simdjson::ondemand::value& value, Member const& member,
+                                       ParsedEdrs& edrs) {
+    if (member.field.isValid()) {
         parseField(value, member.field, edrs);
-        return;
-    case EdrMember::Kind::blocks:
+    } else if (member.block.isValid()) {
         parseBlocks(value, member.block, edrs);
-        return;
-    case EdrMember::Kind::recordKind:
+    } else {
         parseRecordKind(value, edrs);
-        return;
-    case EdrMember::Kind::unknown:
-        passOver(value, 1);
     }
 }
 
@@ -190,11 +272,11 @@ void EdrLineParser::parseBlocks(simdjson::ondemand::value& value, EDR::BlockInde
     }
 }
 
-void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
-                               ParsedEdrs& edrs) {
+inline void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
+                                      ParsedEdrs& edrs) {
     switch (auto const type = value.type().value()) {
     case json_type::string:
-        edrs.setField(field, value.get_string());
+        edrs.setField(field, text(value));
         return;
     case json_type::number:
         edrs.setField(field, numberText(value));
@@ -207,26 +289,47 @@ void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index cons
     }
 }
 
+// The text of a string, within the line if possible.
+inline std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
+    if (hasEscapesM) {
+        return value.get_string();
+    }
+    std::string_view const token = value.raw_json_token();
+    static_cast<void>(value.get_raw_json_string().value()); // moves the parser past it
+    return token.substr(1, token.rfind('"') - 1);
+}
+
 void EdrLineParser::parseRecordKind(simdjson::ondemand::value& value, ParsedEdrs& edrs) {
     std::string_view name;
     auto const at = column();
     if (value.type().value() == json_type::string) {
         name = value.get_string();
     }
-    auto const kind = recordKindNamed(name);
-    if (!kind) {
+    auto const found = std::find_if(recordKinds.begin(), recordKinds.end(),
+                                    [&](RecordKindName const& each) { return each.name == name; });
+    if (found == recordKinds.end()) {
         fail("expected \"HEADER\", \"TRAILER\" or \"DETAIL\"", at);
     }
-    edrs.setRecordKind(*kind);
+    edrs.setRecordKind(found->kind);
 }
 
-void EdrLineParser::noteUnknown(std::string_view name, std::uint32_t kind) {
-    if (unknownFieldsM < maxUnknownFields) {
+void EdrLineParser::parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind) {
+    auto const name = pathM.back().name;
+    auto& unknownNames = layoutsM[kind].unknownNames;
+    if (unknownFieldsM < maxUnknownFields && unknownNames.find(name) == unknownNames.end()) {
         ++unknownFieldsM;
-        membersM.of(kind).add(name);
+        unknownNames.emplace(name);
         newUnknownFieldsM.push_back(descriptionM.blockKinds()[kind].path.str() + "." +
                                     std::string(name));
     }
+    passOver(value, 1);
+}
+
+void EdrLineParser::requireFirst(std::uint64_t& seenIn, std::uint64_t object) {
+    if (seenIn == object) {
+        fail("the member is given twice");
+    }
+    seenIn = object;
 }
 
 // Such as "CUST_A[0].DL[1].BALANCE_GROUP_ID".

@@ -8,7 +8,6 @@
 #include "EDR/BlockIndex.h"
 #include "EDR/Description.h"
 #include "EDR/Index.h"
-#include "input/EdrMembers.h"
 
 #include <simdjson.h>
 
@@ -17,6 +16,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace host {
@@ -56,6 +57,27 @@ public:
     std::size_t unknownFields() const noexcept { return unknownFieldsM; }
 
 private:
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const noexcept {
+            return std::hash<std::string_view>{}(name);
+        }
+    };
+    // A field, a block when the field isn't valid, or else the record's kind.
+    struct Member {
+        std::string_view name;
+        EDR::Index field;
+        EDR::BlockIndex block;
+        // The object that had this member last.
+        std::uint64_t seenIn = 0;
+        // The one that came after this one in an earlier object; null when it isn't known.
+        Member* next = nullptr;
+    };
+    struct BlockLayout {
+        Member beforeFirst;
+        std::unordered_map<std::string, Member, NameHash, std::equal_to<>> members;
+        std::unordered_set<std::string, NameHash, std::equal_to<>> unknownNames;
+    };
     // A member of an object; in a block's array, with the position there.
     struct PathStep {
         std::string_view name;
@@ -64,12 +86,16 @@ private:
 
     void parseRecord(std::string_view line, ParsedEdrs& edrs);
     void parseBlock(simdjson::ondemand::object& object, std::uint32_t kind, ParsedEdrs& edrs);
-    void parseMember(simdjson::ondemand::value& value, EdrMember const& member, ParsedEdrs& edrs);
+    // Puts the member's name on the path; returns null when the description doesn't know it.
+    Member* findMember(simdjson::ondemand::field& entry, BlockLayout& layout, Member& previous);
+    void parseMember(simdjson::ondemand::value& value, Member const& member, ParsedEdrs& edrs);
     void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
                      ParsedEdrs& edrs);
     void parseField(simdjson::ondemand::value& value, EDR::Index const& field, ParsedEdrs& edrs);
+    std::string_view text(simdjson::ondemand::value& value) const;
     void parseRecordKind(simdjson::ondemand::value& value, ParsedEdrs& edrs);
-    void noteUnknown(std::string_view name, std::uint32_t kind);
+    void parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind);
+    void requireFirst(std::uint64_t& seenIn, std::uint64_t object);
     std::string path() const;
     // The column of the next value.
     std::optional<std::size_t> column();
@@ -81,8 +107,10 @@ private:
     simdjson::ondemand::parser parserM;
     // The present line; without a document as long as it doesn't look like JSON.
     std::string_view lineM;
+    bool hasEscapesM = false; // without any, names and texts are views of the line
     std::optional<simdjson::ondemand::document> documentM;
-    EdrMembers membersM;
+    std::vector<BlockLayout> layoutsM; // one for each block kind
+    std::uint64_t objectsM = 0;        // seen so far, to give each a number
     std::vector<PathStep> pathM;
     std::vector<std::string> newUnknownFieldsM;
     std::size_t unknownFieldsM = 0;

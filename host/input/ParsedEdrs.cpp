@@ -11,18 +11,11 @@ void ParsedEdrs::clear() noexcept {
 void ParsedEdrs::begin(std::string_view line) {
     edrsM.push_back({EDR::detailRecord, stepsM.size(), textM.size(), {}});
     textM.append(line);
-    lineM = line.data();
+    lineM = line;
 }
 
 void ParsedEdrs::addBlock(EDR::BlockIndex const& block) {
     stepsM.push_back({block.blockKind(), noField, 0, 0});
-}
-
-void ParsedEdrs::setField(EDR::Index const& field, std::string_view text) {
-    auto const begin = textM.size() - edrsM.back().textBegin;
-    textM.append(text);
-    stepsM.push_back({field.blockKind(), field.field(), static_cast<std::uint32_t>(begin),
-                      static_cast<std::uint32_t>(text.size())});
 }
 
 void ParsedEdrs::drop() {
@@ -33,7 +26,6 @@ void ParsedEdrs::drop() {
 
 void ParsedEdrs::fill(EDR::Container& container, std::size_t edr) const {
     container.clear(edrsM[edr].kind);
-    auto const* const text = textM.data() + edrsM[edr].textBegin;
     auto const end = edr + 1 < edrsM.size() ? edrsM[edr + 1].firstStep : stepsM.size();
     for (auto i = edrsM[edr].firstStep; i < end; ++i) {
         auto const& step = stepsM[i];
@@ -41,7 +33,7 @@ void ParsedEdrs::fill(EDR::Container& container, std::size_t edr) const {
             container.addBlock(EDR::BlockIndex(step.blockKind));
         } else {
             container.setField(EDR::Index(step.blockKind, step.field),
-                               {text + step.textBegin, step.textSize});
+                               {textM.data() + step.textBegin, step.textSize});
         }
     }
 }
