@@ -29,10 +29,12 @@ set(COMMON_HEADERS
     <algorithm> <array> <chrono> <filesystem> <functional> <map> <memory> <mutex> <optional>
     <string> <string_view> <unordered_map> <vector> <fmt/format.h>)
 
-# Optimising the templates of the library that parses options takes longer than all parsing ever will.
+# Optimising the templates of the library that parses options takes longer than all parsing ever
+# will. A little it must be: the program's copies of inline functions, of strings above all, are also
+# those of the libraries that it loads.
 function(compile_options_parser_quickly source)
     set_source_files_properties(${source} PROPERTIES
-        COMPILE_OPTIONS -O0 SKIP_PRECOMPILE_HEADERS ON)
+        COMPILE_OPTIONS -Og SKIP_PRECOMPILE_HEADERS ON)
 endfunction()
 
 # A module that the host loads by library and entry name.

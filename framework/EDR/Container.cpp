@@ -1,5 +1,7 @@
 #include "EDR/Container.h"
 
+#include "RW/RWNumberText.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -7,9 +9,9 @@ namespace EDR {
 
 namespace {
 
-long numberFrom(BAS::String const& text) {
+long numberFrom(std::string_view text) noexcept {
     long number = 0;
-    text.toNum(number);
+    rwTextToNumber(text, number);
     return number;
 }
 
@@ -69,21 +71,20 @@ void Container::clear(RecordKind kind) {
     cellCountM = 0;
     blocksM.clear();
     firstChildrenM.assign(1, none);
-    std::fill(lastBlocksM.begin(), lastBlocksM.end(), none);
+    std::fill(lastBlocksM.begin(), lastBlocksM.end(), LastBlock{none, 0});
     std::fill(cursorsM.begin(), cursorsM.end(), Cursor());
     auto const root = append(kindsM[0]);
-    lastBlocksM[0] = root;
     cursorsM[0] = {cellsOf(root), blocksM[root].links};
 }
 
 void Container::addBlock(BlockIndex const& block) {
     auto const& kind = kindOf(block);
-    auto const parent = lastBlocksM[kind.place.parent];
+    auto const parent = lastBlocksM[kind.place.parent].number;
     if (parent == none) {
         throw std::logic_error("EDR block '" + kind.path.str() + "' added without its parent");
     }
+    auto const last = lastBlocksM[block.blockKind()].number;
     auto const added = append(kind);
-    auto& last = lastBlocksM[block.blockKind()];
     auto& first = firstChildrenM[blocksM[parent].links.firstChildren + kind.place.position];
     if (first == none) {
         first = added;
@@ -95,21 +96,21 @@ void Container::addBlock(BlockIndex const& block) {
             atCursor.next = added;
         }
     }
-    last = added;
 }
 
-// Adds an empty block to which nothing is linked yet.
+// Adds an empty block, the last of its kind now, to which nothing is linked yet.
 std::uint32_t Container::append(Description::BlockKind const& kind) {
     auto const firstCell = cellCountM;
     cellCountM += static_cast<std::uint32_t>(kind.fields.size());
     if (cellsM.size() < cellCountM) {
         growCells();
     }
-    for (auto i = firstCell; i < cellCountM; ++i) {
-        cellsM[i].text.clear();
-        cellsM[i].number = 0;
-    }
+    std::for_each(cellsM.data() + firstCell, cellsM.data() + cellCountM, [](Cell& cell) {
+        cell.text.clear();
+        cell.number = 0;
+    });
     auto const number = static_cast<std::uint32_t>(blocksM.size());
+    lastBlocksM[kind.place.kind] = {number, firstCell};
     blocksM.push_back({firstCell, {none, static_cast<std::uint32_t>(firstChildrenM.size())}});
     firstChildrenM.insert(firstChildrenM.end(), kind.children.size(), none);
     return number;
@@ -126,23 +127,14 @@ void Container::growCells() {
     cellsM.swap(grown);
 }
 
-void Container::setField(Index const& field, std::string_view text) {
-    auto const block = lastBlocksM[field.blockKind()];
-    if (block == none) {
-        throw std::logic_error("EDR field set without its block");
-    }
-    auto& cell = cellsM[blocksM[block].firstCell + field.field()];
-    cell.text.assign(text);
-    switch (typeOf(field)) {
-    case FieldType::text:
-        break;
-    case FieldType::number:
-        cell.number = numberFrom(cell.text);
-        break;
-    case FieldType::dateTime:
-        cell.number = static_cast<long>(BAS::DateTime::fromText(text).seconds());
-        break;
-    }
+void Container::failWithoutBlock(Index const& field) const {
+    throw std::logic_error("field of EDR block '" + kindOf(field).path.str() +
+                           "' set without its block");
+}
+
+long Container::valueOf(FieldType type, std::string_view text) noexcept {
+    return type == FieldType::number ? numberFrom(text)
+                                     : static_cast<long>(BAS::DateTime::fromText(text).seconds());
 }
 
 Container::Cell const* Container::firstCell(Index const& field) const noexcept {
@@ -166,7 +158,7 @@ long Container::numberOf(Cell const* cell, Index const& field) const {
     if (cell == nullptr) {
         return 0;
     }
-    return typeOf(field) == FieldType::number ? cell->number : numberFrom(cell->text);
+    return typeOf(field) == FieldType::number ? cell->number : numberFrom(cell->text.view());
 }
 
 Container::Links const* Container::currentBlock(std::uint32_t kind) const noexcept {

@@ -91,6 +91,12 @@ private:
         bool isAtBlock() const noexcept { return links.firstChildren != 0; }
     };
 
+    // The last block of a kind, with its first cell.
+    struct LastBlock {
+        std::uint32_t number;
+        std::uint32_t firstCell;
+    };
+
     Description::BlockKind const& kindOf(ContainerIndex const& index) const noexcept {
         return kindsM[index.blockKind()];
     }
@@ -110,6 +116,8 @@ private:
 
     std::uint32_t append(Description::BlockKind const& kind);
     void growCells();
+    [[noreturn]] void failWithoutBlock(Index const& field) const;
+    static long valueOf(FieldType type, std::string_view text) noexcept;
 
     // The block within which the kinds below are walked, or null. What was never stepped counts as
     // at its first block.
@@ -132,10 +140,22 @@ private:
     int recordKindM = detailRecord;
     // While it is filled: the cells in use, and by block kind the last block.
     std::uint32_t cellCountM = 0;
-    std::vector<std::uint32_t> lastBlocksM;
+    std::vector<LastBlock> lastBlocksM;
 };
 
-// Inline, for they are what every read and every step comes down to.
+// Inline, for they are what every field that is set, every read and every step comes down to.
+inline void Container::setField(Index const& field, std::string_view text) {
+    auto const& last = lastBlocksM[field.blockKind()];
+    if (last.number == none) {
+        failWithoutBlock(field);
+    }
+    auto& cell = cellsM[last.firstCell + field.field()];
+    cell.text.assign(text);
+    if (auto const type = typeOf(field); type != FieldType::text) {
+        cell.number = valueOf(type, text);
+    }
+}
+
 inline void Container::rewindWithAncestors(BlockIndex const& block) noexcept {
     for (auto const& place : kindOf(block).lineage) {
         cursorsM[place.kind] = Cursor();

@@ -93,6 +93,13 @@ std::string_view numberText(simdjson::ondemand::value& value) {
     return token;
 }
 
+// Of a string without escapes, within the line.
+std::string_view plainText(simdjson::ondemand::value& value) {
+    std::string_view const token = value.raw_json_token();
+    static_cast<void>(value.get_raw_json_string().value()); // moves the parser past it
+    return token.substr(1, token.rfind('"') - 1);
+}
+
 void requireNull(simdjson::ondemand::value& value) {
     if (!value.is_null().value()) {
         throw simdjson::simdjson_error(simdjson::N_ATOM_ERROR);
@@ -276,10 +283,14 @@ inline void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Ind
                                       ParsedEdrs& edrs) {
     switch (auto const type = value.type().value()) {
     case json_type::string:
-        edrs.setField(field, text(value));
+        if (hasEscapesM) {
+            edrs.setField(field, value.get_string());
+        } else {
+            edrs.setFieldInLine(field, plainText(value));
+        }
         return;
     case json_type::number:
-        edrs.setField(field, numberText(value));
+        edrs.setFieldInLine(field, numberText(value));
         return;
     case json_type::null:
         requireNull(value);
@@ -287,16 +298,6 @@ inline void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Ind
     default:
         fail("expected a string or a number, not " + std::string(typeName(type)));
     }
-}
-
-// The text of a string, within the line if possible.
-inline std::string_view EdrLineParser::text(simdjson::ondemand::value& value) const {
-    if (hasEscapesM) {
-        return value.get_string();
-    }
-    std::string_view const token = value.raw_json_token();
-    static_cast<void>(value.get_raw_json_string().value()); // moves the parser past it
-    return token.substr(1, token.rfind('"') - 1);
 }
 
 void EdrLineParser::parseRecordKind(simdjson::ondemand::value& value, ParsedEdrs& edrs) {

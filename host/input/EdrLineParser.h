@@ -92,7 +92,6 @@ private:
     void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
                      ParsedEdrs& edrs);
     void parseField(simdjson::ondemand::value& value, EDR::Index const& field, ParsedEdrs& edrs);
-    std::string_view text(simdjson::ondemand::value& value) const;
     void parseRecordKind(simdjson::ondemand::value& value, ParsedEdrs& edrs);
     void parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind);
     void requireFirst(std::uint64_t& seenIn, std::uint64_t object);

@@ -9,7 +9,6 @@
 #include "input/InputPlace.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,13 +19,14 @@ class ParsedEdrs {
 public:
     void clear() noexcept;
 
-    // Adds an EDR, to which the next calls refer. The line must stay valid while fields are set:
-    // texts within it aren't copied again.
+    // Adds an EDR, to which the next calls refer. The line must stay valid while fields are set.
     void begin(std::string_view line);
     void setRecordKind(EDR::RecordKind kind) noexcept { edrsM.back().kind = kind; }
     // In the order in which a container is filled.
     void addBlock(EDR::BlockIndex const& block);
     void setField(EDR::Index const& field, std::string_view text);
+    // With a text that is a part of the line, where it was given.
+    void setFieldInLine(EDR::Index const& field, std::string_view text);
     // The line ends there.
     void end(InputPlace const& place) noexcept { edrsM.back().end = place; }
     // Removes the last EDR.
@@ -39,9 +39,8 @@ public:
 private:
     // Of filling a container: a field, or a block of that kind.
     struct Step {
-        std::uint32_t blockKind;
-        std::uint32_t field;
-        std::uint32_t textBegin;
+        EDR::Index field;
+        std::uint32_t textBegin; // from the line's begin on
         std::uint32_t textSize;
     };
     struct Edr {
@@ -54,22 +53,16 @@ private:
     static constexpr std::uint32_t noField = UINT32_MAX;
 
     std::vector<Edr> edrsM;
-    std::vector<Step> stepsM; // of all EDRs
-    std::string textM;        // of all EDRs: the line, followed by the texts that aren't in it
-    std::string_view lineM;   // of the last EDR, where it was read
+    std::vector<Step> stepsM;    // of all EDRs
+    std::string textM;           // of all EDRs: the line, followed by the texts that aren't in it
+    char const* lineM = nullptr; // of the last EDR, where it was read
 };
 
-// Inline, because it is called for every field.
-inline void ParsedEdrs::setField(EDR::Index const& field, std::string_view text) {
-    std::less_equal<char const*> const isUpTo;
-    std::size_t begin = textM.size();
-    if (isUpTo(lineM.data(), text.data()) && isUpTo(text.data(), lineM.data() + lineM.size())) {
-        begin = edrsM.back().textBegin + static_cast<std::size_t>(text.data() - lineM.data());
-    } else {
-        textM.append(text);
-    }
-    stepsM.push_back({field.blockKind(), field.field(), static_cast<std::uint32_t>(begin),
-                      static_cast<std::uint32_t>(text.size())});
+// Inline, because it is called for nearly every field.
+inline void ParsedEdrs::setFieldInLine(EDR::Index const& field, std::string_view text) {
+    auto const begin = static_cast<std::size_t>(text.data() - lineM);
+    stepsM.push_back(
+        {field, static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text.size())});
 }
 
 } // namespace host
