@@ -19,6 +19,7 @@ constexpr char const* encodingHeader = "Edr-Encoding";
 constexpr char const* sourceHeader = "Edr-Source";
 constexpr char const* lineHeader = "Edr-Line";
 constexpr char const* sumsHeader = "Edr-Sums";
+constexpr char const* afterHeader = "Edr-After";
 constexpr char const* zstdEncoding = "zstd";
 constexpr int level = 1;
 constexpr char escape = '%';
@@ -58,6 +59,13 @@ std::string decoded(std::string_view text) {
         }
     }
     return result;
+}
+
+// 0 when there is none.
+std::uint64_t numberIn(natsMsg* message, char const* name) {
+    long number = 0;
+    bool const isNumber = BAS::String(header(message, name)).toNum(number) && number > 0;
+    return isNumber ? static_cast<std::uint64_t>(number) : 0;
 }
 
 std::optional<SourceSums> parsedSums(std::string const& text) {
@@ -124,6 +132,9 @@ Message makeMessage(std::string const& subject, std::string_view data, SourcePla
     if (place.sums) {
         setHeader(made, sumsHeader, fmt::format("{:x}-{:x}", place.sums->first, place.sums->all));
     }
+    if (place.after != 0) {
+        setHeader(made, afterHeader, std::to_string(place.after));
+    }
     return message;
 }
 
@@ -157,10 +168,8 @@ SourcePlace placeOf(natsMsg* message) {
     // Sources weren't encoded before there were sums.
     auto const source = header(message, sourceHeader);
     place.source = place.sums ? decoded(source) : source;
-    long line = 0;
-    if (BAS::String(header(message, lineHeader)).toNum(line) && line > 0) {
-        place.line = static_cast<std::uint64_t>(line);
-    }
+    place.line = numberIn(message, lineHeader);
+    place.after = numberIn(message, afterHeader);
     return place;
 }
 

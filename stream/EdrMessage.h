@@ -36,6 +36,8 @@ struct SourcePlace {
     std::uint64_t line = 0;
     // Of the source up to that line; nothing in messages from before there were any.
     std::optional<SourceSums> sums = {};
+    // The line of the message that its publisher sent before; 0 when that was of another source.
+    std::uint64_t after = 0;
 
     bool operator==(SourcePlace const&) const = default;
 };

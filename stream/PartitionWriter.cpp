@@ -36,15 +36,13 @@ bool isPassing(jsErrCode code) {
 
 } // namespace
 
-PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfiguration const& stream,
-                                 std::uint64_t partition, GracePeriod& stop, BAS::LogSink& log)
-    : connectionM(connection), stopM(stop), logM(log), pipelineM(stream.name),
-      streamM(streamName(stream.name, partition)), subjectM(subject(stream.name, partition)) {
+// What it asks the servers for, at the start.
+template <class Ask>
+auto PartitionWriter::untilAnswered(Ask const& ask) const {
     auto const giveUp = Clock::now() + startTime;
-    for (bool isKnown = false; !isKnown;) {
+    for (;;) {
         try {
-            findLast(stream);
-            isKnown = true;
+            return ask();
         } catch (NoServer const&) {
             if (stopM.isStopping()) {
                 throw PublishingStopped();
@@ -57,6 +55,13 @@ PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfigurati
     }
 }
 
+PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfiguration const& stream,
+                                 std::uint64_t partition, GracePeriod& stop, BAS::LogSink& log)
+    : connectionM(connection), stopM(stop), logM(log), pipelineM(stream.name),
+      streamM(streamName(stream.name, partition)), subjectM(subject(stream.name, partition)) {
+    untilAnswered([&] { findLast(stream); });
+}
+
 void PartitionWriter::findLast(host::StreamConfiguration const& stream) {
     auto const info = connectionM.streamInfo(streamM, answerTime);
     if (info == nullptr) {
@@ -67,7 +72,22 @@ void PartitionWriter::findLast(host::StreamConfiguration const& stream) {
     sentM = acknowledgedM = acknowledgedAtFailureM = acknowledgementM = info->State.LastSeq;
     if (sentM > 0) {
         lastM = placeOfMessage(sentM);
+        sentPlaceM = lastM.value_or(SourcePlace{});
     }
+}
+
+// No more than a window can be missing before a message that came.
+std::optional<std::uint64_t> PartitionWriter::missingUpTo() const {
+    auto place = lastM;
+    for (auto sequence = sentM; place && place->after != 0 && sequence + window > sentM;
+         --sequence) {
+        auto const before = untilAnswered([&] { return placeOfMessage(sequence - 1); });
+        if (before && (before->source != place->source || before->line != place->after)) {
+            return place->after;
+        }
+        place = before;
+    }
+    return std::nullopt;
 }
 
 // Nothing when there is no such message.
@@ -144,8 +164,10 @@ void PartitionWriter::sendPart(SourceLines const& all, std::size_t begin, std::s
         sendPart(all, middle, end);
         return;
     }
+    sent.place.after = sent.place.source == sentPlaceM.source ? sentPlaceM.line : 0;
     requireRoom(sent);
     waitFor(window - 1);
+    sentPlaceM = sent.place;
     onTheWayM.push_back(std::move(sent));
     transmit(onTheWayM.back());
 }

@@ -30,6 +30,9 @@ public:
     // The headers of the last message; nothing when the stream never had one, or when it has gone.
     std::optional<SourcePlace> const& last() const noexcept { return lastM; }
     bool hasLastGone() const noexcept { return sentM > 0 && !lastM; }
+    // The line up to which messages are missing before the last ones of its source, as another
+    // publisher's came between. Throws as the constructor does.
+    std::optional<std::uint64_t> missingUpTo() const;
 
     // Sends lines, as one message unless that is larger than the servers take; waits while too many
     // messages are on their way. Throws AcknowledgedLost; PublishingStopped, at the latest when the
@@ -64,6 +67,8 @@ private:
         bool isReported = false;
     };
 
+    template <class Ask>
+    auto untilAnswered(Ask const& ask) const;
     void findLast(host::StreamConfiguration const& stream);
     void sendPart(SourceLines const& all, std::size_t begin, std::size_t end);
     void requireRoom(Sent const& sent) const;
@@ -89,6 +94,7 @@ private:
     std::string streamM;
     std::string subjectM;
     std::optional<SourcePlace> lastM;
+    SourcePlace sentPlaceM;          // of the last one
     std::deque<Sent> onTheWayM;      // the first has the sequence after the acknowledged one
     std::uint64_t acknowledgedM = 0; // sequence up to which nothing is kept
     std::uint64_t acknowledgedAtFailureM = 0;

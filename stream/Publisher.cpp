@@ -127,6 +127,26 @@ private:
         auto const points = resumptionM.find(lasts);
         for (std::size_t number = 0; number < points.size(); ++number) {
             partitionsM[number].done = points[number];
+            if (points[number].isKnown) {
+                requireAllBefore(partitionsM[number], number);
+            }
+        }
+    }
+
+    // What was sent while another publisher wrote to the stream may have come in part.
+    void requireAllBefore(Partition& partition, std::uint64_t number) {
+        auto const missing = partition.writer.missingUpTo();
+        if (missing && sourceM.from == 0) {
+            throw failure(streamM.name, "finding the last published line",
+                          fmt::format("{} has line {} of '{}', but not all of its lines up to {}, "
+                                      "since another publisher wrote to it at the same time; "
+                                      "--from LINE says where to go on",
+                                      streamName(streamM.name, number),
+                                      partition.writer.last()->line,
+                                      partition.writer.last()->source, *missing));
+        }
+        if (missing) {
+            partition.done = resumptionM.atFrom();
         }
     }
 

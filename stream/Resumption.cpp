@@ -45,10 +45,13 @@ std::vector<ResumePoint> Resumption::find(std::vector<std::optional<SourcePlace>
     std::vector<ResumePoint> points;
     for (auto const& last : lasts) {
         auto const file = last ? files[last->source] : std::nullopt;
-        points.push_back(file ? ResumePoint{*file, last->line}
-                              : ResumePoint{0, sourceM.from == 0 ? 0 : sourceM.from - 1});
+        points.push_back(file ? ResumePoint{*file, last->line, true} : atFrom());
     }
     return points;
+}
+
+ResumePoint Resumption::atFrom() const {
+    return {0, sourceM.from == 0 ? 0 : sourceM.from - 1, false};
 }
 
 // Nothing when the source isn't given now.

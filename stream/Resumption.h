@@ -17,6 +17,7 @@ namespace stream {
 struct ResumePoint {
     std::size_t file = 0;
     std::uint64_t line = 0;
+    bool isKnown = false; // from the last message, else as --from says
 };
 
 class Resumption {
@@ -33,6 +34,9 @@ public:
     // found of files that have changed. Throws PublishingStopped, and a BAS::Status when it can't
     // be known whether the file given is the one that was published, unless --from says so.
     std::vector<ResumePoint> find(std::vector<std::optional<SourcePlace>> const& lasts);
+
+    // Where nothing is known.
+    ResumePoint atFrom() const;
 
     // What a source that can be read only once must have at its line, if it was published before.
     std::optional<SourcePlace> const& expected() const noexcept { return expectedM; }

@@ -79,7 +79,7 @@ TEST(EdrMessage, ReadsHeadersExactly) {
                                    "ü",
                                    "a b"};
     for (auto const* const source : sources) {
-        stream::SourcePlace const place = {source, 42, stream::SourceSums{0, 0xfedcba98}};
+        stream::SourcePlace const place = {source, 42, stream::SourceSums{0, 0xfedcba98}, 41};
         auto const message = stream::makeMessage("edr.P.0", "data", place);
         EXPECT_EQ(stream::placeOf(message.get()), place) << source;
         auto const sent = stream::header(message.get(), "Edr-Source");
