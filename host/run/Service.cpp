@@ -136,14 +136,15 @@ void Service::finishCommands() {
     }
 }
 
-// Whoever fills one directory doesn't keep the others from being looked at.
+// Whoever fills one directory, or sends many commands, doesn't keep the others from being looked
+// at.
 bool Service::takeCommands() {
     bool doMoreWait = false;
     for (auto& commands : commandsM) {
         doMoreWait = takeCommands(commands) || doMoreWait;
     }
     for (auto& commands : streamCommandsM) {
-        commands.takeAll(stopM);
+        doMoreWait = commands.takeSome(stopM) || doMoreWait;
     }
     return doMoreWait;
 }

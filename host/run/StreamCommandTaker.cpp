@@ -18,6 +18,8 @@ namespace host {
 
 namespace {
 
+constexpr std::size_t mostAtATime = 16;
+
 // An object wrote a file that a value names. It wasn't there before.
 void removeWritten(CommandResult& result, std::filesystem::path const& report) {
     for (auto& file : result.files) {
@@ -61,14 +63,15 @@ StreamCommandTaker::StreamCommandTaker(std::string name, std::unique_ptr<StreamC
       executeM(std::move(execute)), logM(log) {
 }
 
-void StreamCommandTaker::takeAll(Notification const& stop) {
-    while (!stop.isSet()) {
-        auto const command = commandsM->take();
+bool StreamCommandTaker::takeSome(Notification const& stop) {
+    for (std::size_t taken = 0; taken < mostAtATime; ++taken) {
+        auto const command = stop.isSet() ? std::nullopt : commandsM->take();
         if (!command) {
-            return;
+            return false;
         }
         carryOut(*command);
     }
+    return true;
 }
 
 void StreamCommandTaker::carryOut(StreamCommand const& given) {

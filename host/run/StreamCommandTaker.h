@@ -23,8 +23,9 @@ public:
     StreamCommandTaker(std::string name, std::unique_ptr<StreamCommands> commands, Owned owned,
                        CommandDirectory::Execute execute, BAS::LogSink& log);
 
-    // Until there is none or stop is set.
-    void takeAll(Notification const& stop);
+    // Carries some out, so that who sends many doesn't keep the caller from everything else, and
+    // returns whether more may wait; none once stop is set.
+    bool takeSome(Notification const& stop);
 
 private:
     struct Work;

@@ -54,7 +54,7 @@ protected:
     host::StreamAnswer send(std::string const& text) {
         keptM.waiting.push_back(
             {1, text, "somebody", std::chrono::steady_clock::time_point::max()});
-        takerM.takeAll(stopM);
+        takerM.takeSome(stopM);
         auto answer = std::move(keptM.answers.back());
         keptM.answers.clear();
         return answer;
@@ -140,7 +140,7 @@ TEST_F(StreamCommand, IsAnsweredForWhatTheHostOwnedAllTheTime) {
     };
     ownedM = {{0, 1, 2}, {1, 2, 3}};
     keptM.waiting.push_back({1, "O: {Reload: force}", "somebody", {}});
-    takerM.takeAll(stopM);
+    takerM.takeSome(stopM);
     EXPECT_THAT(keptM.answers, IsEmpty());
     later(host::CommandResult());
     ASSERT_EQ(keptM.answers.size(), 1U);
@@ -149,6 +149,27 @@ TEST_F(StreamCommand, IsAnsweredForWhatTheHostOwnedAllTheTime) {
     ownedM = {{}};
     EXPECT_THAT(send("O: {Reload: force}").partitions, IsEmpty());
     EXPECT_EQ(executedM, 1U);
+}
+
+// Whoever sends many doesn't keep the host from everything else, nor from stopping.
+TEST_F(StreamCommand, IsTakenWithAFewOthersAtATime) {
+    executeM = [](host::Command const& command, auto const&) {
+        return std::optional(host::begunResult(command));
+    };
+    constexpr std::size_t count = 40;
+    for (std::size_t i = 0; i < count; ++i) {
+        keptM.waiting.push_back({i, "O: {Reload: force}", "somebody", {}});
+    }
+    for (bool doMoreWait = true; doMoreWait;) {
+        auto const before = executedM;
+        doMoreWait = takerM.takeSome(stopM);
+        EXPECT_LE(executedM - before, 16U);
+    }
+    EXPECT_EQ(executedM, count);
+    keptM.waiting.push_back({count, "O: {Reload: force}", "somebody", {}});
+    stopM.set();
+    EXPECT_FALSE(takerM.takeSome(stopM));
+    EXPECT_EQ(executedM, count);
 }
 
 class Object : public BAS::RegisteredObject {
