@@ -90,6 +90,8 @@ Connection::Connection(host::StreamConfiguration const& stream,
     natsOptions_SetReconnectBufSize(options, 0);
     natsOptions_SetErrorHandler(options, &ignoreError, nullptr);
     natsOptions_SetName(options, "pipeline-host");
+    check(natsOptions_SetCustomInboxPrefix(options, stream.inboxPrefix.c_str()), stream,
+          "using the inbox prefix");
     secure(options, stream);
     authenticate(options, stream);
     natsConnection* connection = nullptr;

@@ -114,7 +114,7 @@ private:
     std::uint64_t lineM = 0;
     host::InputPlace endM;
     std::uint64_t bytesReadM = 0;
-    bool isPauseDueM = false; // a message came since the last pause
+    bool isPauseDueM = false;           // a message came since the last pause
     std::vector<std::jthread> threadsM; // of the partitions; they use all of the above
 };
 

@@ -38,6 +38,7 @@ struct StreamConfiguration {
     std::string user;
     std::optional<std::filesystem::path> passwordFile;
     std::optional<std::filesystem::path> certificateAuthority; // the system's without it
+    std::string inboxPrefix; // of the subjects of answers; the client library's without it
     std::filesystem::path stateDirectory;
     std::size_t warmUp = 0;     // messages of each partition that are read again at the start
     bool takesCommands = false; // those that an operator gives all hosts

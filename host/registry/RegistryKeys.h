@@ -202,6 +202,7 @@ inline constexpr Key<StreamConfiguration> streamKeys[] = {
     {"PasswordFile", Presence::optional, PathKey{&StreamConfiguration::passwordFile}},
     {"CertificateAuthority", Presence::optional,
      PathKey{&StreamConfiguration::certificateAuthority}},
+    {"InboxPrefix", Presence::optional, NameKey{&StreamConfiguration::inboxPrefix}},
     {"StateDirectory", Presence::mandatory, PathKey{&StreamConfiguration::stateDirectory}},
     {"WarmUp", Presence::optional, NumberKey{&StreamConfiguration::warmUp, 0, 1'000'000}},
     {"Commands", Presence::optional, TruthKey{&StreamConfiguration::takesCommands}},

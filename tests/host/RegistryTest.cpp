@@ -217,6 +217,15 @@ BadRegistry const badRegistries[] = {
      "MaxLineLength: 100",
      "Directory: in",
      {"22:33: 'Input' has both 'Files' and 'Directory', expected one of them"}},
+    {"a stream with an authority for no server",
+     "{Files: [a.jsonl], MaxLineLength: 100}",
+     "{Stream: {Name: S, Servers: [\"nats://a\"], Partitions: 0-2, Of: 2, User: u, "
+     "CertificateAuthority: ca.pem, StateDirectory: s, InboxPrefix: a.b}}",
+     {"22:15: 'Partitions' names 2, but 'Of' says that there are 2, counted from 0",
+      "22:15: expected 'Credentials', or 'User' with 'PasswordFile', or none of them",
+      "22:15: 'CertificateAuthority' is for servers that begin with 'tls://', and 'Servers' has "
+      "none: everything would be sent in clear",
+      "22:151: 'a.b' can't be a name: expected letters, digits, '_' and '-', no dots"}},
     {"commands in an input directory",
      "  Log: {Process: process.log}\n  DataPool:\n    Login:\n      ModuleName: DBC_Database\n"
      "      Module: {Connection: \"sqlite3://db=x.db\"}\n  Pipelines:\n    Main:\n"
