@@ -33,7 +33,8 @@ struct AnswerHead {
     std::uint64_t checksum = emptyHash;      // of the report
 
     std::uint64_t pieces() const noexcept {
-        return (bytes.value_or(0) + pieceBytes - 1) / pieceBytes;
+        auto const count = bytes.value_or(0);
+        return count / pieceBytes + (count % pieceBytes == 0 ? 0 : 1);
     }
     std::uint64_t messages() const noexcept { return 1 + pieces(); }
 };
