@@ -241,9 +241,20 @@ def start_server(number):
 started_servers = {}
 
 
+def has_ended(pid):
+    """Also one whose parent hasn't asked yet."""
+    try:
+        with open(f'/proc/{pid}/stat') as file:
+            return file.read().rpartition(')')[2].split()[0] == 'Z'
+    except FileNotFoundError:
+        return True
+
+
 def kill_server(number):
     with open(f'{directory}/{number}.pid') as file:
-        os.kill(int(file.read()), signal.SIGKILL)
+        pid = int(file.read())
+    os.kill(pid, signal.SIGKILL)
+    wait_for(lambda: has_ended(pid), 30, f'the killed server {number} runs')
     if number in started_servers:
         started_servers.pop(number).wait()
 
