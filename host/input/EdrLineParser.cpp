@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <new>
 
 namespace host {
@@ -93,13 +95,6 @@ std::string_view numberText(simdjson::ondemand::value& value) {
     return token;
 }
 
-// Of a string without escapes, within the line.
-std::string_view plainText(simdjson::ondemand::value& value) {
-    std::string_view const token = value.raw_json_token();
-    static_cast<void>(value.get_raw_json_string().value()); // moves the parser past it
-    return token.substr(1, token.rfind('"') - 1);
-}
-
 void requireNull(simdjson::ondemand::value& value) {
     if (!value.is_null().value()) {
         throw simdjson::simdjson_error(simdjson::N_ATOM_ERROR);
@@ -137,6 +132,27 @@ void passOver(simdjson::ondemand::value& value, int depth) {
     case json_type::null:
         requireNull(value);
     }
+}
+
+// Whether so many bytes are the same. Names are a few words, for which a call takes longer.
+inline bool areSame(char const* a, char const* b, std::size_t size) {
+    auto const isWordSame = [&](std::size_t at) {
+        std::array<std::uint64_t, 2> words;
+        std::memcpy(&words[0], a + at, sizeof words[0]);
+        std::memcpy(&words[1], b + at, sizeof words[1]);
+        return words[0] == words[1];
+    };
+    constexpr auto wordSize = sizeof(std::uint64_t);
+    if (size < wordSize) {
+        return std::memcmp(a, b, size) == 0;
+    }
+    // The last word overlaps the one before.
+    auto const last = size - wordSize;
+    std::size_t at = 0;
+    while (at < last && isWordSame(at)) {
+        at += wordSize;
+    }
+    return at >= last && isWordSame(last);
 }
 
 std::string withoutFullStop(std::string text) {
@@ -228,15 +244,15 @@ inline EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::fiel
         auto* expected = previous.next;
         for (int missing = 0; expected != nullptr && missing <= maxMissing; ++missing) {
             auto const end = expected->name.size();
-            if (end < rest.size() && rest[end] == '"' && rest.starts_with(expected->name)) {
-                pathM.push_back({expected->name, std::nullopt});
+            if (end < rest.size() && rest[end] == '"' && areSame(key, expected->name.data(), end)) {
+                pathM.push_back({expected->name, PathStep::noPosition});
                 return expected;
             }
             expected = expected->next;
         }
     }
     std::string_view const name = entry.unescaped_key();
-    pathM.push_back({name, std::nullopt});
+    pathM.push_back({name, PathStep::noPosition});
     auto const found = layout.members.find(name);
     if (found == layout.members.end()) {
         return nullptr;
@@ -281,13 +297,21 @@ void EdrLineParser::parseBlocks(simdjson::ondemand::value& value, EDR::BlockInde
 
 inline void EdrLineParser::parseField(simdjson::ondemand::value& value, EDR::Index const& field,
                                       ParsedEdrs& edrs) {
+    std::string_view const token = value.raw_json_token();
+    if (token.starts_with('"') && !hasEscapesM) {
+        static_cast<void>(value.get_raw_json_string().value()); // moves the parser past it
+        edrs.setFieldInLine(field, token.substr(1, token.rfind('"') - 1));
+    } else {
+        parseOtherField(value, field, edrs);
+    }
+}
+
+// Of a value other than a string without escapes.
+void EdrLineParser::parseOtherField(simdjson::ondemand::value& value, EDR::Index const& field,
+                                    ParsedEdrs& edrs) {
     switch (auto const type = value.type().value()) {
     case json_type::string:
-        if (hasEscapesM) {
-            edrs.setField(field, value.get_string());
-        } else {
-            edrs.setFieldInLine(field, plainText(value));
-        }
+        edrs.setField(field, value.get_string());
         return;
     case json_type::number:
         edrs.setFieldInLine(field, numberText(value));
@@ -341,8 +365,8 @@ std::string EdrLineParser::path() const {
             path += ".";
         }
         path += step.name;
-        if (step.position) {
-            path += "[" + std::to_string(*step.position) + "]";
+        if (step.position != PathStep::noPosition) {
+            path += "[" + std::to_string(step.position) + "]";
         }
     }
     return path;

@@ -80,8 +80,10 @@ private:
     };
     // A member of an object; in a block's array, with the position there.
     struct PathStep {
+        static constexpr std::size_t noPosition = SIZE_MAX;
+
         std::string_view name;
-        std::optional<std::size_t> position;
+        std::size_t position;
     };
 
     void parseRecord(std::string_view line, ParsedEdrs& edrs);
@@ -92,6 +94,8 @@ private:
     void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
                      ParsedEdrs& edrs);
     void parseField(simdjson::ondemand::value& value, EDR::Index const& field, ParsedEdrs& edrs);
+    void parseOtherField(simdjson::ondemand::value& value, EDR::Index const& field,
+                         ParsedEdrs& edrs);
     void parseRecordKind(simdjson::ondemand::value& value, ParsedEdrs& edrs);
     void parseUnknown(simdjson::ondemand::value& value, std::uint32_t kind);
     void requireFirst(std::uint64_t& seenIn, std::uint64_t object);

@@ -127,6 +127,34 @@ TEST_F(EdrInputs, ReadRecordsWithNestedBlocksInAnyOrder) {
     }
 }
 
+// Also a member that an earlier line makes expected is told by every byte of its name.
+TEST(EdrLines, HaveAMemberOnlyByItsWholeName) {
+    for (std::size_t length = 1; length <= 20; ++length) {
+        std::string const name(length, 'X');
+        EDR::Description description;
+        support::describeField(description, "DETAIL." + name);
+        host::EdrLineParser parser(description);
+        EDR::Container container(description);
+        auto const textOf = [&](std::string const& member) {
+            auto line = "{\"" + member + "\":\"taken\"}";
+            line.reserve(line.size() + host::EdrLineParser::padding);
+            host::ParsedEdrs edrs;
+            parser.parse(line, edrs);
+            edrs.fill(container, 0);
+            return container.getString(description.findField("DETAIL." + name)).str();
+        };
+        EXPECT_EQ(textOf(name), "taken");
+        EXPECT_EQ(textOf(name), "taken");
+        EXPECT_EQ(textOf(name + "X"), "");
+        EXPECT_EQ(textOf(name.substr(1)), "");
+        for (std::size_t at = 0; at < length; ++at) {
+            auto other = name;
+            other[at] = 'Y';
+            EXPECT_EQ(textOf(other), "") << other;
+        }
+    }
+}
+
 TEST_F(EdrInputs, RejectLinesThatCantBeTaken) {
     struct {
         std::string line;
