@@ -130,10 +130,11 @@ format: ## format all sources
 	@tools/install-packages clang-format
 	@clang-format -i $(SOURCES)
 
-tidy: build ## check all sources with clang-tidy
+tidy: packages ## check all sources with clang-tidy
 	@tools/install-packages clang-tidy
+	@cmake --preset tidy -Wno-dev --log-level=WARNING
 	@printf '%s\n' $(filter-out tests/% bench/%,$(filter %.cpp,$(SOURCES))) | \
-	    xargs -n 4 -P $$(nproc) clang-tidy --quiet -p build/release \
+	    xargs -n 4 -P $$(nproc) clang-tidy --quiet -p build/tidy \
 	        --extra-arg=-Wno-unknown-warning-option
 
 clean: ## remove everything that was built

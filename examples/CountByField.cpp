@@ -33,7 +33,7 @@ bool CountByField::setEDRContainerIndices() {
     try {
         fieldM = edrFactoryM->getIndex("FCT_CountByField", fieldNameM, "", "");
         return true;
-    } catch (BAS::Status status) {
+    } catch (BAS::Status& status) {
         status.setObjectName(name());
         setStatus(status, true);
         writeToPipelineLog(status);

@@ -12,7 +12,7 @@
 
 namespace Example {
 
-class CountByField : public PLG::FunctionPlugIn {
+class CountByField final : public PLG::FunctionPlugIn {
 public:
     explicit CountByField(BAS::String const& name);
 

@@ -156,7 +156,7 @@ bool CollectedReport::isTooLate() {
 
 // When a writer closes a FIFO that no other has open, its reader sees the end.
 bool CollectedReport::wasNeverOpened() const {
-    FileDescriptor(::open(path().c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    { FileDescriptor const writer(::open(path().c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)); }
     return (eventsOf(readerM) & POLLHUP) != 0;
 }
 

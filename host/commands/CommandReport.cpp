@@ -21,7 +21,7 @@ std::string fileText(NamedFile const& file) {
     if (!file.isOpened) {
         return fmt::format("{} didn't write {}: {}", file.key, place, file.reason);
     }
-    auto const written = fmt::format("{} wrote {}, {} bytes", file.key, place, file.size);
+    auto written = fmt::format("{} wrote {}, {} bytes", file.key, place, file.size);
     switch (file.completeness) {
     case Completeness::whole:
         return written + ", complete";
@@ -205,6 +205,7 @@ std::string resultFileJson(std::string_view resultFile) {
         target.emplace_back(key, text.substr(colon + 2));
     }
     std::vector<std::string> objects;
+    objects.reserve(results.size());
     for (auto const& result : results) {
         objects.push_back(jsonObject(result));
     }

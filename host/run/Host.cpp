@@ -163,6 +163,7 @@ void Host::warnOfUnreadKeys() {
         }
         auto const missed = subtree->namesMissed();
         std::vector<std::string_view> asked;
+        asked.reserve(missed.size());
         for (auto const& name : missed) {
             asked.push_back(name.view());
         }

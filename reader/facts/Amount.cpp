@@ -47,14 +47,16 @@ std::optional<std::strong_ordering> compareAmounts(std::string_view one, std::st
     if (aNegative != bNegative) {
         return aNegative ? std::strong_ordering::less : std::strong_ordering::greater;
     }
-    auto order = a->whole.size() <=> b->whole.size();
+    auto const& x = aNegative ? *b : *a;
+    auto const& y = aNegative ? *a : *b;
+    auto order = x.whole.size() <=> y.whole.size();
     if (std::is_eq(order)) {
-        order = a->whole <=> b->whole;
+        order = x.whole <=> y.whole;
     }
     if (std::is_eq(order)) {
-        order = a->fraction <=> b->fraction;
+        order = x.fraction <=> y.fraction;
     }
-    return aNegative ? 0 <=> order : order;
+    return order;
 }
 
 } // namespace reader

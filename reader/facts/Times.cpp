@@ -85,7 +85,7 @@ std::optional<std::int64_t> isoSeconds(std::string_view text) {
         return std::nullopt;
     }
     std::int64_t const day = std::chrono::sys_days(date).time_since_epoch().count();
-    return day * 86'400 + hours * 3600 + minutes * 60 + seconds;
+    return ((day * 24 + hours) * 60 + minutes) * 60 + seconds;
 }
 
 std::string distance(std::string_view earlier, std::string_view later) {

@@ -38,6 +38,7 @@ std::vector<PageKind> pageKinds() {
 
 std::vector<PageFinding> pageFindings(std::vector<Finding> const& findings) {
     std::vector<PageFinding> shown;
+    shown.reserve(findings.size());
     for (auto const& finding : findings) {
         shown.push_back(
             {static_cast<std::size_t>(finding.kind), sentenceOf(finding), finding.line});
