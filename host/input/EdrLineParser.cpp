@@ -238,18 +238,24 @@ void EdrLineParser::parseBlock(simdjson::ondemand::object& object, std::uint32_t
 // Inline, as are the functions that it calls for a field: this runs for every member of every EDR.
 inline EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::field& entry,
                                                         BlockLayout& layout, Member& previous) {
-    if (!hasEscapesM) {
-        char const* const key = entry.key().raw();
-        std::string_view const rest(key, static_cast<std::size_t>(lineM.end() - key));
-        auto* expected = previous.next;
-        for (int missing = 0; expected != nullptr && missing <= maxMissing; ++missing) {
-            auto const end = expected->name.size();
-            if (end < rest.size() && rest[end] == '"' && areSame(key, expected->name.data(), end)) {
-                pathM.push_back({expected->name, PathStep::noPosition});
-                return expected;
-            }
-            expected = expected->next;
+    auto* const expected = previous.next;
+    if (expected == nullptr || hasEscapesM || !isNamed(entry, *expected)) {
+        return findOtherMember(entry, layout, previous);
+    }
+    pathM.push_back({expected->name, PathStep::noPosition});
+    return expected;
+}
+
+// One that isn't the expected one.
+EdrLineParser::Member* EdrLineParser::findOtherMember(simdjson::ondemand::field& entry,
+                                                      BlockLayout& layout, Member& previous) {
+    auto* later = hasEscapesM ? nullptr : previous.next;
+    for (int missing = 0; later != nullptr && missing <= maxMissing; ++missing) {
+        if (isNamed(entry, *later)) {
+            pathM.push_back({later->name, PathStep::noPosition});
+            return later;
         }
+        later = later->next;
     }
     std::string_view const name = entry.unescaped_key();
     pathM.push_back({name, PathStep::noPosition});
@@ -259,6 +265,15 @@ inline EdrLineParser::Member* EdrLineParser::findMember(simdjson::ondemand::fiel
     }
     previous.next = &found->second;
     return previous.next;
+}
+
+// In a line without escapes.
+inline bool EdrLineParser::isNamed(simdjson::ondemand::field const& entry,
+                                   Member const& member) const {
+    char const* const key = entry.key().raw();
+    auto const end = member.name.size();
+    return end < static_cast<std::size_t>(lineM.end() - key) && key[end] == '"' &&
+           areSame(key, member.name.data(), end);
 }
 
 inline void EdrLineParser::parseMember(simdjson::ondemand::value& value, Member const& member,

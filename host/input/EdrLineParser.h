@@ -90,6 +90,9 @@ private:
     void parseBlock(simdjson::ondemand::object& object, std::uint32_t kind, ParsedEdrs& edrs);
     // Puts the member's name on the path; returns null when the description doesn't know it.
     Member* findMember(simdjson::ondemand::field& entry, BlockLayout& layout, Member& previous);
+    Member* findOtherMember(simdjson::ondemand::field& entry, BlockLayout& layout,
+                            Member& previous);
+    bool isNamed(simdjson::ondemand::field const& entry, Member const& member) const;
     void parseMember(simdjson::ondemand::value& value, Member const& member, ParsedEdrs& edrs);
     void parseBlocks(simdjson::ondemand::value& value, EDR::BlockIndex const& block,
                      ParsedEdrs& edrs);
