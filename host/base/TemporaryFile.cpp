@@ -41,7 +41,7 @@ FileDescriptor openDirectory(std::filesystem::path const& target) {
 
 } // namespace
 
-TemporaryFile::TemporaryFile(std::filesystem::path target)
+TemporaryFile::TemporaryFile(std::filesystem::path const& target)
     : TemporaryFile(openDirectory(target), target) {
 }
 

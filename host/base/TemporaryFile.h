@@ -22,7 +22,7 @@ namespace host {
 class TemporaryFile {
 public:
     // Throws a BAS::Status when the file can't be made.
-    explicit TemporaryFile(std::filesystem::path target);
+    explicit TemporaryFile(std::filesystem::path const& target);
     // The directory is the target's, open for lookups.
     TemporaryFile(FileDescriptor directory, std::filesystem::path target);
     TemporaryFile(TemporaryFile const&) = delete;

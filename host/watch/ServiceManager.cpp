@@ -15,7 +15,7 @@ namespace {
 // The variable's value, which is gone from the environment then; empty without one.
 std::string takeVariable(char const* name) {
     char const* const value = std::getenv(name);
-    std::string const text = value == nullptr ? "" : value;
+    std::string text = value == nullptr ? "" : value;
     ::unsetenv(name);
     return text;
 }
