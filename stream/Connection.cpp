@@ -12,6 +12,7 @@ namespace stream {
 namespace {
 
 constexpr std::int64_t connectTimeout = 2'000; // milliseconds, for each server
+constexpr std::int64_t writeTimeout = 2'000;   // milliseconds
 constexpr std::int64_t reconnectWait = 200;    // milliseconds
 constexpr std::int64_t bucketTimeout = 1'000;  // milliseconds
 
@@ -84,6 +85,8 @@ Connection::Connection(host::StreamConfiguration const& stream,
     check(natsOptions_SetServers(options, servers.data(), static_cast<int>(servers.size())), stream,
           "taking the servers");
     natsOptions_SetTimeout(options, connectTimeout);
+    // Without it, a server that doesn't read holds whoever writes for as long.
+    natsOptions_SetWriteDeadline(options, writeTimeout);
     natsOptions_SetMaxReconnect(options, -1);
     natsOptions_SetReconnectWait(options, reconnectWait);
     // What is published while no server is there fails at once and is sent again by its publisher.

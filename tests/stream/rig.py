@@ -224,7 +224,7 @@ def random_edrs(name, first, count, size):
     """Numbered EDRs that can't be compressed to less than half."""
     with open(path(name), 'w') as file:
         for number in range(first, first + count):
-            file.write(f'{{"KEY":"k{number % 7}","NUMBER":"{number}",'
+            file.write(f'{{"KEY":"k{number % 97}","NUMBER":"{number}",'
                        f'"TEXT":"{os.urandom(size // 2).hex()}"}}\n')
     return name
 
@@ -250,10 +250,16 @@ def has_ended(pid):
         return True
 
 
-def kill_server(number):
+def signal_server(number, which):
+    """Returns its process."""
     with open(f'{directory}/{number}.pid') as file:
         pid = int(file.read())
-    os.kill(pid, signal.SIGKILL)
+    os.kill(pid, which)
+    return pid
+
+
+def kill_server(number):
+    pid = signal_server(number, signal.SIGKILL)
     wait_for(lambda: has_ended(pid), 30, f'the killed server {number} runs')
     if number in started_servers:
         started_servers.pop(number).wait()
