@@ -134,7 +134,7 @@ format: ## format all sources
 tidy: packages ## check all sources with clang-tidy
 	@tools/install-packages clang-tidy
 	@cmake --preset tidy -Wno-dev --log-level=WARNING
-	@printf '%s\n' $(filter-out tests/% bench/%,$(filter %.cpp,$(SOURCES))) | \
+	@printf '%s\n' $(filter-out tests/% bench/% examples/tests/%,$(filter %.cpp,$(SOURCES))) | \
 	    xargs -n 4 -P $$(nproc) clang-tidy --quiet -p build/tidy \
 	        --extra-arg=-Wno-unknown-warning-option
 
