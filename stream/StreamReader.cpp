@@ -20,7 +20,7 @@ constexpr auto askInterval = std::chrono::seconds(1);
 
 // Of a fetch: as much as is there, or one message when it comes.
 constexpr int fetchedMessages = 64;
-constexpr std::int64_t fetchedBytes = 2 * 1024 * 1024;
+constexpr std::int64_t fetchedBytes = std::int64_t{2} * 1024 * 1024;
 constexpr std::int64_t fetchTime = 1'000'000'000; // nanoseconds
 constexpr std::int64_t waitTime = 1'000'000'000;  // nanoseconds
 // Of those without a message, after which the partition is asked what it has.
