@@ -29,7 +29,9 @@ constexpr char const* exitCodes = R"(Exit codes:
 
 datadump COMMAND --help shows the options of a command.
 )";
-constexpr char const* fileHelp = "event reports, in-memory dumps, or - for standard input";
+constexpr char const* fileHelp =
+    "event reports, in-memory dumps, directories of them, or - for standard input";
+constexpr char const* twoFilesHelp = "event reports or in-memory dumps, or - for standard input";
 
 // A time of the command line, in seconds since 1970.
 std::optional<std::int64_t> timeOption(std::string const& text, char const* option) {
@@ -110,7 +112,7 @@ public:
             ->type_name("KIND");
         auto& diff =
             addCommand("diff", "what changed from the first FILE to the second", compareDumps);
-        diff.get_option("FILE")->expected(2);
+        diff.get_option("FILE")->expected(2)->description(twoFilesHelp);
         diff.add_flag("--by-event", optionsM.isByEvent,
                       "list the changes of memory event by event");
         auto& json = addCommand("json", "JSON Lines, one object an event", writeJson);
@@ -177,7 +179,19 @@ private:
         if (optionsM.files.empty() && optionsM.explained.empty()) {
             throw CLI::RequiredError("FILE");
         }
+        if (commandM != compareDumps) {
+            openDirectories();
+        }
         checkFiles();
+    }
+
+    void openDirectories() {
+        std::vector<std::string> files;
+        for (auto const& name : optionsM.files) {
+            auto const found = filesUnder(name);
+            files.insert(files.end(), found.begin(), found.end());
+        }
+        optionsM.files = std::move(files);
     }
 
     // No file is read up before its turn, or overwritten while it is read.

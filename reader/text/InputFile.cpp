@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -55,6 +56,30 @@ std::size_t InputFile::read(char* bytes, std::size_t size) {
             throw errorOf(nameM, errno);
         }
     }
+}
+
+std::vector<std::string> filesUnder(std::string const& name) {
+    std::error_code error;
+    if (!std::filesystem::is_directory(name, error)) {
+        return {name};
+    }
+    std::vector<std::string> files;
+    std::filesystem::directory_iterator entries(name, error);
+    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
+        std::error_code unknown;
+        bool const isHidden = entries->path().filename().native().starts_with('.');
+        if (!isHidden && !entries->is_directory(unknown)) {
+            files.push_back(entries->path().string());
+        }
+    }
+    if (error) {
+        throw errorOf(name, error.value());
+    }
+    if (files.empty()) {
+        throw InputError(name + ": there is no file in this directory");
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 bool isRereadable(std::string const& name) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace reader {
 
@@ -37,6 +38,10 @@ private:
     std::string nameM;
     int descriptorM;
 };
+
+// The files in a directory, by name, without hidden ones and those of directories in it; of any
+// other name, that name alone. Throws an InputError when the directory has none.
+std::vector<std::string> filesUnder(std::string const& name);
 
 // Whether it can be opened and read once more: a pipe can't.
 bool isRereadable(std::string const& name);
