@@ -46,7 +46,7 @@ std::optional<std::string> nearestName(std::string_view mistyped,
         if (candidate == mistyped) {
             return std::nullopt;
         }
-        auto const lengths = std::minmax(mistyped.size(), candidate.size());
+        auto const lengths = std::minmax({mistyped.size(), candidate.size()});
         if (lengths.second - lengths.first >= best) {
             continue; // however much they have in common
         }
