@@ -30,6 +30,10 @@ std::string textOf(Element const& element, char const* key) {
     return value.is_null() ? "-" : simdjson::minify(value);
 }
 
+std::string yesOrNo(Element const& element, char const* key) {
+    return member(element, key).get_bool().value() ? "yes" : "no";
+}
+
 // A span of time as people read it, to two units.
 std::string spanText(double seconds) {
     if (seconds < 60) {
@@ -112,8 +116,7 @@ std::string partitionsTables(Element const& status) {
         }
         std::vector<TableRow> rows = {{"Partition", "Owned", "Next message", "Lag"}};
         for (auto const partition : partitions.get_array()) {
-            bool const isOwned = member(partition, "Owned").get_bool().value();
-            rows.push_back({textOf(partition, "Partition"), isOwned ? "yes" : "no",
+            rows.push_back({textOf(partition, "Partition"), yesOrNo(partition, "Owned"),
                             textOf(partition, "Sequence"), textOf(partition, "Lag")});
         }
         text +=
@@ -136,8 +139,7 @@ std::string statusTextOf(Element const& object) {
 std::string objectsTable(Element const& status) {
     std::vector<TableRow> rows = {{"Object", "Kind", "Valid", "Status"}};
     for (auto const object : status["Objects"].get_array()) {
-        bool const isValid = member(object, "Valid").get_bool().value();
-        rows.push_back({textOf(object, "Object"), textOf(object, "Kind"), isValid ? "yes" : "no",
+        rows.push_back({textOf(object, "Object"), textOf(object, "Kind"), yesOrNo(object, "Valid"),
                         statusTextOf(object)});
     }
     return alignedTable(rows, "llll");

@@ -19,14 +19,14 @@ constexpr std::string_view planLineStart = "\nUsed Rate Plan code: ";
 constexpr Heading discountHeadings[] = {ownDiscountsHeading, sharingHeading};
 
 void forget(EventFacts& facts) {
-    constexpr Fact EventFacts::*plainFacts[] = {
+    constexpr Fact EventFacts::*otherFacts[] = {
         &EventFacts::customer,   &EventFacts::service,         &EventFacts::ratePlan,
         &EventFacts::ratePlanId, &EventFacts::ratePlanVersion, &EventFacts::impactCategory,
         &EventFacts::codes,      &EventFacts::priceModelsAsked};
     for (auto const fact : recordFacts) {
         facts.*fact = Fact();
     }
-    for (auto const fact : plainFacts) {
+    for (auto const fact : otherFacts) {
         facts.*fact = Fact();
     }
     facts.cutLine = 0;

@@ -6,7 +6,7 @@ namespace reader {
 
 namespace {
 
-constexpr std::size_t mostKeptBytes = std::size_t{4} << 20U;
+constexpr std::size_t mostObjectBytes = std::size_t{4} << 20U;
 constexpr std::string_view absence = ": not in memory";
 constexpr char const* moduleTextExpected = "a module's text stands here";
 
@@ -56,7 +56,7 @@ void ObjectReader::beginEvent() {
 }
 
 bool ObjectReader::limitKept() {
-    if (keptBytesM + layoutsM.bytes() <= mostKeptBytes) {
+    if (keptBytesM + layoutsM.bytes() <= mostObjectBytes) {
         return false;
     }
     keptM.clear();

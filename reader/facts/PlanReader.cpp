@@ -9,7 +9,7 @@ namespace reader {
 
 namespace {
 
-constexpr std::size_t mostKeptBytes = std::size_t{4} << 20U;
+constexpr std::size_t mostPlanBytes = std::size_t{4} << 20U;
 constexpr std::size_t mostOfOneLine = 16; // that are kept
 constexpr Heading followingHeadings[] = {balancesHeading, ownDiscountsHeading, sharingHeading};
 
@@ -197,7 +197,7 @@ void PlanReader::readOverview(LinedText const& text, Place begin, LineNumber num
 
 Place PlanReader::read(LinedText const& text, Place begin, LineNumber number, bool isOpen,
                        EventFacts& facts) {
-    if (keptBytesM > mostKeptBytes) {
+    if (keptBytesM > mostPlanBytes) {
         clear();
     }
     auto& sameLine = keptM[hashOf(text.restOfLine(begin))];

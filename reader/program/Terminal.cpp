@@ -18,9 +18,9 @@ std::string_view environment(char const* name) {
 }
 
 std::size_t terminalWidth() {
-    auto const columns = environment("COLUMNS");
+    auto const text = environment("COLUMNS");
     std::size_t width = 0;
-    std::from_chars(columns.data(), columns.data() + columns.size(), width);
+    std::from_chars(text.data(), text.data() + text.size(), width);
     winsize size{};
     if (width == 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) {
         width = size.ws_col;

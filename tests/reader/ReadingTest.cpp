@@ -98,14 +98,14 @@ TEST(Reading, goesOnAfterALineAmongItems) {
         char const* from;
         char const* to;
         char const* unplaced;
-    } const edits[] = {
+    } const lineEnds[] = {
         {"name   : PREPAID_NIGHT", "name   : PREPAID_\nNIGHT", "NIGHT"},
         {"name   : WEEKEND_FREE", "name   : WEEKEND_\nFREE", "FREE"},
         {"name   : FAMILY10", "name   : FAM\nILY10", "ILY10"},
         {"name   : SPON_TEEN_SMS", "name   : SPON\n_TEEN_SMS", "_TEEN_SMS"},
         {"    Owner Type : /group/sharing", "    Owner Type : /group\n/sharing", "/sharing"},
     };
-    for (auto const& edit : edits) {
+    for (auto const& edit : lineEnds) {
         FactReader reader;
         std::vector<std::string> unplaced;
         forEachEventOf(edited(demoDump(), edit.from, edit.to), [&](EventText const& text) {
