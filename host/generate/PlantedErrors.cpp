@@ -226,7 +226,7 @@ std::vector<std::string> editedRow(PlantedKind const& kind, PlantedRow const& ro
 void writeRow(std::string_view table, std::vector<std::string> const& values, std::uint64_t number,
               GeneratedFile& file) {
     file.print(FMT_COMPILE("INSERT INTO {} VALUES ("), table);
-    std::string_view separator;
+    char const* separator = ""; // a view of nothing has no address to format
     for (auto const& value : values) {
         if (value.empty()) {
             file.print(FMT_COMPILE("{}NULL"), separator);
