@@ -27,10 +27,12 @@ void ParsedEdrs::setField(EDR::Index const& field, std::string_view text) {
         {field, static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text.size())});
 }
 
-void ParsedEdrs::drop() {
-    textM.resize(edrsM.back().textBegin);
-    stepsM.resize(edrsM.back().firstStep);
-    edrsM.pop_back();
+void ParsedEdrs::keepFirst(std::size_t count) {
+    if (count < edrsM.size()) {
+        textM.resize(edrsM[count].textBegin);
+        stepsM.resize(edrsM[count].firstStep);
+        edrsM.resize(count);
+    }
 }
 
 void ParsedEdrs::fill(EDR::Container& container, std::size_t edr) const {

@@ -29,8 +29,8 @@ public:
     void setFieldInLine(EDR::Index const& field, std::string_view text);
     // The line ends there.
     void end(InputPlace const& place) noexcept { edrsM.back().end = place; }
-    // Removes the last EDR.
-    void drop();
+    // Removes all EDRs after the first so many.
+    void keepFirst(std::size_t count);
 
     std::size_t count() const noexcept { return edrsM.size(); }
     InputPlace const& endOf(std::size_t edr) const noexcept { return edrsM[edr].end; }

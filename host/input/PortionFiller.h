@@ -25,10 +25,12 @@ public:
         : pipelineM(pipeline), parserM(parser) {}
 
     // Adds the EDR of a line that ends at the place, or rejects the line. The text, followed by the
-    // padding of EdrLineParser, is within the raw line. The origin is called for messages.
+    // padding of EdrLineParser, is within the raw line. The origin is called for messages. When it
+    // throws, as without memory, the portion has no EDR of the line.
     template <class Origin>
     void take(InputPortion& portion, std::string_view text, std::string_view raw,
               InputPlace const& end, Origin const& origin) {
+        auto const edrsBefore = portion.edrs.count();
         try {
             parserM.parse(text, portion.edrs);
             portion.edrs.end(end);
@@ -36,12 +38,15 @@ public:
                 reportUnknownFields(portion, origin());
             }
         } catch (EdrLineError const& error) {
-            portion.edrs.drop();
+            portion.edrs.keepFirst(edrsBefore);
             reportUnknownFields(portion, origin());
             auto const before = static_cast<std::size_t>(text.data() - raw.data());
             portion.rejected = raw;
             reportRejected(portion, origin(), error.what(),
                            error.column() ? std::optional(before + *error.column()) : std::nullopt);
+        } catch (...) {
+            portion.edrs.keepFirst(edrsBefore);
+            throw;
         }
     }
 

@@ -292,6 +292,39 @@ TEST_F(EdrInputs, GoOnBehindAnyEdrAsIfNothingHadBeenReadAhead) {
     }
 }
 
+// Whichever allocation fails, the pipeline gets no part of an EDR.
+TEST_F(EdrInputs, AreWholeOrAbsentWithoutMemory) {
+    host::InputPlace const firstEnd = {7, 8, 9};
+    for (std::string text :
+         {R"({"A":"1","B":[{"X":"2","C":[{"X":"3"}]}]})", R"({"A":"\n","N":5,"B":[{"X":"2"}]})",
+          R"({"A":"1","unknown":2})", R"({"A":"1","B":[{"X":{}}]})"}) {
+        text.reserve(text.size() + host::EdrLineParser::padding);
+        bool anyFailed = true;
+        for (std::size_t after = 0; anyFailed; ++after) {
+            host::EdrLineParser parser(descriptionM);
+            host::PortionFiller filler(pipelineM, parser);
+            host::InputPortion portion;
+            auto const take = [&](host::InputPlace const& end) {
+                filler.take(portion, text, text, end, [] {
+                    return host::LineOrigin{"in", "1", ""};
+                });
+            };
+            take(firstEnd);
+            auto const whole = portion.edrs.count();
+            bool isTaken = true;
+            support::failAllocations(after, 1);
+            try {
+                take({7, 8, 10});
+            } catch (std::bad_alloc const&) {
+                isTaken = false;
+            }
+            anyFailed = support::stopFailingAllocations();
+            ASSERT_EQ(portion.edrs.count(), isTaken ? 2 * whole : whole) << text << " " << after;
+            ASSERT_TRUE(whole == 0 || portion.edrs.endOf(0) == firstEnd) << text << " " << after;
+        }
+    }
+}
+
 // A reader that waits for bytes, or for memory, is waited for by nobody.
 TEST_F(EdrInputs, EndWithTheirReader) {
     ASSERT_EQ(::mkfifo(inputFile().c_str(), 0600), 0);
