@@ -60,15 +60,16 @@ std::size_t InputFile::read(char* bytes, std::size_t size) {
 
 std::vector<std::string> filesUnder(std::string const& name) {
     std::error_code error;
-    if (!std::filesystem::is_directory(name, error)) {
+    if (name == "-" || !std::filesystem::is_directory(name, error)) {
         return {name};
     }
     std::vector<std::string> files;
     std::filesystem::directory_iterator entries(name, error);
     for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
         std::error_code unknown;
+        auto const status = entries->status(unknown);
         bool const isHidden = entries->path().filename().native().starts_with('.');
-        if (!isHidden && !entries->is_directory(unknown)) {
+        if (!isHidden && !is_directory(status) && !is_other(status)) {
             files.push_back(entries->path().string());
         }
     }

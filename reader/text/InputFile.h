@@ -39,8 +39,9 @@ private:
     int descriptorM;
 };
 
-// The files in a directory, by name, without hidden ones and those of directories in it; of any
-// other name, that name alone. Throws an InputError when the directory has none.
+// The files in a directory, by name, without hidden ones, those of directories in it, and pipes and
+// devices, which may never end; of any other name, that name alone. Throws an InputError when the
+// directory has none.
 std::vector<std::string> filesUnder(std::string const& name);
 
 // Whether it can be opened and read once more: a pipe can't.
