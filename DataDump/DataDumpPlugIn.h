@@ -28,6 +28,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -91,9 +92,11 @@ template <PricingInfoType type>
 struct BasePriceInfo {
     BasePriceInfo() = default;
     BasePriceInfo(BasePriceInfo const&) = default;
-    BasePriceInfo(BasePriceInfo&&) = default;
+    BasePriceInfo(BasePriceInfo&&) noexcept(std::is_nothrow_move_constructible_v<BAS::String>) =
+        default;
     BasePriceInfo& operator=(BasePriceInfo const&) = default;
-    BasePriceInfo& operator=(BasePriceInfo&&) = default;
+    BasePriceInfo&
+    operator=(BasePriceInfo&&) noexcept(std::is_nothrow_move_assignable_v<BAS::String>) = default;
     virtual ~BasePriceInfo() = default;
 
     // 0 for the rating product, which has no instance.
