@@ -167,6 +167,12 @@ std::optional<std::string> Connection::refusal() const {
     return isRefused ? std::optional<std::string>(report) : std::nullopt;
 }
 
+void Connection::requirePermitted(std::string const& what) const {
+    if (auto const reason = refusal()) {
+        throw failure(nameM, what, *reason);
+    }
+}
+
 // The servers don't answer what they don't permit.
 void Connection::fail(std::string const& what, natsStatus status) const {
     auto const text = failureText(status);

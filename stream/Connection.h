@@ -67,6 +67,8 @@ public:
     void requireOpen() const;
     // What the servers said last that they don't permit.
     std::optional<std::string> refusal() const;
+    // Throws a BAS::Status when there is a refusal: without what it is for nothing would go on.
+    void requirePermitted(std::string const& what) const;
 
     natsConnection* get() const noexcept { return connectionM.get(); }
     jsCtx* jetStream() const noexcept { return jetStreamM.get(); }

@@ -154,6 +154,7 @@ std::optional<PartitionKeeper::Start> PartitionedInput::begin(std::uint64_t part
         if (ended()) {
             return std::nullopt;
         }
+        connectionM->requirePermitted("taking " + streamName(streamM.name, partition));
     }
 }
 

@@ -158,6 +158,7 @@ void StreamReader::fetchAhead(Partition& partition) {
             connectionM.requireOpen();
             pause();
         }
+        connectionM.requirePermitted("reading " + partition.name);
     }
 }
 
