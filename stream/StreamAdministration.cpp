@@ -121,6 +121,7 @@ struct ShownPartition {
     std::string name;
     std::optional<jsStreamState> state; // nothing when there is no such stream
     std::uint64_t lag = 0;              // messages
+    std::uint64_t place = 1;            // sequence of the message that comes next
     std::string owner;                  // empty when there is none
 };
 
@@ -138,19 +139,20 @@ std::string tableOf(std::vector<ShownPartition> const& partitions) {
     for (auto const& column : stateColumns) {
         rows.front().emplace_back(column.name);
     }
-    rows.front().insert(rows.front().end(), {"Lag", "Owner"});
+    rows.front().insert(rows.front().end(), {"Place", "Lag", "Owner"});
     for (auto const& partition : partitions) {
         host::TableRow row = {partition.name};
         for (auto const& column : stateColumns) {
             row.push_back(partition.state ? std::to_string((*partition.state).*column.value) : "-");
         }
+        row.push_back(partition.state ? std::to_string(partition.place) : "-");
         row.push_back(partition.state ? std::to_string(partition.lag) : "-");
         row.push_back(!partition.state          ? "there is no such stream"
                       : partition.owner.empty() ? "-"
                                                 : host::printable(partition.owner));
         rows.push_back(row);
     }
-    return host::alignedTable(rows, "lrrrrrl");
+    return host::alignedTable(rows, "lrrrrrrl");
 }
 
 std::string jsonOf(std::string const& name, std::vector<ShownPartition> const& partitions) {
@@ -164,6 +166,7 @@ std::string jsonOf(std::string const& name, std::vector<ShownPartition> const& p
                                                   ? std::to_string((*partition.state).*column.value)
                                                   : none);
         }
+        members.emplace_back("Place", partition.state ? std::to_string(partition.place) : none);
         members.emplace_back("Lag", partition.state ? std::to_string(partition.lag) : none);
         members.emplace_back("Owner",
                              partition.owner.empty() ? none : host::quotedText(partition.owner));
@@ -208,9 +211,10 @@ host::ExitCode showStreams(host::StreamConfiguration const& stream, host::Output
         if (auto const info = connection.streamInfo(shown.name)) {
             requirePartitionCount(stream, *info);
             auto const place = parsePlace(valueOf(places.get(), number));
-            auto const done = place && place->created == info->Created ? place->sequence - 1 : 0;
+            bool const isOf = place && place->created == info->Created;
             shown.state = info->State;
-            shown.lag = info->State.LastSeq - std::min(done, info->State.LastSeq);
+            shown.place = isOf ? place->sequence : shown.place;
+            shown.lag = info->State.LastSeq - std::min(shown.place - 1, info->State.LastSeq);
             shown.owner = valueOf(leases.get(), number);
         }
     }
