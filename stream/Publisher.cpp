@@ -199,11 +199,13 @@ private:
 
     void notePassed() {
         auto const isPassed = [this](auto const& partition) { return partition.done.file > fileM; };
-        if (std::all_of(partitionsM.begin(), partitionsM.end(), isPassed)) {
-            auto const& done = partitionsM.front().done;
+        auto const first = std::find_if(partitionsM.begin(), partitionsM.end(), isPassed);
+        if (first != partitionsM.end()) {
+            auto const count = std::count_if(first, partitionsM.end(), isPassed);
             logM.write(host::makeStatus(
                 BAS::Status::notice, {}, "MSG_SOURCE_PASSED",
-                {sourceM.files[fileM].string(), sourceM.files[done.file].string()}));
+                {sourceM.files[fileM].string(), sourceM.files[first->done.file].string(),
+                 std::to_string(count), std::to_string(partitionsM.size())}));
         }
     }
 

@@ -121,9 +121,8 @@ inline constexpr auto messageCatalogue = std::to_array<CatalogueMessage>({
     {"MSG_SOURCE_ANEW",
      "'%1' has other lines than those that were published last as '%2': it counts as another file, "
      "and is published from its first line on."},
-    {"MSG_SOURCE_PASSED",
-     "'%1' counts as published, because lines of '%2', which comes after it, are the last ones in "
-     "the stream."},
+    {"MSG_SOURCE_PASSED", "'%1' counts as published in %3 of %4 partitions, because lines of '%2', "
+                          "which comes after it, are the last ones there."},
     {"MSG_STREAM_STARTED", "Reading '%1' from sequence %2 on, after %3 lines of it."},
     {"MSG_PARTITION_TAKEN", "This host owns the partition '%1' now."},
     {"MSG_PARTITION_AWAITED", "The partition '%1' is waited for: '%2' owns it."},
