@@ -157,9 +157,7 @@ private:
         for (auto& partition : partitionsM) {
             flush(partition);
         }
-        for (auto& partition : partitionsM) {
-            partition.writer.finish();
-        }
+        finish();
     }
 
     // False when stop was set before its end.
@@ -178,7 +176,7 @@ private:
                 requireExpected(lines.number(), false);
                 take(lines);
                 if (!lines.hasLine()) {
-                    flushOverdue(file.hasBytes() ? Clock::now() - mostDelay : Clock::now());
+                    sendInTime(file);
                     draw();
                 }
             }
@@ -253,12 +251,43 @@ private:
         }
     }
 
-    // What was begun before that time.
-    void flushOverdue(Clock::time_point time) {
+    // What was begun goes out after the delay also while no lines come, and when that lasts, it is
+    // waited for: else nobody would look after what the servers didn't take.
+    void sendInTime(host::InputFile const& file) {
+        flushOverdue();
+        while (auto const begin = firstBegin()) {
+            if (file.waitForBytes(*begin + mostDelay)) {
+                return;
+            }
+            flushOverdue();
+        }
+        if (!file.hasBytes()) {
+            finish();
+        }
+    }
+
+    std::optional<Clock::time_point> firstBegin() const {
+        std::optional<Clock::time_point> first;
+        for (auto const& partition : partitionsM) {
+            if (!partition.next.isEmpty()) {
+                first = std::min(first.value_or(partition.begin), partition.begin);
+            }
+        }
+        return first;
+    }
+
+    void flushOverdue() {
+        auto const latest = Clock::now() - mostDelay;
         for (auto& partition : partitionsM) {
-            if (partition.begin <= time) {
+            if (partition.begin <= latest) {
                 flush(partition);
             }
+        }
+    }
+
+    void finish() {
+        for (auto& partition : partitionsM) {
+            partition.writer.finish();
         }
     }
 

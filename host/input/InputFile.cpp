@@ -1,7 +1,6 @@
 #include "input/InputFile.h"
 
 #include "base/Failures.h"
-#include "base/Poll.h"
 #include "input/GzipDecompressor.h"
 #include "input/ZstdDecompressor.h"
 
@@ -122,12 +121,22 @@ bool InputFile::hasBytes() const {
            waitForAny({descriptorM.number()}, std::chrono::steady_clock::now());
 }
 
-void InputFile::waitForBytes() const {
-    auto const descriptorOf = [](Notification const* end) {
-        return end == nullptr ? -1 : end->descriptor();
+bool InputFile::waitForBytes(std::chrono::steady_clock::time_point end) const {
+    return !pendingM.empty() || waitUntilReady(end);
+}
+
+// Ready is also a notification.
+bool InputFile::waitUntilReady(Deadline end) const {
+    auto const descriptorOf = [](Notification const* notification) {
+        return notification == nullptr ? -1 : notification->descriptor();
     };
+    return waitForAny(
+        {descriptorM.number(), descriptorOf(endsM.stop), descriptorOf(endsM.abandoned)}, end);
+}
+
+void InputFile::requireBytes() const {
     auto const isSet = [](Notification const* end) { return end != nullptr && end->isSet(); };
-    waitForAny({descriptorM.number(), descriptorOf(endsM.stop), descriptorOf(endsM.abandoned)});
+    waitUntilReady(std::nullopt);
     if (isSet(endsM.abandoned) ||
         (isSet(endsM.stop) &&
          !waitForAny({descriptorM.number()}, std::chrono::steady_clock::now()))) {
@@ -136,7 +145,7 @@ void InputFile::waitForBytes() const {
 }
 
 std::size_t InputFile::readFile(std::span<char> target) {
-    waitForBytes();
+    requireBytes();
     for (;;) {
         auto const count = ::read(descriptorM.number(), target.data(), target.size());
         if (count >= 0) {

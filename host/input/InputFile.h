@@ -4,8 +4,10 @@
 
 #include "base/FileDescriptor.h"
 #include "base/Notification.h"
+#include "base/Poll.h"
 #include "input/Decompressor.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -37,12 +39,15 @@ public:
 
     // Whether read would return without waiting.
     bool hasBytes() const;
+    // Waits until it would, or until a notification is set; false when that isn't before the time.
+    bool waitForBytes(std::chrono::steady_clock::time_point end) const;
 
     // How many bytes were read from the file, before decompression.
     std::uint64_t bytesRead() const noexcept { return bytesReadM; }
 
 private:
-    void waitForBytes() const;
+    bool waitUntilReady(Deadline end) const;
+    void requireBytes() const;
     std::size_t readFile(std::span<char> target);
     // Appends bytes to the pending ones, which must be at the start of the buffer; false at the
     // end.
