@@ -14,6 +14,8 @@ namespace {
 constexpr std::size_t mostQueuedBytes = std::size_t{4} * 1024 * 1024; // of a partition
 constexpr std::size_t messageOverhead = 512;
 constexpr std::size_t portionSize = 256; // EDRs
+// For so long after an election a server may not know a stream.
+constexpr auto staleTime = std::chrono::seconds(10);
 constexpr auto retryInterval = std::chrono::milliseconds(200);
 // So often a thread that waits for room asks how far its partition goes.
 constexpr auto askInterval = std::chrono::seconds(1);
@@ -162,6 +164,24 @@ void StreamReader::fetchAhead(Partition& partition) {
     }
 }
 
+// Throws a BAS::Status when the stream was made anew, or is gone for so long that no server can be
+// behind.
+void StreamReader::requireStream(Partition const& partition, jsStreamInfo const* info,
+                                 Fetching& fetching) const {
+    if (info != nullptr) {
+        fetching.goneSince.reset();
+        if (info->Created != fetching.next.created) {
+            throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {partition.name});
+        }
+        return;
+    }
+    auto const now = Clock::now();
+    fetching.goneSince = fetching.goneSince.value_or(now);
+    if (now >= *fetching.goneSince + staleTime) {
+        throw failure(streamM.name, "reading the stream " + partition.name, "it was deleted");
+    }
+}
+
 // A consumer from the next sequence. False when it can't be had now.
 bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     StreamInfo info;
@@ -170,9 +190,7 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     } catch (NoServer const&) {
         return false;
     }
-    if (info != nullptr && info->Created != fetching.next.created) {
-        throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {partition.name});
-    }
+    requireStream(partition, info.get(), fetching);
     if (info != nullptr) {
         keeperM.noteLast(partition.number, info->State.LastSeq);
         if (!keeperM.hasAll(partition.number, fetching.next, info->State.LastSeq)) {

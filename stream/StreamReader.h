@@ -9,6 +9,7 @@
 #include "input/EdrSource.h"
 #include "input/PortionFiller.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -55,6 +56,8 @@ public:
     void abandon() noexcept override;
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     struct Partition {
         std::uint64_t number = 0;
         std::string name; // of its stream
@@ -78,10 +81,13 @@ private:
         StreamPlace next;
         bool isFirst = false;
         std::uint64_t warmUp = 0;
+        std::optional<Clock::time_point> goneSince; // when the servers no longer knew the stream
     };
 
     void fetchAhead(Partition& partition);
     bool subscribe(Partition const& partition, Fetching& fetching);
+    void requireStream(Partition const& partition, jsStreamInfo const* info,
+                       Fetching& fetching) const;
     bool fetch(Partition& partition, Fetching& fetching);
     bool accept(Partition& partition, Fetching& fetching, Message message);
     void put(Item item);
