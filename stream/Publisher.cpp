@@ -17,6 +17,8 @@
 #include <chrono>
 #include <deque>
 #include <iostream>
+#include <list>
+#include <mutex>
 #include <stdexcept>
 
 namespace stream {
@@ -46,8 +48,14 @@ public:
         : pipelineM(pipeline), streamM(*pipeline.stream), sourceM(source), formM(form),
           stopM(stop, stopTime), keysM(source.keys),
           resumptionM(streamM.name, source, longestLine(), stop, logM),
-          connectionM(streamM, {&onAcknowledgement, this}) {}
-    ~Publisher() { connectionM.close(); }
+          connectionM(streamM, {&onAcknowledgement, &acknowledgedM}) {
+        acknowledgedM.publisher = this;
+    }
+    ~Publisher() {
+        connectionM.close();
+        std::lock_guard const guard(acknowledgedM.lock);
+        acknowledgedM.publisher = nullptr;
+    }
     Publisher(Publisher const&) = delete;
     Publisher& operator=(Publisher const&) = delete;
 
@@ -89,11 +97,24 @@ private:
         Clock::time_point begin;
     };
 
+    // Who gets the acknowledgements of a connection. It outlives its publisher, as the library may
+    // still be about to hand one over after the connection was closed.
+    struct Acknowledged {
+        std::mutex lock;
+        Publisher* publisher = nullptr;
+    };
+    inline static std::list<Acknowledged> allAcknowledgedM;
+
     // On a thread of the library. The message is the handler's; its subject ends in the partition.
     static void onAcknowledgement(jsCtx* /*context*/, natsMsg* message, jsPubAck* acknowledgement,
                                   jsPubAckErr* error, void* closure) {
         Message const own(message);
-        auto& partitions = static_cast<Publisher*>(closure)->partitionsM;
+        auto& acknowledged = *static_cast<Acknowledged*>(closure);
+        std::lock_guard const guard(acknowledged.lock);
+        if (acknowledged.publisher == nullptr) {
+            return;
+        }
+        auto& partitions = acknowledged.publisher->partitionsM;
         std::string_view const name = natsMsg_GetSubject(message);
         long number = -1;
         BAS::String(std::string(name.substr(name.rfind('.') + 1))).toNum(number);
@@ -326,6 +347,7 @@ private:
     KeyFields keysM;
     Resumption resumptionM;
     std::deque<Partition> partitionsM;
+    Acknowledged& acknowledgedM = allAcknowledgedM.emplace_back();
     Connection connectionM;
     std::size_t fileM = 0;
     LineSums sumsM;          // of that file
