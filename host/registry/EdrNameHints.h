@@ -1,5 +1,5 @@
-// What may have been meant by the path of a field or block that an EDR description lacks: the nearest
-// name in the same block, as " (did you mean 'NAME'?)", or nothing.
+// What may have been meant by the path of a field or block that an EDR description lacks: the
+// nearest name in the same block, as " (did you mean 'NAME'?)", or nothing.
 #pragma once
 
 #include <string>
