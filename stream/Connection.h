@@ -6,6 +6,7 @@
 
 #include <nats/nats.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,9 @@ std::string failureText(natsStatus status);
 
 // "ERR_STREAM_FAILED" with the stream, what was tried and why it failed.
 BAS::Status failure(std::string const& stream, std::string const& what, std::string const& reason);
+
+// For so long after an election a server may tell of an older state of a stream, or of none.
+inline constexpr std::chrono::seconds staleTime{10};
 
 // No server could be reached, or those that could don't serve streams now; waiting may mend it.
 class NoServer : public BAS::Status {

@@ -23,8 +23,6 @@ constexpr auto retryInterval = std::chrono::milliseconds(200);
 constexpr auto startTime = std::chrono::seconds(30);
 // Servers that are waited for longer are reported.
 constexpr auto quietTime = std::chrono::seconds(2);
-// For so long after an election a server may tell of an older state of a stream.
-constexpr auto staleTime = std::chrono::seconds(10);
 // Servers that have refused a message, and take none for so long, go on doing so.
 constexpr auto refusedTime = std::chrono::seconds(10);
 
@@ -65,7 +63,7 @@ PartitionWriter::PartitionWriter(Connection& connection, host::StreamConfigurati
 void PartitionWriter::findLast(host::StreamConfiguration const& stream) {
     auto const info = connectionM.streamInfo(streamM, answerTime);
     if (info == nullptr) {
-        throw failure(pipelineM, "publishing to " + streamM,
+        throw failure(pipelineM, attempt(),
                       "there is no such stream; 'pipeline-host stream create' makes it");
     }
     requirePartitionCount(stream, *info);
@@ -88,6 +86,11 @@ std::optional<std::uint64_t> PartitionWriter::missingUpTo() const {
         place = before;
     }
     return std::nullopt;
+}
+
+// For messages of failures.
+std::string PartitionWriter::attempt() const {
+    return "publishing to " + streamM;
 }
 
 // Nothing when there is no such message.
@@ -139,8 +142,7 @@ void PartitionWriter::bearTrouble() {
     auto& [report, begin, isReported] = troubleM;
     begin = begin.value_or(now);
     if (report.isRefusal && now - *begin > refusedTime) {
-        throw failure(pipelineM, "publishing to " + streamM,
-                      "the servers go on refusing it: " + report.reason);
+        throw failure(pipelineM, attempt(), "the servers go on refusing it: " + report.reason);
     }
     if (now - *begin > quietTime && !std::exchange(isReported, true)) {
         warn(report.reason);
@@ -185,7 +187,7 @@ bool PartitionWriter::hasRoom(Sent const& sent) const noexcept {
 void PartitionWriter::requireRoom(Sent const& sent) const {
     if (!hasRoom(sent)) {
         throw failure(
-            pipelineM, "publishing to " + streamM,
+            pipelineM, attempt(),
             fmt::format("{}line {} of '{}' takes {} bytes with its headers, and the servers take "
                         "at most {} (max_payload)",
                         sent.lines == 1 ? "" : fmt::format("{} lines up to ", sent.lines),
@@ -243,9 +245,7 @@ void PartitionWriter::recover() {
     hasFailedM = false;
     auto const failed = takeReport();
     dropAcknowledged();
-    if (auto const reason = connectionM.refusal()) {
-        throw failure(pipelineM, "publishing to " + streamM, *reason);
-    }
+    connectionM.requirePermitted(attempt());
     auto const giveUp = Clock::now() + staleTime;
     while (!goOnFromStream()) {
         if (stopM.isStopping()) {
@@ -338,7 +338,7 @@ void PartitionWriter::requireOwn(std::uint64_t last) const {
             isOwn = !place || *place == onTheWayM[next].place; // it may have expired
         }
         if (!isOwn) {
-            throw failure(pipelineM, "publishing to " + streamM,
+            throw failure(pipelineM, attempt(),
                           "another publisher writes to it; what was sent last isn't all there");
         }
     }

@@ -69,6 +69,7 @@ private:
 
     template <class Ask>
     auto untilAnswered(Ask const& ask) const;
+    std::string attempt() const;
     void findLast(host::StreamConfiguration const& stream);
     void sendPart(SourceLines const& all, std::size_t begin, std::size_t end);
     void requireRoom(Sent const& sent) const;

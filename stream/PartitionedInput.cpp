@@ -14,8 +14,6 @@ namespace stream {
 namespace {
 
 constexpr auto connectInterval = std::chrono::seconds(1);
-// For so long after an election a server may tell of an older state of a stream.
-constexpr auto staleTime = std::chrono::seconds(10);
 constexpr auto everything = std::numeric_limits<std::uint64_t>::max();
 
 bool isBefore(StreamPlace const& one, StreamPlace const& other) {

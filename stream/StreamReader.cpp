@@ -14,8 +14,6 @@ namespace {
 constexpr std::size_t mostQueuedBytes = std::size_t{4} * 1024 * 1024; // of a partition
 constexpr std::size_t messageOverhead = 512;
 constexpr std::size_t portionSize = 256; // EDRs
-// For so long after an election a server may not know a stream.
-constexpr auto staleTime = std::chrono::seconds(10);
 constexpr auto retryInterval = std::chrono::milliseconds(200);
 // So often a thread that waits for room asks how far its partition goes.
 constexpr auto askInterval = std::chrono::seconds(1);
