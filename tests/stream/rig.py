@@ -246,7 +246,7 @@ def has_ended(pid):
     try:
         with open(f'/proc/{pid}/stat') as file:
             return file.read().rpartition(')')[2].split()[0] == 'Z'
-    except FileNotFoundError:
+    except (FileNotFoundError, ProcessLookupError):  # the latter when it goes while it is read
         return True
 
 
