@@ -13,9 +13,7 @@ Bell::Bell() : descriptorM(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
 }
 
 void Bell::ring() noexcept {
-    auto const savedError = errno; // a signal handler mustn't change it
     static_cast<void>(::eventfd_write(descriptorM.number(), 1));
-    errno = savedError;
 }
 
 bool Bell::take() noexcept {

@@ -1,5 +1,5 @@
-// Wakes a waiting thread, repeatedly: rung by any thread or by a signal handler, and waited for
-// together with files and directories. An event that happens only once is a Notification.
+// Wakes a waiting thread, repeatedly: rung by any thread, and waited for together with files and
+// directories. An event that happens only once is a Notification.
 #pragma once
 
 #include "base/FileDescriptor.h"
@@ -13,7 +13,6 @@ public:
     Bell(Bell const&) = delete;
     Bell& operator=(Bell const&) = delete;
 
-    // May be called from a signal handler.
     void ring() noexcept;
     // Whether it was rung since the last call. One thread.
     bool take() noexcept;

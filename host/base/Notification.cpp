@@ -13,10 +13,8 @@ Notification::Notification() : descriptorM(::eventfd(0, EFD_CLOEXEC | EFD_NONBLO
 }
 
 void Notification::set() noexcept {
-    auto const savedError = errno; // a signal handler mustn't change it
     isSetM = true;
     static_cast<void>(::eventfd_write(descriptorM.number(), 1));
-    errno = savedError;
 }
 
 } // namespace host

@@ -1,7 +1,6 @@
 #include "base/ProcessSignals.h"
 
 #include <array>
-#include <atomic>
 
 namespace host {
 
@@ -12,24 +11,14 @@ namespace {
 constexpr std::array ignored = {SIGPIPE,   SIGXFSZ, SIGUSR1, SIGUSR2,   SIGALRM,
                                 SIGVTALRM, SIGPROF, SIGPOLL, SIGSTKFLT, SIGPWR};
 
-std::atomic<Bell*> hangUpBell{nullptr};
-
-void onHangUp(int /*signal*/) {
-    if (auto* const bell = hangUpBell.load()) {
-        bell->ring();
-    }
-}
-
 } // namespace
 
-ProcessSignals::ProcessSignals(Notification& stop, Bell& hangUp) : stopM(stop) {
-    hangUpBell = &hangUp;
-    set(SIGHUP, onHangUp);
+ProcessSignals::ProcessSignals(Notification& stop, Bell& hangUp) : threadM(stop, &hangUp) {
     for (auto const signal : ignored) {
-        set(signal, SIG_IGN);
+        ignore(signal);
     }
     for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
-        set(signal, SIG_IGN);
+        ignore(signal);
     }
 }
 
@@ -37,13 +26,11 @@ ProcessSignals::~ProcessSignals() {
     for (auto const& before : beforeM) {
         ::sigaction(before.signal, &before.action, nullptr);
     }
-    hangUpBell = nullptr;
 }
 
-void ProcessSignals::set(int signal, void (*handler)(int)) {
+void ProcessSignals::ignore(int signal) {
     struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
+    action.sa_handler = SIG_IGN;
     Before before = {signal, {}};
     if (::sigaction(signal, &action, &before.action) == 0) {
         beforeM.push_back(before);

@@ -3,8 +3,7 @@
 // open its logs again; those that would end it without having a meaning are ignored.
 #pragma once
 
-#include "base/Bell.h"
-#include "base/StopSignals.h"
+#include "base/SignalThread.h"
 
 #include <csignal>
 #include <vector>
@@ -13,7 +12,7 @@ namespace host {
 
 class ProcessSignals {
 public:
-    // Notification and bell must outlive the object, of which there is one at a time.
+    // Before the process has other threads. Notification and bell must outlive the object.
     ProcessSignals(Notification& stop, Bell& hangUp);
     ProcessSignals(ProcessSignals const&) = delete;
     ProcessSignals& operator=(ProcessSignals const&) = delete;
@@ -26,9 +25,9 @@ private:
         struct sigaction action;
     };
 
-    void set(int signal, void (*handler)(int));
+    void ignore(int signal);
 
-    StopSignals stopM;
+    SignalThread threadM;
     std::vector<Before> beforeM;
 };
 

@@ -3,7 +3,7 @@
 #include "base/DirectoryWatch.h"
 #include "base/Failures.h"
 #include "base/Poll.h"
-#include "base/StopSignals.h"
+#include "base/SignalThread.h"
 #include "base/WholeFile.h"
 #include "base/YamlTree.h"
 #include "commands/CommandFile.h"
@@ -131,7 +131,7 @@ ExitCode sendCommand(CommandInlet const& inlet, Command const& command,
     auto const file = inlet.directory / (name + commandSuffix);
     auto const result = inlet.answers / (name + resultSuffix);
     Notification stop;
-    StopSignals const signals(stop);
+    SignalThread const signals(stop);
     DirectoryWatch watch(inlet.answers);
     writeWholeFile(file, commandFileText(command));
     if (waitForResult(result, watch, stop, deadline)) {

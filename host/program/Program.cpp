@@ -233,7 +233,7 @@ ExitCode useStream(CommandLine const& commandLine, Logs& logs) {
     try {
         if (commandLine.verb == CommandLine::Verb::send) {
             Notification stop;
-            StopSignals const signals(stop);
+            SignalThread const signals(stop);
             return library.send(*pipeline.stream,
                                 {commandFileText(*commandLine.sent), commandLine.collectedIn,
                                  commandLine.timeout, commandLine.isJson},
@@ -241,7 +241,7 @@ ExitCode useStream(CommandLine const& commandLine, Logs& logs) {
         }
         if (commandLine.verb == CommandLine::Verb::publish) {
             Notification stop;
-            StopSignals const signals(stop);
+            SignalThread const signals(stop);
             return library.publish(pipeline, commandLine.streamSource, form, stop);
         }
         return commandLine.isCreating ? library.create(*pipeline.stream, commandLine.streamLimits)
