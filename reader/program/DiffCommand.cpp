@@ -104,8 +104,8 @@ private:
 
 int compareDumps(Options const& options) {
     // Both are read twice: once for hashes, then for the texts of what differs.
-    RereadableFile const olderFile(options.files[0]);
-    RereadableFile const newerFile(options.files[1]);
+    RereadableFile const olderFile(options.older);
+    RereadableFile const newerFile(options.newer);
     std::array<bool, 2> isReadBefore{};
     auto const source = [&](DumpComparison::Side side, DumpComparison::Visitor const& visit) {
         auto const& file = side == DumpComparison::older ? olderFile : newerFile;

@@ -5,8 +5,8 @@
 
 namespace reader {
 
-// What changed from the first file of the options to the second, as lines; returns whether anything
-// did, as an exit code.
+// What changed from the older file to the newer one, as lines; returns whether anything did, as an
+// exit code.
 int compareDumps(Options const& options);
 
 } // namespace reader

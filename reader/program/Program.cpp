@@ -31,7 +31,7 @@ datadump COMMAND --help shows the options of a command.
 )";
 constexpr char const* fileHelp =
     "event reports, in-memory dumps, directories of them, or - for standard input";
-constexpr char const* twoFilesHelp = "event reports or in-memory dumps, or - for standard input";
+constexpr char const* oneFileHelp = "event report or in-memory dump, or - for standard input";
 
 // A time of the command line, in seconds since 1970.
 std::optional<std::int64_t> timeOption(std::string const& text, char const* option) {
@@ -96,27 +96,34 @@ public:
         appM.require_subcommand(1);
         appM.footer(exitCodes);
         appM.set_version_flag("--version", "datadump " DATADUMP_VERSION);
-        addFindingOptions(addCommand("list", "one line an event", listEvents));
-        addFindingOptions(addCommand("show", "events as they stand, byte for byte", showEvents));
-        auto& html = addCommand("html", "a page to look at and to attach to a ticket", writePage);
+        addReadingCommand("list", "one line an event", listEvents);
+        addReadingCommand("show", "events as they stand, byte for byte", showEvents);
+        auto& html =
+            addReadingCommand("html", "a page to look at and to attach to a ticket", writePage);
         html.add_option("--old", optionsM.older, "mark what differs from this file")
             ->type_name("FILE");
         html.add_option("-o,--output", optionsM.page, "the file of the page")
             ->type_name("PAGE")
             ->required();
-        addFindingOptions(html);
-        auto& findings = addCommand("findings", "what doesn't fit, one line each", listFindings);
-        addFindingOptions(findings);
+        auto& findings =
+            addReadingCommand("findings", "what doesn't fit, one line each", listFindings);
+        findings.get_option("FILE")->required(false);
         findings
             .add_option("--explain", optionsM.explained, "what a kind of finding means, or all")
             ->type_name("KIND");
-        auto& diff =
-            addCommand("diff", "what changed from the first FILE to the second", compareDumps);
-        diff.get_option("FILE")->expected(2)->description(twoFilesHelp);
+        findings.parse_complete_callback([this] {
+            if (optionsM.files.empty() && optionsM.explained.empty()) {
+                throw CLI::RequiredError("FILE");
+            }
+        });
+        auto& diff = addCommand("diff", "what changed from one file to another", compareDumps);
+        diff.add_option("OLD", optionsM.older, oneFileHelp)->required()->type_name("");
+        diff.add_option("NEW", optionsM.newer, "the file to compare with it")
+            ->required()
+            ->type_name("");
         diff.add_flag("--by-event", optionsM.isByEvent,
                       "list the changes of memory event by event");
-        auto& json = addCommand("json", "JSON Lines, one object an event", writeJson);
-        addFindingOptions(json);
+        auto& json = addReadingCommand("json", "JSON Lines, one object an event", writeJson);
         json.add_flag("--raw", optionsM.hasRawText, "with the texts as they stand");
     }
 
@@ -135,14 +142,15 @@ private:
 
     CLI::App& addCommand(char const* name, char const* help, Command command) {
         auto& sub = *appM.add_subcommand(name, help);
-        sub.add_option("FILE", optionsM.files, fileHelp)->type_name("");
         addFilters(sub, optionsM, textsM.filters);
         sub.callback([this, command] { commandM = command; });
         return sub;
     }
 
-    // Which findings count, the same for every command that has some.
-    void addFindingOptions(CLI::App& sub) {
+    // Reads several files as one. Which findings count is said the same way for all of them.
+    CLI::App& addReadingCommand(char const* name, char const* help, Command command) {
+        auto& sub = addCommand(name, help, command);
+        sub.add_option("FILE", optionsM.files, fileHelp)->required()->type_name("");
         constexpr auto group = "Findings";
         sub.add_flag("--only-findings", optionsM.onlyFindings, "only events that have findings")
             ->group(group);
@@ -156,6 +164,7 @@ private:
             ->allow_extra_args(false)
             ->take_all()
             ->group(group);
+        return sub;
     }
 
     void takeTexts() {
@@ -176,12 +185,7 @@ private:
         if (!optionsM.explained.empty() && optionsM.explained != "all") {
             requireKind("--explain", optionsM.explained);
         }
-        if (optionsM.files.empty() && optionsM.explained.empty()) {
-            throw CLI::RequiredError("FILE");
-        }
-        if (commandM != compareDumps) {
-            openDirectories();
-        }
+        openDirectories();
         checkFiles();
     }
 
@@ -197,7 +201,7 @@ private:
     // No file is read up before its turn, or overwritten while it is read.
     void checkFiles() const {
         auto inputs = optionsM.files;
-        inputs.push_back(optionsM.older);
+        inputs.insert(inputs.end(), {optionsM.older, optionsM.newer});
         if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
             throw CLI::ValidationError("FILE", "standard input can be read only once");
         }
