@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 namespace reader {
 
 namespace {
@@ -47,7 +49,9 @@ void DumpComparison::addHashes(EventFacts const& event, Side side, std::size_t n
     entry.isChosen = true;
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& compared = objectsM[object.key()];
-        compared.events += side == newer ? 1 : 0;
+        if (side == newer && std::exchange(compared.countedEvent, number) != number) {
+            ++compared.events;
+        }
         if (compared.sides[side].firstEvent == never) {
             compared.sides[side] = {object.hash(), number};
         }
@@ -161,7 +165,7 @@ void DumpComparison::compareNewer(EventFacts const& event, std::size_t number) {
                 changesM.objects.push_back({change, kept.events});
             }
         }
-        if (isByEventM) {
+        if (isByEventM && std::exchange(kept.listedEvent, number) != number) {
             for (auto const& change : kept.changes) {
                 changesM.byEvent.push_back({nameOf(event), change.text});
             }

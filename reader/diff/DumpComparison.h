@@ -63,6 +63,10 @@ private:
     struct ComparedObject {
         std::array<ShownObject, 2> sides;
         std::uint64_t events = 0; // of the newer dump
+        // The last event of the newer dump that was counted, and that was listed: one that was
+        // charged by a price model twice shows it twice.
+        std::size_t countedEvent = never;
+        std::size_t listedEvent = never;
         std::unique_ptr<KeptObject> before;
         std::vector<Change> changes;
 

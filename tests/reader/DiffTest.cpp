@@ -99,6 +99,18 @@ TEST_F(Diff, namesTheFactThatChanged) {
                 ElementsAre("491713920003 SMS: account 1003: status ACTIVE → CLOSED"));
 }
 
+// The demo's second event was charged by one price model twice.
+TEST_F(Diff, countsAnEventOnce) {
+    auto const dump = demoDump();
+    std::string const step = "   open    0.35";
+    auto const newer = edited(edited(dump, step, "   open    0.36"), step, "   open    0.36");
+    EXPECT_THAT(differences(dump, newer).lines,
+                ElementsAre("price model PM_DATA_ROAM_Z2 step 1: Amount 0.35 → 0.36, 1 event"));
+    EXPECT_THAT(differences(dump, newer, {"--by-event"}).lines,
+                ElementsAre("001010000000011 GPRS: price model PM_DATA_ROAM_Z2 step 1: Amount "
+                            "0.35 → 0.36"));
+}
+
 // What the filter looks at may be what changed.
 TEST_F(Diff, choosesEventsByWhatEitherFileSays) {
     auto const dump = demoDump();
