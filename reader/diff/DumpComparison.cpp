@@ -27,7 +27,9 @@ DumpChanges DumpComparison::run() {
     for (auto const side : {older, newer}) {
         sourceM(side, [&](EventText const& text) {
             auto& isReadAgain = isReadAgainM[side];
-            addHashes(readerM.read(text), side, isReadAgain.size());
+            if (filterM.lets(text, readerM)) {
+                addHashes(readerM.read(text), side, isReadAgain.size());
+            }
             isReadAgain.push_back(false);
         });
     }
@@ -41,12 +43,7 @@ DumpChanges DumpComparison::run() {
 }
 
 void DumpComparison::addHashes(EventFacts const& event, Side side, std::size_t number) {
-    auto& entry = eventsM[keyOf(event)];
-    entry.sides[side] = {saidFactHashes(event), number};
-    if (!filterM.lets(event)) {
-        return;
-    }
-    entry.isChosen = true;
+    eventsM[keyOf(event)].sides[side] = {saidFactHashes(event), number};
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& compared = objectsM[object.key()];
         if (side == newer && std::exchange(compared.countedEvent, number) != number) {
@@ -73,9 +70,6 @@ void DumpComparison::chooseEvents() {
         auto const& was = event.sides[older];
         auto const& is = event.sides[newer];
         bool const isInBoth = was.number != never && is.number != never;
-        if (!event.isChosen) {
-            continue;
-        }
         if (!isInBoth || differsBesidesStart(was.hashes, is.hashes)) {
             readAgain(event);
         }
@@ -117,7 +111,7 @@ void DumpComparison::forEachReadAgain(
     std::size_t number = 0;
     sourceM(side, [&](EventText const& text) {
         // A file may have grown since.
-        if (number < isReadAgain.size() && isReadAgain[number]) {
+        if (number < isReadAgain.size() && isReadAgain[number] && filterM.lets(text, readerM)) {
             visit(readerM.read(text), number);
         }
         ++number;
@@ -126,15 +120,12 @@ void DumpComparison::forEachReadAgain(
 
 void DumpComparison::keepOlder(EventFacts const& event, std::size_t number) {
     auto& compared = eventsM[keyOf(event)];
-    if (compared.isChosen && compared.sides[older].number == number) {
+    if (compared.sides[older].number == number) {
         if (compared.sides[newer].number == never) {
             changesM.gone.push_back(nameOf(event));
         } else {
             compared.before = std::make_unique<SaidFacts>(saidFacts(event));
         }
-    }
-    if (!filterM.lets(event)) {
-        return;
     }
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& kept = objectsM[object.key()];
@@ -146,15 +137,12 @@ void DumpComparison::keepOlder(EventFacts const& event, std::size_t number) {
 
 void DumpComparison::compareNewer(EventFacts const& event, std::size_t number) {
     auto const& compared = eventsM[keyOf(event)];
-    if (compared.isChosen && compared.sides[newer].number == number) {
+    if (compared.sides[newer].number == number) {
         if (compared.sides[older].number == never) {
             changesM.came.push_back(nameOf(event));
         } else if (compared.before != nullptr) {
             compareSaid(*compared.before, saidFacts(event));
         }
-    }
-    if (!filterM.lets(event)) {
-        return;
     }
     walkM.forEach(event, [&](HeldObject const& object) {
         auto& kept = objectsM[object.key()];

@@ -41,7 +41,7 @@ struct DumpChanges {
 class DumpComparison {
 public:
     enum Side : std::size_t { older, newer };
-    // Calls the visitor with all events of a side. It is called twice for each.
+    // Calls the visitor with all events of a side. It is called twice at most for each.
     using Visitor = std::function<void(EventText const&)>;
     using Source = std::function<void(Side, Visitor const&)>;
 
@@ -78,7 +78,6 @@ private:
     };
     struct ComparedEvent {
         std::array<ShownEvent, 2> sides;
-        bool isChosen = false; // by the filter, on either side
         std::unique_ptr<SaidFacts> before;
     };
 

@@ -1,5 +1,6 @@
 #include "facts/Filter.h"
 
+#include "facts/FactReader.h"
 #include "facts/Times.h"
 
 namespace reader {
@@ -55,7 +56,7 @@ bool matchesPattern(std::string_view pattern, std::string_view text) {
 
 bool Filter::letsAllThrough() const {
     return customers.empty() && services.empty() && accounts.empty() && ratePlans.empty() &&
-           priceModels.empty() && discounts.empty() && owners.empty() && !since && !until;
+           priceModels.empty() && discounts.empty() && owners.empty() && !since && !until && !keys;
 }
 
 bool Filter::lets(EventFacts const& event) const {
@@ -77,7 +78,12 @@ bool Filter::lets(EventFacts const& event) const {
     return reader::lets(customers, event.customer) && reader::lets(services, event.service) &&
            reader::lets(accounts, event.account) && reader::lets(ratePlans, event.ratePlan) &&
            letsOneOf(priceModels, event.priceModels, codes) && letsDiscount &&
-           letsOneOf(owners, event.owners, ownerTexts);
+           letsOneOf(owners, event.owners, ownerTexts) && (!keys || keys->contains(keyOf(event)));
+}
+
+bool Filter::lets(EventText const& event, FactReader& reader) const {
+    return letsAllThrough() ||
+           lets(needsDiscounts() ? reader.read(event) : reader.readOverview(event));
 }
 
 } // namespace reader

@@ -5,9 +5,12 @@
 
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace reader {
+
+class FactReader;
 
 bool matchesPattern(std::string_view pattern, std::string_view text);
 
@@ -22,11 +25,15 @@ struct Filter {
     std::vector<std::string> owners;    // account or owner number of who shares or sponsors
     std::optional<std::int64_t> since;  // seconds since 1970, of the charging start
     std::optional<std::int64_t> until;  // the first second that is too late
+    // What keyOf() says of those that are let through.
+    std::optional<std::unordered_set<std::uint64_t>> keys;
 
     bool letsAllThrough() const;
     // Whether the discounts and owners of an event have to be read for it.
     bool needsDiscounts() const { return !discounts.empty() || !owners.empty(); }
     bool lets(EventFacts const& event) const;
+    // Reads no more of the event than it needs.
+    bool lets(EventText const& event, FactReader& reader) const;
 };
 
 } // namespace reader

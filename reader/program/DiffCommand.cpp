@@ -1,6 +1,7 @@
 #include "program/DiffCommand.h"
 
 #include "diff/DumpComparison.h"
+#include "program/KeyChoice.h"
 #include "program/Program.h"
 #include "program/RereadableFile.h"
 #include "program/Walk.h"
@@ -104,11 +105,12 @@ private:
 
 int compareDumps(Options const& options) {
     // Both are read twice: once for hashes, then for the texts of what differs.
-    RereadableFile const olderFile(options.older);
-    RereadableFile const newerFile(options.newer);
+    std::vector<RereadableFile> files;
+    files.emplace_back(options.older);
+    files.emplace_back(options.newer);
     std::array<bool, 2> isReadBefore{};
     auto const source = [&](DumpComparison::Side side, DumpComparison::Visitor const& visit) {
-        auto const& file = side == DumpComparison::older ? olderFile : newerFile;
+        auto const& file = files[side];
         Walk walk({file.name()}, {file.path()});
         walk.forEach(
             [&](EventText const& text, std::size_t) {
@@ -119,8 +121,9 @@ int compareDumps(Options const& options) {
             std::exchange(isReadBefore[side], true) ? Walk::Notices::quiet
                                                     : Walk::Notices::printed);
     };
+    auto const filter = chosenInAny(options.filter, files);
     ChangeList list;
-    list.add(DumpComparison(source, options.filter, options.isByEvent).run(), options.isByEvent);
+    list.add(DumpComparison(source, filter, options.isByEvent).run(), options.isByEvent);
     return list.isEmpty() ? done : foundOrDifferent;
 }
 

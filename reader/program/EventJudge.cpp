@@ -32,7 +32,8 @@ void judgeOutside(EventText const& text, std::vector<Finding>& findings) {
 
 } // namespace
 
-void forEachJudged(Options const& options, std::function<void(JudgedEvent const&)> const& visit) {
+void forEachJudged(Options const& options, std::function<void(JudgedEvent const&)> const& visit,
+                   Walk::Notices notices) {
     Walk walk(options.files, options.paths);
     FactReader reader;
     KeyRegister keys;
@@ -40,30 +41,32 @@ void forEachJudged(Options const& options, std::function<void(JudgedEvent const&
     std::vector<Finding> findings;
     EventFacts const noEvent;
     bool const hasSeveralFiles = walk.files().size() > 1;
-    walk.forEach([&](EventText const& text, std::size_t file) {
-        findings.clear();
-        if (text.isOutside) {
-            judgeOutside(text, findings);
-            leaveOut(findings, options);
-            if (!findings.empty() && options.filter.letsAllThrough()) {
-                visit({noEvent, findings, walk.files()[file], file});
+    walk.forEach(
+        [&](EventText const& text, std::size_t file) {
+            findings.clear();
+            if (text.isOutside) {
+                judgeOutside(text, findings);
+                leaveOut(findings, options);
+                if (!findings.empty() && options.filter.letsAllThrough()) {
+                    visit({noEvent, findings, walk.files()[file], file});
+                }
+                return;
             }
-            return;
-        }
-        auto const& event = reader.read(text);
-        if (!options.filter.lets(event)) {
-            return;
-        }
-        if (hasSeveralFiles) {
-            keys.add(event.customer.text, event.service.text, text, file, walk.files());
-            comparison.compare(event, text.offset, file, findings);
-        }
-        judge(event, findings);
-        leaveOut(findings, options);
-        if (!findings.empty() || !options.onlyFindings) {
-            visit({event, findings, walk.files()[file], file});
-        }
-    });
+            if (!options.filter.lets(text, reader)) {
+                return;
+            }
+            auto const& event = reader.read(text);
+            if (hasSeveralFiles) {
+                keys.add(event.customer.text, event.service.text, text, file, walk.files());
+                comparison.compare(event, text.offset, file, findings);
+            }
+            judge(event, findings);
+            leaveOut(findings, options);
+            if (!findings.empty() || !options.onlyFindings) {
+                visit({event, findings, walk.files()[file], file});
+            }
+        },
+        notices);
 }
 
 } // namespace reader

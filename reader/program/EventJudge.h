@@ -4,6 +4,7 @@
 #include "facts/FactReader.h"
 #include "findings/Judge.h"
 #include "program/Options.h"
+#include "program/Walk.h"
 
 #include <functional>
 
@@ -19,6 +20,7 @@ struct JudgedEvent {
 
 // Calls the visitor with the events that the filters let through. Tells of keys in two files.
 // Throws an InputError.
-void forEachJudged(Options const& options, std::function<void(JudgedEvent const&)> const& visit);
+void forEachJudged(Options const& options, std::function<void(JudgedEvent const&)> const& visit,
+                   Walk::Notices notices = Walk::Notices::printed);
 
 } // namespace reader

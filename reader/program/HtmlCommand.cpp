@@ -2,7 +2,7 @@
 
 #include "page/Page.h"
 #include "program/EventJudge.h"
-#include "program/RereadableFile.h"
+#include "program/KeyChoice.h"
 
 #include <optional>
 #include <unordered_map>
@@ -11,20 +11,6 @@
 namespace reader {
 
 namespace {
-
-// All events of the files, whichever are chosen.
-Options ofAll(Options options) {
-    options.filter = {};
-    options.onlyFindings = false;
-    return options;
-}
-
-Options ofOlder(Options const& options, RereadableFile const& older) {
-    auto all = ofAll(options);
-    all.files = {older.name()};
-    all.paths = {older.path()};
-    return all;
-}
 
 std::vector<PageKind> pageKinds() {
     std::vector<PageKind> kinds;
@@ -100,55 +86,58 @@ private:
 // Writes the page of the events, marked with what they were in an older file.
 class PageWriter {
 public:
-    explicit PageWriter(Options const& options) : optionsM(options) {
+    explicit PageWriter(Options const& options)
+        : newerM(options), hasOnlyFindingsM(options.onlyFindings) {
         if (!options.older.empty()) {
-            olderFileM.emplace(options.older);
+            chooseInBoth();
         }
     }
 
     void write() {
-        auto files = optionsM.files;
-        if (olderFileM) {
-            files.push_back(olderFileM->name());
-            readOlder();
+        auto files = newerM.files;
+        if (olderM) {
+            files.push_back(newerM.older);
+            forEachJudged(*olderM,
+                          [this](JudgedEvent const& judged) { olderRowsM.add(judged.event); });
         }
-        Page page(files, pageKinds(), olderFileM.has_value());
+        Page page(files, pageKinds(), olderM.has_value());
         addEvents(page);
-        if (olderFileM) {
+        if (olderM) {
             addGone(page);
         }
-        page.write(optionsM.page);
+        page.write(newerM.page);
     }
 
 private:
-    void readOlder() {
-        forEachJudged(ofOlder(optionsM, *olderFileM), [this](JudgedEvent const& judged) {
-            olderRowsM.add(judged.event);
-            if (optionsM.filter.lets(judged.event)) {
-                olderChoiceM.insert(keyOf(judged.event));
+    // Which events have findings is asked later: one that has none isn't gone.
+    void chooseInBoth() {
+        filesM.emplace_back(newerM.older);
+        if (!newerM.filter.letsAllThrough()) {
+            for (auto const& name : newerM.files) {
+                newerM.paths.push_back(filesM.emplace_back(name).path());
             }
-        });
+        }
+        newerM.filter = chosenInAny(newerM.filter, filesM);
+        newerM.onlyFindings = false;
+        auto& older = olderM.emplace(newerM);
+        older.files = {filesM.front().name()};
+        older.paths = {filesM.front().path()};
     }
 
-    // An event that the filters let through in either file is shown: what the filters look at may
-    // be what changed.
     bool isShown(JudgedEvent const& judged) const {
-        return (optionsM.filter.lets(judged.event) || olderChoiceM.contains(keyOf(judged.event))) &&
-               (!optionsM.onlyFindings || !judged.findings.empty());
+        return !hasOnlyFindingsM || !judged.findings.empty();
     }
 
     void addEvents(Page& page) {
-        if (!olderFileM) {
-            forEachJudged(optionsM, [&](JudgedEvent const& judged) {
-                page.add(shownEvent(judged, judged.fileNumber, PageChange::none));
-            });
-            return;
-        }
-        forEachJudged(ofAll(optionsM), [&](JudgedEvent const& judged) {
-            keysM.insert(keyOf(judged.event)); // also of those that aren't shown: they aren't gone
+        forEachJudged(newerM, [&](JudgedEvent const& judged) {
+            if (olderM) {
+                keysM.insert(keyOf(judged.event));
+            }
             if (isShown(judged)) {
                 auto shown = shownEvent(judged, judged.fileNumber, PageChange::none);
-                olderRowsM.compare(shown);
+                if (olderM) {
+                    olderRowsM.compare(shown);
+                }
                 page.add(shown);
             }
         });
@@ -156,11 +145,14 @@ private:
 
     // Events of the older file that none of the others has.
     void addGone(Page& page) {
-        forEachJudged(ofOlder(optionsM, *olderFileM), [&](JudgedEvent const& judged) {
-            if (!keysM.contains(keyOf(judged.event)) && isShown(judged)) {
-                page.add(shownEvent(judged, optionsM.files.size(), PageChange::gone));
-            }
-        });
+        forEachJudged(
+            *olderM,
+            [&](JudgedEvent const& judged) {
+                if (!keysM.contains(keyOf(judged.event)) && isShown(judged)) {
+                    page.add(shownEvent(judged, newerM.files.size(), PageChange::gone));
+                }
+            },
+            Walk::Notices::quiet);
     }
 
     static PageEvent shownEvent(JudgedEvent const& judged, std::size_t file, PageChange change) {
@@ -168,11 +160,12 @@ private:
                 change,       {}};
     }
 
-    Options const& optionsM;
-    std::optional<RereadableFile> olderFileM; // read before the others, and after them
+    std::vector<RereadableFile> filesM; // the older one; with a filter the newer ones too
+    Options newerM;
+    std::optional<Options> olderM;
+    bool hasOnlyFindingsM;
     OlderRows olderRowsM;
-    std::unordered_set<std::uint64_t> olderChoiceM; // keys that the filters let through there
-    std::unordered_set<std::uint64_t> keysM;        // of the newer files
+    std::unordered_set<std::uint64_t> keysM; // of the newer files
 };
 
 } // namespace

@@ -143,9 +143,7 @@ int showEvents(Options const& options) {
     FactReader reader;
     bool const showsAll = options.filter.letsAllThrough();
     walk.forEach([&](EventText const& text, std::size_t) {
-        bool const isShown =
-            showsAll || (!text.isOutside && options.filter.lets(reader.read(text)));
-        if (isShown) {
+        if (showsAll || (!text.isOutside && options.filter.lets(text, reader))) {
             out.write(text.text.bytes());
         }
     });
