@@ -51,7 +51,7 @@ const iso = (seconds) => {
 
 // --- Filters: an event passes when every group does. ---
 
-const filter = {words: [], range: null};
+const filter = {words: [], range: null};  // range: the first and last bin of the axis
 const groups = [
     {name: 'kinds', title: 'Findings', isOpen: true, valuesOf: (event) => findingsOf(event).map((f) => f.kind),
      label: (value) => data.kinds[value][0], severity: (value) => severityOf(value),
@@ -126,15 +126,13 @@ function applyFilters() {
     for (let event = 0; event < count; ++event) {
         let fails = 0;
         for (const hits of wordHits) if (!matches(event, hits)) { fails |= wordBit; break; }
-        const start = data.start[event];
-        if (filter.range && (start === null || start < filter.range[0] || start > filter.range[1]))
-            fails |= timeBit;
+        const start = data.start[event], bin = start === null ? -1 : axis.bin(start);
+        if (filter.range && (bin < filter.range[0] || bin > filter.range[1])) fails |= timeBit;
         for (const group of groups)
             if (group.chosen.size && !group.values[event].some((value) => group.chosen.has(value)))
                 fails |= group.bit;
         if (!fails) shown.push(event);
-        if (!(fails & ~timeBit) && start !== null) {
-            const bin = axis.bin(start);
+        if (!(fails & ~timeBit) && bin >= 0) {
             ++bars.all[bin];
             if (worst[event] === 0) ++bars.bad[bin];
         }
@@ -206,6 +204,7 @@ function drawRail() {
 
 const axis = {
     first: 0, last: 1,
+    from: 0, to: 0,  // the bins of the range as they were chosen, from the left or the right
     prepare() {
         this.first = Infinity;
         this.last = -Infinity;
@@ -240,16 +239,17 @@ const axis = {
             if (bars.bad[bin]) rectangle('bad', bin + 0.1, 0.8, Math.max(8, 100 * bars.bad[bin] / most));
         }
         if (filter.range) {
-            const from = this.bin(filter.range[0]), to = this.bin(filter.range[1]);
+            const [from, to] = filter.range;
             rectangle('range', from, to - from + 1, 100);
         }
         byId('axis-text').textContent = filter.range
-            ? `${iso(Math.round(filter.range[0]))} to ${iso(Math.round(filter.range[1]))}`
+            ? `${iso(Math.round(this.timeOf(filter.range[0])))} to ${iso(Math.round(this.timeOf(filter.range[1] + 1)))}`
             : 'events by charging start, those with a mismatch marked; drag to choose a time';
     },
     choose(from, to) {
-        const [low, high] = from <= to ? [from, to] : [to, from];
-        filter.range = [this.timeOf(Math.max(0, low)), this.timeOf(Math.min(bins, high + 1))];
+        this.from = from;
+        this.to = to;
+        filter.range = from <= to ? [from, to] : [to, from];
         applyFilters();
     },
     listen() {
@@ -276,10 +276,9 @@ const axis = {
             const step = {ArrowLeft: -1, ArrowRight: 1}[event.key];
             if (!step) return;
             event.preventDefault();
-            const low = filter.range ? this.bin(filter.range[0]) : step > 0 ? -1 : bins;
-            const high = filter.range ? Math.max(low, this.bin(filter.range[1]) - 1) : low;
-            const moved = Math.max(0, Math.min(bins - 1, high + step));
-            this.choose(event.shiftKey && filter.range ? low : moved, moved);
+            const end = filter.range ? this.to : step > 0 ? -1 : bins;
+            const moved = Math.max(0, Math.min(bins - 1, end + step));
+            this.choose(event.shiftKey && filter.range ? this.from : moved, moved);
         });
     },
 };
