@@ -41,7 +41,7 @@ constexpr ColumnWords columnWords[] = {
     {"Account", "account ", ""},
 };
 // Columns that continue the one before them.
-constexpr std::string_view continuations[] = {"Unit", "Valid to", "Below"};
+constexpr std::string_view continuations[] = {"Unit", "Valid to", "Below", "Per"};
 
 // Midnight is left out: nearly all that is sold begins with a day.
 std::string_view withoutMidnight(std::string_view cell) {

@@ -351,6 +351,10 @@ function move(by, isWanted) {
 
 // --- The card of an event ---
 
+// Lines don't end within a time, whose hyphens permit it.
+const withWholeTimes = (content) => content.split(/(\d{4}-\d\d-\d\d[T\d:]*Z?)/)
+    .map((part, i) => i % 2 ? make('span', 'time', part) : part);
+
 // The text with the words that are searched for marked.
 function highlighted(content) {
     const parts = [], lower = content.toLowerCase();
@@ -362,11 +366,11 @@ function highlighted(content) {
             if (found >= 0 && (next < 0 || found < next)) { next = found; length = word.length; }
         }
         if (next < 0) break;
-        if (next > at) parts.push(content.slice(at, next));
+        if (next > at) parts.push(...withWholeTimes(content.slice(at, next)));
         parts.push(make('mark', '', content.slice(next, next + length)));
         at = next + length;
     }
-    parts.push(content.slice(at));
+    parts.push(...withWholeTimes(content.slice(at)));
     return parts;
 }
 
