@@ -200,7 +200,11 @@ nlohmann::json Page::findingsOf(PageEvent const& event) {
 }
 
 void Page::write(std::filesystem::path const& file) {
-    if (isPipeOrDevice(file)) {
+    if (file == "-") {
+        Output out;
+        out.write(text());
+        out.flush();
+    } else if (isPipeOrDevice(file)) {
         writeInPlace(file, text());
     } else {
         writeAside(targetOf(file), text());

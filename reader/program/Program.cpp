@@ -102,7 +102,8 @@ public:
             addReadingCommand("html", "a page to look at and to attach to a ticket", writePage);
         html.add_option("--old", optionsM.older, "mark what differs from this file")
             ->type_name("FILE");
-        html.add_option("-o,--output", optionsM.page, "the file of the page")
+        html.add_option("-o,--output", optionsM.page,
+                        "the file of the page, or - for standard output")
             ->type_name("PAGE")
             ->required();
         auto& findings =
@@ -205,8 +206,9 @@ private:
         if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
             throw CLI::ValidationError("FILE", "standard input can be read only once");
         }
+        auto const page = optionsM.page == "-" ? "/dev/stdout" : optionsM.page;
         for (auto const& input : inputs) {
-            if (isSameFile(optionsM.page, input == "-" ? "/dev/stdin" : input)) {
+            if (isSameFile(page, input == "-" ? "/dev/stdin" : input)) {
                 throw CLI::ValidationError("--output",
                                            "\"" + optionsM.page + "\" is a file to read");
             }
