@@ -92,10 +92,7 @@ private:
         bool const wasAbsent = factIn(olderM, "in memory") != nullptr;
         bool const isAbsent = factIn(newerM, "in memory") != nullptr;
         if (wasAbsent != isAbsent) {
-            changesM.push_back(
-                {fmt::format("{}: {}", newerM.id,
-                             wasAbsent ? "not in memory → in memory" : "in memory → not in memory"),
-                 {}});
+            add({}, {}, wasAbsent ? "not in memory → in memory" : "in memory → not in memory");
         }
         return wasAbsent != isAbsent;
     }
@@ -103,10 +100,9 @@ private:
     void compareFacts() {
         for (auto const& [name, value] : newerM.facts) {
             auto const* const before = factIn(olderM, name);
-            if (before == nullptr || *before != value) {
-                changesM.push_back({fmt::format("{}: {} {} → {}", newerM.id, name,
-                                                before == nullptr ? "nothing" : *before, value),
-                                    {}});
+            auto const was = before == nullptr ? std::string() : *before;
+            if (was != value) {
+                add({}, {}, fmt::format("{} {} → {}", name, orNothing(was), orNothing(value)));
             }
         }
     }
@@ -118,21 +114,20 @@ private:
         for (auto const& [key, row] : after) {
             auto const found = before.find(key);
             if (found == before.end()) {
-                addRow(noun, key, "new");
+                add(noun, key, "new");
             } else {
-                compareRows(older, *found->second, newer, *row,
-                            fmt::format("{} {} {}", newerM.id, noun, key));
+                compareRows(older, *found->second, newer, *row, noun, key);
             }
         }
         for (auto const& [key, row] : before) {
             if (!after.contains(key)) {
-                addRow(noun, key, "gone");
+                add(noun, key, "gone");
             }
         }
     }
 
     void compareRows(List const& older, Row const& before, List const& newer, Row const& after,
-                     std::string const& name) {
+                     std::string const& noun, std::string const& key) {
         std::string differences;
         for (std::size_t i = 0; i < newer.headings.size(); ++i) {
             auto const column =
@@ -146,14 +141,21 @@ private:
             }
         }
         if (!differences.empty()) {
-            changesM.push_back({fmt::format("{}: {}", name, differences), {}});
+            add(noun, key, differences);
         }
     }
 
-    void addRow(std::string const& noun, std::string const& key, char const* what) {
+    static std::string_view orNothing(std::string_view text) {
+        return text.empty() ? "nothing" : text;
+    }
+
+    // Of the row of a list, or of the object itself. The same may happen to many of them.
+    void add(std::string const& noun, std::string const& key, std::string const& what) {
         auto const kind = newerM.id.substr(0, newerM.id.rfind(' '));
-        changesM.push_back({fmt::format("{} {} {}: {}", newerM.id, noun, key, what),
-                            fmt::format("{} {}: {}", kind, noun, what)});
+        auto const list = noun.empty() ? std::string() : " " + noun;
+        auto const row = noun.empty() ? std::string() : fmt::format("{} {}", list, key);
+        changesM.push_back({fmt::format("{}{}: {}", newerM.id, row, what),
+                            fmt::format("{}{}: {}", kind, list, what)});
     }
 
     void compareLines(KeptObject const& from, KeptObject const& in, char const* what) {

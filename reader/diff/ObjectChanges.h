@@ -29,7 +29,7 @@ struct KeptObject {
 
 struct Change {
     std::string text; // "price model PM_VOICE_BIZ step 1: Amount 0.0600 → 0.0750"
-    // What many changes may have in common, "sub-balance gone"; empty: never folded.
+    // What many changes may have in common, "balance group sub-balance: gone"; empty: never folded.
     std::string alike;
 };
 

@@ -158,6 +158,30 @@ TEST_F(Diff, foldsWhatIsAlike) {
                             "sub-balance EUR 2: new"));
 }
 
+TEST_F(Diff, foldsWhatHappenedToManyObjects) {
+    auto const dump = demoDump();
+    auto const event = dump.substr(0, dump.find("Begin: 2\n"));
+    std::string many;
+    for (int i = 1; i <= 6; ++i) {
+        auto const number = std::to_string(i);
+        many += edited(edited(edited(event, "Begin: 1", "Begin: " + number), "491713920003   ",
+                              number + "   "),
+                       "  Account 1003:", "  Account " + number + ":");
+    }
+    auto const closed = [](std::string text, int accounts) {
+        while (accounts-- > 0) {
+            text = edited(text, "status ACTIVE,", "status CLOSED,");
+        }
+        return text;
+    };
+    EXPECT_THAT(differences(many, closed(many, 5)).lines,
+                testing::AllOf(testing::SizeIs(5), testing::Contains("account 5: status ACTIVE → "
+                                                                     "CLOSED, 1 event")));
+    EXPECT_THAT(differences(many, closed(many, 6)).lines,
+                ElementsAre("account: status ACTIVE → CLOSED, 6 times, such as account 1: status "
+                            "ACTIVE → CLOSED"));
+}
+
 // Their tables are compared by the columns that tell rows apart.
 TEST_F(Diff, comparesTextsOfOtherModules) {
     std::string const own = " 0 discount objects asked\n 0 discount models asked\n";
