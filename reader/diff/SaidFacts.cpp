@@ -2,6 +2,8 @@
 
 #include "text/Hash.h"
 
+#include <fmt/format.h>
+
 namespace reader {
 
 namespace {
@@ -54,8 +56,9 @@ SaidFacts saidFacts(EventFacts const& event) {
     }
     facts[ownDiscounts] = itemTexts(event.ownDiscounts);
     for (auto const& owner : event.owners) {
-        append(facts[sharingOwners], owner.id.text);
-        facts[sharingOwners] += " (" + itemTexts(owner.items) + ")";
+        append(facts[sharingOwners], fmt::format("{} {}, account {}, balance group {} ({})",
+                                                 owner.type.text, owner.id.text, owner.account.text,
+                                                 owner.balanceGroup.text, itemTexts(owner.items)));
     }
     return facts;
 }
@@ -70,8 +73,11 @@ std::array<std::uint64_t, saidFactNames.size()> saidFactHashes(EventFacts const&
     }
     hashes[ownDiscounts] = itemsHash(event.ownDiscounts, 0);
     for (auto const& owner : event.owners) {
-        hashes[sharingOwners] =
-            itemsHash(owner.items, hashOf(owner.id.text, hashes[sharingOwners]));
+        for (auto const* const fact :
+             {&owner.type, &owner.id, &owner.account, &owner.balanceGroup}) {
+            hashes[sharingOwners] = hashOf(fact->text, hashes[sharingOwners]);
+        }
+        hashes[sharingOwners] = itemsHash(owner.items, hashes[sharingOwners]);
     }
     return hashes;
 }

@@ -122,7 +122,8 @@ void HeldObjectWalk::visitHeld(HeldMemory const& memory, Visitor const& visit) {
 }
 
 void HeldObjectWalk::visitAskedList(AskedList const& list, std::string_view account,
-                                    std::string_view noun, Visitor const& visit) {
+                                    std::string_view noun, std::string_view othersName,
+                                    Visitor const& visit) {
     if (list.table == nullptr) {
         return;
     }
@@ -131,6 +132,7 @@ void HeldObjectWalk::visitAskedList(AskedList const& list, std::string_view acco
     object.question += 's';
     appendWords(object.question,
                 {"for service", list.service.text, "and event type", list.eventType.text});
+    object.facts.push_back({othersName, list.others.text});
     object.lists.push_back({noun, 1, list.table});
     visit(object);
 }
@@ -154,8 +156,8 @@ void HeldObjectWalk::visitAccount(AccountMemory const& memory, Visitor const& vi
         account.lists.push_back({"service", 1, memory.services});
     }
     visit(account);
-    visitAskedList(memory.products, memory.id.text, "product", visit);
-    visitAskedList(memory.discounts, memory.id.text, "discount", visit);
+    visitAskedList(memory.products, memory.id.text, "product", "other products", visit);
+    visitAskedList(memory.discounts, memory.id.text, "discount", "other discounts", visit);
 }
 
 void HeldObjectWalk::visitRatePlan(PlanMemory const& memory, Visitor const& visit) {

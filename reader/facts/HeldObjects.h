@@ -50,7 +50,7 @@ private:
     HeldObject& next(std::string_view noun, std::string_view name, LineNumber line);
     void visitAccount(AccountMemory const& memory, Visitor const& visit);
     void visitAskedList(AskedList const& list, std::string_view account, std::string_view noun,
-                        Visitor const& visit);
+                        std::string_view othersName, Visitor const& visit);
     void visitRatePlan(PlanMemory const& memory, Visitor const& visit);
     void visitObjects(std::vector<ShownObject> const& objects, std::string_view noun,
                       std::string_view aboutName, Visitor const& visit);

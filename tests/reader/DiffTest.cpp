@@ -61,6 +61,8 @@ constexpr Edit edits[] = {
      "account 1003 service 3103: gone, 1 event"},
     {"       7103  SMS_STD  ", "       7103  SMS_BIZ  ",
      "account 1003 product 7103: Rate plan SMS_STD → SMS_BIZ, 1 event"},
+    {"  Others: 7003 VOICE_STD\n", "",
+     "account 1003: other products 7003 VOICE_STD → nothing, 1 event"},
     {"  Rate plan id 21, model FLAT", "  Rate plan id 21, model STEP",
      "rate plan SMS_STD version 2: model FLAT → STEP, 1 event"},
     {"         1     0   open    0.09    1  message",
@@ -84,8 +86,10 @@ constexpr Edit edits[] = {
      "event: charging start differs, 1 event, such as 1795203110 → 1795203111"},
     {"     Discount/Sponsorship Object id    : 5050",
      "     Discount/Sponsorship Object id    : 5051",
-     "event: sharing owners 4001 (5001 FAMILY10, 6001 SPON_TEEN_SMS), 4050 (5050 CLUB_SMS) → "
-     "4001 (5001 FAMILY10, 6001 SPON_TEEN_SMS), 4050 (5051 CLUB_SMS), 1 event"},
+     "event: sharing owners /group/sharing 4001, account 1001, balance group 2001 (5001 FAMILY10, "
+     "6001 SPON_TEEN_SMS), /group/sharing 4050, account 1050, balance group 2050 (5050 CLUB_SMS) → "
+     "/group/sharing 4001, account 1001, balance group 2001 (5001 FAMILY10, 6001 SPON_TEEN_SMS), "
+     "/group/sharing 4050, account 1050, balance group 2050 (5051 CLUB_SMS), 1 event"},
 };
 
 TEST_F(Diff, namesTheFactThatChanged) {
@@ -109,6 +113,16 @@ TEST_F(Diff, countsAnEventOnce) {
     EXPECT_THAT(differences(dump, newer, {"--by-event"}).lines,
                 ElementsAre("001010000000011 GPRS: price model PM_DATA_ROAM_Z2 step 1: Amount "
                             "0.35 → 0.36"));
+}
+
+TEST_F(Diff, namesWhatChangedOfAnOwner) {
+    auto const dump = demoDump();
+    for (auto const* const row : {"    Account id : ", "    Owner Type : ", "    BalGrp id  : "}) {
+        EXPECT_THAT(differences(dump, edited(dump, row, row + std::string("9"))).lines,
+                    ElementsAre(testing::StartsWith("event: sharing owners /group/sharing 4001, "
+                                                    "account 1001, balance group 2001 (")))
+            << row;
+    }
 }
 
 // What the filter looks at may be what changed; the event's objects are compared all the same.
@@ -211,7 +225,7 @@ TEST_F(Diff, comparesTextsOfOtherModules) {
 TEST_F(Diff, ofTwoHostsIsAFindingThatNamesTheFact) {
     auto const dump = demoDump();
     auto const one = write("one.txt", dump);
-    auto const other = write("other.txt", edited(dump, edits[4].from, edits[4].to));
+    auto const other = write("other.txt", edited(dump, edits[5].from, edits[5].to));
     auto const printed = printedBy({"findings", "--severity", "mismatch", "--customer",
                                     "491713920003", one.c_str(), other.c_str()});
     EXPECT_THAT(printed.lines,
