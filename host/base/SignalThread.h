@@ -16,8 +16,9 @@ namespace host {
 class SignalThread {
 public:
     // Before the process has other threads: the signals are blocked for the calling thread and for
-    // all that are started from then on. SIGHUP stays what it is without a bell. Notification and
-    // bell must outlive the object. Throws a BAS::Status when no descriptor is left.
+    // all that are started from then on, and in processes that any of them starts without another
+    // mask. SIGHUP stays what it is without a bell. Notification and bell must outlive the object.
+    // Throws a BAS::Status when no descriptor is left.
     explicit SignalThread(Notification& stop, Bell* hangUp = nullptr);
     SignalThread(SignalThread const&) = delete;
     SignalThread& operator=(SignalThread const&) = delete;
