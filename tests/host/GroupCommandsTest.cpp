@@ -42,8 +42,8 @@ protected:
     // What the host answers a command of the group.
     std::string answer(std::string const& name, std::string const& keys) const {
         drop("cmd/drop/" + name + ".yaml", std::string(object) + ": {" + keys + "}\n");
-        auto const result = "cmd/answers/" + name + ".result";
-        return waitForFile(result) ? directoryM.read(result) : "no answer";
+        auto const file = "cmd/answers/" + name;
+        return waitForAnswer(file) ? directoryM.read(file + ".result") : "no answer";
     }
     int send(std::vector<std::string> words) const {
         words.insert(words.begin(), {"send", "r.yaml", object});
@@ -207,7 +207,7 @@ TEST_F(GroupCommands, AreAnsweredAfterARestart) {
     drop("cmd/drop/b.yaml", std::string(object) + ": {Number: 7}\n");
     directoryM.write("cmd/answers/b.taken", "");
     HostProcess const host(directoryM.path(), {"run", "r.yaml"});
-    ASSERT_TRUE(waitForFile("cmd/answers/b.result"));
+    ASSERT_TRUE(waitForAnswer("cmd/answers/b"));
     EXPECT_THAT(directoryM.read("cmd/answers/a.result"), HasSubstr("its outcome is unknown"));
     EXPECT_THAT(directoryM.read("cmd/answers/b.result"), HasSubstr("Faultless: true"));
     EXPECT_THAT(names("cmd/answers"), ElementsAre("a.result", "b.result"));

@@ -33,7 +33,7 @@ TEST_F(Send, PrintsTheResultAndLeavesNothing) {
         EXPECT_THAT(directoryM.read("out"), HasSubstr(each.output));
         EXPECT_EQ(directoryM.read("err"), "");
     }
-    EXPECT_TRUE(names("cmd").empty());
+    EXPECT_TRUE(eventually([&] { return names("cmd").empty(); }));
 }
 
 TEST_F(Send, WithdrawsWhatNoHostTakes) {

@@ -66,19 +66,32 @@ protected:
         return text;
     }
 
+    // But for what the host keeps there for itself, and what is about to take its place.
     std::vector<std::string> names(std::string const& directory) const {
         std::vector<std::string> found;
         for (auto const& entry : std::filesystem::directory_iterator(pathOf(directory))) {
-            if (auto const name = entry.path().filename(); name != ".state" && name != ".status") {
-                found.push_back(entry.path().filename());
+            auto const name = entry.path().filename().string();
+            if (name != ".state" && name != ".status" && !isTemporary(name)) {
+                found.push_back(name);
             }
         }
         std::sort(found.begin(), found.end());
         return found;
     }
 
+    static bool isTemporary(std::string const& name) {
+        return name.starts_with('.') && name.ends_with(".tmp");
+    }
+
     bool waitForFile(std::string const& name) const {
         return eventually([&] { return std::filesystem::exists(pathOf(name)); });
+    }
+    // Waits until the command of that name is answered and the host has removed its file.
+    bool waitForAnswer(std::string const& name) const {
+        return eventually([&] {
+            return std::filesystem::exists(pathOf(name + ".result")) &&
+                   !std::filesystem::exists(pathOf(name + ".taken"));
+        });
     }
     // Waits until the text stands in the file so many times.
     bool waitForText(std::string const& file, std::string const& text,

@@ -101,7 +101,7 @@ TEST_F(ServiceManager, hearsNothingOfAHostThatIsStuckInABatch) {
     ASSERT_TRUE(waitForText("err", "ERR_BATCH_STUCK"));
     EXPECT_THAT(directoryM.read("err"), HasSubstr(std::string("critical P ") + object));
     openGate(1);
-    EXPECT_THAT(nextWith("WATCHDOG=1"), HasSubstr("2 EDRs read"));
+    EXPECT_THAT(nextWith("2 EDRs read"), HasSubstr("WATCHDOG=1"));
     EXPECT_EQ(count(directoryM.read("err"), "ERR_BATCH_STUCK"), 1U);
 }
 
