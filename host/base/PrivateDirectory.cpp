@@ -6,10 +6,21 @@
 
 namespace host {
 
+namespace {
+
+// It needn't exist: somebody may remove it while the host runs.
+std::filesystem::path temporaryDirectory() {
+    char const* const given = std::getenv("TMPDIR");
+    return given == nullptr || *given == '\0' ? "/tmp" : given;
+}
+
+} // namespace
+
 PrivateDirectory::PrivateDirectory() {
-    auto name = (std::filesystem::temp_directory_path() / "pipeline-host-XXXXXX").string();
+    auto const parent = temporaryDirectory();
+    auto name = (parent / "pipeline-host-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) {
-        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", name, errno);
+        throw fileStatus("ERR_DIRECTORY_NOT_USABLE", parent, errno);
     }
     pathM = name;
 }

@@ -1,4 +1,5 @@
-// A directory for temporary files that nobody else can enter. It goes with all that is in it.
+// A directory for temporary files that nobody else can enter, in that of the environment variable
+// TMPDIR or in /tmp. It goes with all that is in it.
 #pragma once
 
 #include <filesystem>

@@ -25,7 +25,8 @@ struct ReportRoom {
 struct Command {
     // Named after the object; its children are the keys of the command.
     BAS::RegistryEntry update;
-    // Gives a new path for each report that goes to the sender; without it none can.
+    // Gives a new path for each report that goes to the sender, or throws a BAS::Status; without it
+    // none can.
     std::function<std::filesystem::path()> reportForSender = {};
     // If given, every value that isn't empty names a report there; stays its owner's.
     ReportRoom const* room = nullptr;

@@ -127,10 +127,7 @@ std::string PreparedCommand::prepare(std::string const& key, std::string const& 
         refuse(key, value.substr(0, value.find('\0')), "a path can't hold the character U+0000");
     }
     if (value == senderValue) {
-        if (!commandM.reportForSender) {
-            refuse(key, value, "nobody waits for the report");
-        }
-        return collect(key, commandM.reportForSender().string(), Wish::forSender);
+        return collect(key, pathForSender(key), Wish::forSender);
     }
     if (value == "@") {
         refuse(key, value,
@@ -143,6 +140,17 @@ std::string PreparedCommand::prepare(std::string const& key, std::string const& 
     }
     bool const isConfined = commandM.room != nullptr && !text.empty();
     return isConfined ? collect(key, text, Wish::unknown) : checkedPlain(key, text);
+}
+
+std::string PreparedCommand::pathForSender(std::string const& key) const {
+    if (!commandM.reportForSender) {
+        refuse(key, senderValue, "nobody waits for the report");
+    }
+    try {
+        return commandM.reportForSender().string();
+    } catch (BAS::Status const& status) {
+        refuse(key, senderValue, messageText(status));
+    }
 }
 
 std::string PreparedCommand::collect(std::string const& key, std::string const& path, Wish wish) {

@@ -63,6 +63,7 @@ private:
     };
 
     std::string prepare(std::string const& key, std::string const& value);
+    std::string pathForSender(std::string const& key) const;
     std::string collect(std::string const& key, std::string const& path, Wish wish);
     std::string checkedPlain(std::string const& key, std::string const& text);
 

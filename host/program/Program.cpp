@@ -86,15 +86,18 @@ CommandResult executeAtEnd(CommandExecutor& executor, Command& command) {
     if (!hasSenderReport(command)) {
         return executeBeforePrinting(executor, command);
     }
-    PrivateDirectory const directory;
-    std::size_t reports = 0;
-    auto const pathOf = [&](std::size_t number) {
-        return directory.path() / std::to_string(number);
+    std::optional<PrivateDirectory> directory;
+    std::vector<std::filesystem::path> reports;
+    command.reportForSender = [&] {
+        if (!directory) {
+            directory.emplace();
+        }
+        reports.push_back(directory->path() / std::to_string(reports.size()));
+        return reports.back();
     };
-    command.reportForSender = [&] { return pathOf(++reports); };
     auto result = executeBeforePrinting(executor, command);
-    for (std::size_t number = 1; number <= reports; ++number) {
-        print(pathOf(number));
+    for (auto const& report : reports) {
+        print(report);
     }
     return result;
 }

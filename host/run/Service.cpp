@@ -8,8 +8,7 @@
 
 namespace host {
 
-Service::Service(Host& host, CommandExecutor& executor, Notification const& stop,
-                 ProgressLine* progress)
+Service::Service(Host& host, CommandExecutor& executor, Notification& stop, ProgressLine* progress)
     : hostM(host), executorM(executor), stopM(stop), progressM(progress) {
     openDirectories();
 }
@@ -74,7 +73,12 @@ void Service::openStreamCommands(PipelineRunner const& pipeline) {
 void Service::run() {
     {
         auto const threads = startPipelines(); // waited for at the end of the block
-        serveUntilEnd();
+        try {
+            serveUntilEnd();
+        } catch (...) {
+            stopM.set(); // otherwise they went on, without anybody who takes commands
+            throw;
+        }
     }
     if (progressM != nullptr) {
         progressM->clear();

@@ -21,12 +21,12 @@ public:
     // Takes the directories of the pipelines and of the commands for this host alone. Host,
     // executor and stop must outlive the service; the progress line may be null. Throws a
     // StartFailure when a directory can't be used.
-    Service(Host& host, CommandExecutor& executor, Notification const& stop,
-            ProgressLine* progress);
+    Service(Host& host, CommandExecutor& executor, Notification& stop, ProgressLine* progress);
 
     // Returns when all inputs have ended, or, once stop is set, when the batches and the command in
     // progress are finished. Commands that wait when the inputs end are carried out; those that
-    // wait when stop is set stay, and reloads are abandoned.
+    // wait when stop is set stay, and reloads are abandoned. Sets stop when an exception leaves it,
+    // which the pipelines don't outlive.
     void run();
 
     // A command's result couldn't be written, or the command directory failed.
@@ -52,7 +52,7 @@ private:
 
     Host& hostM;
     CommandExecutor& executorM;
-    Notification const& stopM;
+    Notification& stopM;
     ProgressLine* progressM;
     std::vector<Commands> commandsM;
     Bell streamCommandsBellM; // rung when one of the following has a command

@@ -70,9 +70,10 @@ protected:
 
     // Nothing of the host's is left in the directory.
     bool hasTemporaries() const {
-        auto const all = names(".");
-        return std::any_of(all.begin(), all.end(),
-                           [](auto const& name) { return name.ends_with(".tmp"); });
+        std::filesystem::directory_iterator const all(directoryM.path());
+        return std::any_of(begin(all), end(all), [](auto const& entry) {
+            return isTemporary(entry.path().filename().string());
+        });
     }
 
 private:
@@ -231,10 +232,29 @@ TEST_F(ReportCollection, HandsReportsToTheSender) {
                 testing::MatchesRegex("\\{\"Command\": \"[^\"]+\", \"Handled\": true, "
                                       "\"Faultless\": false, \"Results\": \\[\\{\"Object\": "
                                       "\"[^\"]+\", \"Keys\": .*\"Complete\": true\\}\\], .*\\}\n"));
-    EXPECT_TRUE(names("cmd").empty());
+    EXPECT_TRUE(eventually([&] { return names("cmd").empty(); }));
     drop("cmd/by-hand.yaml", std::string(object) + ": {Write: \"@-\"}\n");
     ASSERT_TRUE(waitForFile("cmd/by-hand.result"));
     EXPECT_EQ(directoryM.read("cmd/by-hand.report"), "written\n");
+}
+
+// Nothing but the reports needs the directory.
+TEST_F(ReportCollection, RefusesReportsWithoutADirectoryForItsFifos) {
+    auto const missing = "/missing' can't be used: No such file";
+    writeRegistry("{Directory: in}");
+    ::setenv("TMPDIR", pathOf("missing").c_str(), 1);
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    drop("cmd/a.yaml", std::string(object) + ": {Write: \"@old\"}\n");
+    EXPECT_TRUE(waitForFile("cmd/a.result"));
+    EXPECT_THAT(directoryM.read("cmd/a.result"), HasSubstr(missing));
+    drop("cmd/b.yaml", std::string(object) + ": {Write: old}\n");
+    EXPECT_TRUE(waitForFile("cmd/b.result"));
+    host.signal(SIGTERM);
+    EXPECT_EQ(host.wait(), 0);
+    EXPECT_EQ(runWith("Write=@-"), 1);
+    ::unsetenv("TMPDIR");
+    EXPECT_THAT(directoryM.read("err"), HasSubstr(missing));
+    EXPECT_THAT(directoryM.read("err"), HasSubstr("MSG_PIPELINE_SUMMARY"));
 }
 
 // The plug-in waits for the gate, which never opens.
@@ -276,10 +296,10 @@ TEST_F(ReportCollection, LeavesNothingBesideTheOldFileWhenItIsKilled) {
 
 // The signal comes while a command of the end is at work: it has its time, and the others follow.
 TEST_F(ReportCollection, GivesCommandsAtTheEndTheirTimeAfterASignal) {
-    auto const run = [&] {
+    auto const run = [&](char const* stopTimeout) {
         directoryM.write("old", "old");
         directoryM.write("trace", "");
-        writeRegistry("{Files: [x.jsonl]}", gate(), ", StopTimeout: 1");
+        writeRegistry("{Files: [x.jsonl]}", gate(), std::string(", StopTimeout: ") + stopTimeout);
         auto host = std::make_unique<HostProcess>(
             directoryM.path(),
             std::vector<std::string>{"run", "r.yaml", "--quiet", "--at-end",
@@ -289,13 +309,13 @@ TEST_F(ReportCollection, GivesCommandsAtTheEndTheirTimeAfterASignal) {
         host->signal(SIGTERM);
         return host;
     };
-    auto const waiting = run();
+    auto const waiting = run("60");
     openGate(1);
     EXPECT_EQ(waiting->wait(), 0);
     EXPECT_EQ(directoryM.read("old"), "written\n");
     EXPECT_THAT(directoryM.read("out"), HasSubstr("Count: handled, work done"));
 
-    EXPECT_EQ(run()->wait(), 4);
+    EXPECT_EQ(run("1")->wait(), 4);
     EXPECT_THAT(directoryM.read("err"), HasSubstr("ERR_COMMAND_GIVEN_UP 'Write=@old Wait' was"));
     EXPECT_EQ(directoryM.read("old"), "old");
     EXPECT_FALSE(hasTemporaries());
