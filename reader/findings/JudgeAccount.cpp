@@ -135,7 +135,11 @@ void judgeOwnDiscounts(Judgement& judgement) {
     }
     auto const& table = *list.table;
     auto const numbers = table.column("Discount");
-    for (auto const& item : judgement.event.ownDiscounts) {
+    auto const& items = judgement.event.ownDiscounts;
+    for (auto const& item : items) {
+        if (isRepeated(items, item)) {
+            continue;
+        }
         std::size_t row = 0;
         while (row < table.rowCount && table.cell(row, numbers) != item.object.text) {
             ++row;

@@ -94,8 +94,11 @@ void judgeAbsentObjects(Judgement& judgement, HeldMemory const& memory) {
          {AbsentList{memory.discounts, Kind::discountAbsent, "discount"},
           AbsentList{memory.sponsorships, Kind::sponsorshipAbsent, "sponsorship"}}) {
         for (auto const& number : absent.list.absent) {
-            judgement.add(absent.kind, number.line, fmt::format("{} {}", absent.noun, number.text),
-                          "used", "not in memory");
+            if (!isRepeated(absent.list.absent, number)) {
+                judgement.add(absent.kind, number.line,
+                              fmt::format("{} {}", absent.noun, number.text), "used",
+                              "not in memory");
+            }
         }
     }
 }
@@ -113,22 +116,20 @@ bool hasRuleFor(Table const& rules, std::string_view category) {
 
 void judgeModels(Judgement& judgement, std::vector<ShownObject> const& models) {
     auto const category = judgement.event.impactCategory.text;
-    for (auto model = models.begin(); model != models.end(); ++model) {
-        auto const& object = *model->object;
-        if (std::any_of(models.begin(), model, [&](ShownObject const& earlier) {
-                return earlier.object->name == object.name;
-            })) {
+    for (auto const& model : models) {
+        auto const& object = *model.object;
+        if (isRepeated(models, model)) {
             continue;
         }
         if (object.isAbsent) {
-            judgement.add(Kind::discountModelAbsent, model->line,
+            judgement.add(Kind::discountModelAbsent, model.line,
                           fmt::format("discount model {}", object.name), "used", "not in memory");
             continue;
         }
         auto const* const rules = object.table("Rules");
         bool const isAsked = !category.empty() && category != "*";
         if (rules != nullptr && rules->isComplete && isAsked && !hasRuleFor(*rules, category)) {
-            judgement.add(Kind::noRuleForCategory, model->line + rules->line,
+            judgement.add(Kind::noRuleForCategory, model.line + rules->line,
                           fmt::format("discount model {}", object.name),
                           fmt::format("impact category {}", category),
                           fmt::format("{} rules, none for it", rules->rowCount));
@@ -139,7 +140,8 @@ void judgeModels(Judgement& judgement, std::vector<ShownObject> const& models) {
 void judgeItems(Judgement& judgement, std::vector<UsedItem> const& items, HeldMemory const& memory,
                 ItemOwner const& owner) {
     for (auto const& item : items) {
-        if (auto const object = findObject(memory, item); object.table != nullptr) {
+        auto const object = findObject(memory, item);
+        if (object.table != nullptr && !isRepeated(items, item)) {
             judgeObject(judgement, object, item, owner);
         }
     }

@@ -156,23 +156,20 @@ void judgePriceModels(Judgement& judgement) {
     bool const areImpactsKnown = balances != nullptr && !judgement.start().empty() &&
                                  (event.priceModels.size() <= 1 ||
                                   (judgement.knowsEntries() && !judgement.hasSeveralPlans()));
-    for (auto model = shown.begin(); model != shown.end(); ++model) {
-        // Asked for twice, a model is shown twice.
-        if (std::any_of(shown.begin(), model, [&](ShownObject const& earlier) {
-                return earlier.object->name == model->object->name;
-            })) {
+    for (auto const& model : shown) {
+        if (isRepeated(shown, model)) {
             continue;
         }
-        if (model->object->isAbsent) {
-            judgement.add(Kind::priceModelAbsent, model->line,
-                          fmt::format("price model {}", model->object->name), "used",
+        if (model.object->isAbsent) {
+            judgement.add(Kind::priceModelAbsent, model.line,
+                          fmt::format("price model {}", model.object->name), "used",
                           "not in memory");
             continue;
         }
-        if (auto const* const steps = model->object->table("Steps")) {
-            judgeSteps(judgement, *model, *steps);
+        if (auto const* const steps = model.object->table("Steps")) {
+            judgeSteps(judgement, model, *steps);
             if (areImpactsKnown) {
-                judgeImpacts(judgement, *model, *steps, *balances);
+                judgeImpacts(judgement, model, *steps, *balances);
             }
         }
     }

@@ -63,6 +63,22 @@ private:
     std::string startM;
 };
 
+inline std::string_view nameOf(Fact const& number) {
+    return number.text;
+}
+inline std::string_view nameOf(ShownObject const& shown) {
+    return shown.object->name;
+}
+inline std::pair<std::string_view, std::string_view> nameOf(UsedItem const& item) {
+    return {item.object.text, item.model.text};
+}
+// What was used or asked for twice stands twice in a list: only the first is judged.
+template <class Item>
+bool isRepeated(std::vector<Item> const& list, Item const& item) {
+    return std::any_of(list.data(), &item,
+                       [&](Item const& earlier) { return nameOf(earlier) == nameOf(item); });
+}
+
 // Whether a row has the text below the heading.
 bool hasCell(Table const& table, std::string_view heading, std::string_view text);
 bool isAmongEntries(Table const& entries, std::string_view priceModel);

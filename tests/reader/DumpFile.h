@@ -49,8 +49,8 @@ void forEachEventOf(std::string const& text, Visitor const& visit,
 }
 
 // "kind customer subject" of each finding.
-inline std::set<std::string> findingsOf(std::string const& text) {
-    std::set<std::string> found;
+inline std::multiset<std::string> findingsOf(std::string const& text) {
+    std::multiset<std::string> found;
     FactReader reader;
     forEachEventOf(text, [&](EventText const& event) {
         if (event.isOutside) {

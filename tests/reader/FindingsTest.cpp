@@ -90,6 +90,30 @@ TEST(Findings, areFoundOneForEachWrongFact) {
     }
 }
 
+// Charged by two packets, a discount stands twice in the event and in what memory holds.
+TEST(Findings, areFoundOnceForADiscountThatStandsTwice) {
+    std::string const item = "     Discount/Sponsorship Object id    : 5001\n"
+                             "     Discount/Sponsorship model name   : FAMILY10\n";
+    std::string const ownItem = "    Discount Object id    : 5040\n"
+                                "    Discount model name   : DATA_PACK_2GB\n\n";
+    std::string const row = "      5001  FAMILY10  /group/sharing   4001     1001  ";
+    auto dump = edited(edited(demoDump(), item, item + item), ownItem, ownItem + ownItem);
+    dump = edited(dump, row + "ACTIVE", row + "CLOSED");
+    dump = edited(dump, "  5040  DATA_PACK_2GB      3211  /event/session/data  ACTIVE",
+                  "  5040  DATA_PACK_2GB      3211  /event/session/data  CLOSED");
+    std::string const absent = "    sponsorship object 6009: not in memory\n";
+    std::string const next = " 2 discount models asked\n";
+    dump = edited(dump, next, absent + absent + next);
+    auto after = findingsOf(dump);
+    for (auto const& finding : findingsOf(demoDump())) {
+        after.erase(finding);
+    }
+    EXPECT_THAT(after, testing::ElementsAre("object-inactive 491713920003 discount 5001",
+                                            "own-discount-inactive 001010000000011 own discount "
+                                            "5040",
+                                            "sponsorship-absent 491713920003 sponsorship 6009"));
+}
+
 // Prices that follow each other are no two for the same event, when nobody knows when it was.
 TEST(Findings, needAChargingStartToJudgePrices) {
     auto const dump = edited(
