@@ -38,7 +38,7 @@ protected:
         address.sun_family = AF_UNIX;
         std::strcpy(address.sun_path, pathOf("notify").c_str());
         socketM = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        timeval const limit = {10, 0};
+        timeval const limit = {120, 0};
         ::setsockopt(socketM, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
         if (::bind(socketM, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
             throw std::runtime_error("no socket");
