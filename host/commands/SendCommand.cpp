@@ -2,6 +2,7 @@
 
 #include "base/DirectoryWatch.h"
 #include "base/Failures.h"
+#include "base/MessageCatalogue.h"
 #include "base/Poll.h"
 #include "base/SignalThread.h"
 #include "base/WholeFile.h"
@@ -14,6 +15,7 @@
 
 #include <array>
 #include <iostream>
+#include <system_error>
 
 namespace host {
 
@@ -41,36 +43,40 @@ bool isFaultless(std::filesystem::path const& result) {
     return faultless != nullptr && faultless->value.text == "true";
 }
 
-// Copies the file to standard output; false when that isn't possible.
-bool print(FileDescriptor const& file) {
+// Copies the file to standard output.
+void print(std::filesystem::path const& report) {
+    auto const file = openForeignFile(report);
     std::array<char, std::size_t{64} * 1024> piece;
     for (;;) {
         auto const count = ::read(file.number(), piece.data(), piece.size());
-        if (count <= 0) {
-            return count == 0;
+        if (count < 0) {
+            throw fileStatus("ERR_FILE_NOT_READABLE", report, errno);
+        }
+        if (count == 0) {
+            return;
         }
         if (!writeAll(STDOUT_FILENO, {piece.data(), static_cast<std::size_t>(count)})) {
-            return false;
+            throw makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_WRITABLE",
+                             {"standard output", fmt::format("{}; the report stays in '{}'",
+                                                             std::generic_category().message(errno),
+                                                             report.string())});
         }
     }
 }
 
-bool printReports(std::string const& base, std::size_t reports) {
+void printReports(std::string const& base, std::size_t reports) {
     for (std::size_t number = 1; number <= reports; ++number) {
         auto const report = base + reportSuffix(number);
-        if (isThere(report) && !print(openForeignFile(report))) {
-            return false;
+        if (isThere(report)) {
+            print(report);
         }
     }
-    return true;
 }
 
 ExitCode printResult(std::string const& base, std::size_t reports, ResultForm form) {
     auto const result = base + resultSuffix;
     bool const faultless = isFaultless(result);
-    if (!printReports(base, reports)) {
-        return inputOrOutputFailed;
-    }
+    printReports(base, reports);
     auto& output = reports > 0 ? std::cerr : std::cout;
     auto const text = readWholeFile(result);
     output << (form == ResultForm::json ? resultFileJson(text) : text) << std::flush;

@@ -289,6 +289,11 @@ int runProgram(int argc, char const* const* argv) {
     Logs logs(commandLine.leastSeverity);
     try {
         auto const exitCode = perform(commandLine, logs);
+        if (!std::cout) {
+            logs.writeToCaller(
+                makeStatus(BAS::Status::critical, {}, "ERR_FILE_NOT_WRITABLE",
+                           {"standard output", "what is printed there isn't whole"}));
+        }
         return logs.process().hasFailed() ? inputOrOutputFailed : exitCode;
     } catch (StartFailure const& failure) {
         for (auto const& problem : failure.problems) {

@@ -328,9 +328,11 @@ TEST_F(Program, CountsRejectedLinesAndFailedInputs) {
 
 TEST_F(Program, FailsWhenWhatItWritesIsLost) {
     writeRegistry(pipeline("P", "two.jsonl"));
-    auto const command =
-        "run r.yaml --at-end 'host.Pipelines.P.Functions.F.Module A' >/dev/full 2>err #";
-    EXPECT_EQ(program(command).exitCode, 4);
+    for (std::string const command : {"run r.yaml --at-end 'host.Pipelines.P.Functions.F.Module A'",
+                                      "check r.yaml", "generate --events 1 --customers 1"}) {
+        EXPECT_EQ(program(command + " >/dev/full 2>err #").exitCode, 4) << command;
+        EXPECT_THAT(directoryM.read("err"), HasSubstr("'standard output' can't be written"));
+    }
     writeRegistry(pipeline("P", "two.jsonl", "ModuleName: TestCounter", "      Log: /dev/full\n"));
     EXPECT_EQ(program("run r.yaml").exitCode, 4);
     writeRegistry(pipeline("P", "two.jsonl"), "", "  Log: {Process: missing/process.log}\n");

@@ -233,6 +233,11 @@ TEST_F(ReportCollection, HandsReportsToTheSender) {
                                       "\"Faultless\": false, \"Results\": \\[\\{\"Object\": "
                                       "\"[^\"]+\", \"Keys\": .*\"Complete\": true\\}\\], .*\\}\n"));
     EXPECT_TRUE(eventually([&] { return names("cmd").empty(); }));
+    auto const lost = "cd '" + directoryM.path().string() + "' && '" HOST_PROGRAM "' send r.yaml " +
+                      object + " Write=@- >/dev/full 2>lost";
+    EXPECT_EQ(WEXITSTATUS(std::system(lost.c_str())), 4);
+    EXPECT_THAT(directoryM.read("lost"), HasSubstr("No space left on device; the report stays in"));
+    EXPECT_TRUE(eventually([&] { return names("cmd").size() == 2; })); // and the result
     drop("cmd/by-hand.yaml", std::string(object) + ": {Write: \"@-\"}\n");
     ASSERT_TRUE(waitForFile("cmd/by-hand.result"));
     EXPECT_EQ(directoryM.read("cmd/by-hand.report"), "written\n");
