@@ -183,7 +183,7 @@ void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
     auto* const pipeline =
         send.add_option("--pipeline", commandLine.pipeline,
                         "All hosts that read this pipeline's stream get the command; values are "
-                        "'@', for a report, or words")
+                        "'@', for a report, 'true', 'false', 'force', a whole number or nothing")
             ->type_name("PIPELINE");
     send.add_option("--collect", commandLine.collectedIn,
                     "The directory for the reports of '@', made when missing")
