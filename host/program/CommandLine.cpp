@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdlib>
 #include <iostream>
 #include <limits>
 
@@ -74,6 +76,11 @@ constexpr std::array verbNames = {
     VerbName{"stream", CommandLine::Verb::stream},
     VerbName{"publish", CommandLine::Verb::publish},
 };
+
+// No range keeps it out. The problem, if there is one.
+std::string notANumberProblem(std::string const& text) {
+    return std::isnan(std::strtod(text.c_str(), nullptr)) ? text + " is no number of seconds" : "";
+}
 
 // The texts of the command line before they are parsed.
 struct Texts {
@@ -178,7 +185,8 @@ void addSend(CLI::App& app, Texts& texts, CommandLine& commandLine) {
     send.add_option("--timeout", texts.timeout, "How long to wait")
         ->type_name("SECONDS")
         ->default_val(commandLine.timeout.count())
-        ->check(CLI::Range(0.0, 1e9).description(""));
+        ->check(CLI::Range(0.0, 1e9).description(""))
+        ->check(notANumberProblem);
     send.add_flag("--json", commandLine.isJson, "The result as one line of JSON");
     auto* const pipeline =
         send.add_option("--pipeline", commandLine.pipeline,

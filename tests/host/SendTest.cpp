@@ -76,6 +76,7 @@ TEST_F(Send, TellsWhatKeepsItFromSending) {
         {{object, "A=1", "A=2"}, 2, "the key 'A' is given twice"},
         {{object, "A", "--timeuot", "1"}, 2, "did you mean '--timeout'?"},
         {{object, "A", "--timeout", "soon"}, 2, "--timeout"},
+        {{object, "A", "--timeout", "nan"}, 2, "--timeout"},
     };
     for (auto const& each : cases) {
         EXPECT_EQ(send(each.arguments), each.exitCode) << each.message;
