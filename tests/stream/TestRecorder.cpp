@@ -1,5 +1,6 @@
 // A function plug-in that writes each batch, as one line of its details' keys and numbers, to the
-// file that its registry key "File" names. A FIFO that nobody reads blocks it.
+// file that its registry key "File" names. A FIFO that nobody reads blocks it, and then there is a
+// file FIFO.blocked.
 #include "BAS/RegistryEntry.h"
 #include "EDR/Container.h"
 #include "EDR/Factory.h"
@@ -26,8 +27,7 @@ public:
                 batch[i]->getString(keyM).str() + ":" + batch[i]->getString(numberM).str() + " ";
         }
         line += "\n";
-        int const file = ::open(registry()->find("File")->value().str().c_str(),
-                                O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+        int const file = opened(registry()->find("File")->value().str());
         bool const isWritten =
             ::write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size());
         ::close(file);
@@ -35,6 +35,15 @@ public:
     }
 
 private:
+    static int opened(std::string const& name) {
+        constexpr int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+        if (int const file = ::open(name.c_str(), flags | O_NONBLOCK, 0644); file >= 0) {
+            return file;
+        }
+        ::close(::open((name + ".blocked").c_str(), flags, 0644));
+        return ::open(name.c_str(), flags, 0644);
+    }
+
     EDR::Index keyM;
     EDR::Index numberM;
 };

@@ -30,9 +30,9 @@ def check(condition, what):
 
 
 def wait_for(condition, seconds, what):
-    end = time.time() + seconds
+    end = time.monotonic() + seconds
     while not condition():
-        check(time.time() < end, what() if callable(what) else what)
+        check(time.monotonic() < end, what() if callable(what) else what)
         time.sleep(0.1)
 
 
@@ -53,8 +53,12 @@ def write(name, text):
 
 # Hosts
 
+def run(*arguments):
+    return subprocess.run([host, *arguments], cwd=work, capture_output=True, text=True, timeout=600)
+
+
 def call(*arguments, expect=0):
-    done = subprocess.run([host, *arguments], cwd=work, capture_output=True, text=True, timeout=600)
+    done = run(*arguments)
     check(expect is None or done.returncode == expect,
           f'{arguments}: exit {done.returncode}, expected {expect}\n{done.stdout}{done.stderr}')
     return done.stdout + done.stderr
@@ -64,6 +68,23 @@ def start(command):
     process = subprocess.Popen(command, cwd=work, stdout=subprocess.DEVNULL)
     started.append(process)
     return process
+
+
+def end_all():
+    """Ends what was started, so that nobody writes to the directory any more."""
+    for process in started:
+        process.kill()
+        process.wait()
+
+
+def interrupt(process):
+    """Sends SIGTERM once the program takes it; while it begins, it would just be killed."""
+    def is_taken():
+        with open(f'/proc/{process.pid}/status') as status:
+            blocked = int(re.search(r'SigBlk:\s+(\w+)', status.read()).group(1), 16)
+        return bool(blocked & 1 << signal.SIGTERM - 1)
+    wait_for(lambda: process.poll() is not None or is_taken(), 60, 'it never takes signals')
+    process.terminate()
 
 
 def stream_input(stream, partitions, of, state, more=''):
@@ -113,9 +134,14 @@ def publish(registry_file, *files, expect=0):
 
 
 def shown(registry_file, key):
-    """What stream show shows of each partition."""
-    found = json.loads(call('stream', 'show', registry_file, 'Main', '--json'))
-    return [partition[key] for partition in found['Partitions']]
+    """What stream show shows of each partition, once the servers that lead them are elected."""
+    end = time.monotonic() + 60
+    while True:
+        done = run('stream', 'show', registry_file, 'Main', '--json')
+        if done.returncode == 0:
+            return [partition[key] for partition in json.loads(done.stdout)['Partitions']]
+        check(time.monotonic() < end, f'stream show: exit {done.returncode}\n{done.stderr}')
+        time.sleep(0.1)
 
 
 def lags(registry_file):
@@ -163,7 +189,7 @@ class Host:
     def end(self, expect=0):
         """Returns how many EDRs it read."""
         self.process.send_signal(signal.SIGTERM)
-        code = self.process.wait(60)
+        code = self.process.wait(120)
         check(code == expect, f'exit {code}, expected {expect}:\n{self.logged()[-3000:]}')
         return int(re.search(r'"Read": (\d+)', read(self.out)).group(1))
 
@@ -242,10 +268,12 @@ started_servers = {}
 
 
 def has_ended(pid):
-    """Also one whose parent hasn't asked yet."""
+    """Also one whose parent hasn't asked yet. A process whose first thread is gone may have others,
+    which keep its ports."""
     try:
         with open(f'/proc/{pid}/stat') as file:
-            return file.read().rpartition(')')[2].split()[0] == 'Z'
+            is_zombie = file.read().rpartition(')')[2].split()[0] == 'Z'
+        return is_zombie and len(os.listdir(f'/proc/{pid}/task')) == 1
     except (FileNotFoundError, ProcessLookupError):  # the latter when it goes while it is read
         return True
 
@@ -279,6 +307,11 @@ def is_healthy(number):
         return False
 
 
+def client_count(number):
+    with urllib.request.urlopen(f'http://127.0.0.1:{port + 20 + number}/connz') as answer:
+        return json.load(answer)['num_connections']
+
+
 def wait_until_healthy(*numbers):
     wait_for(lambda: all(is_healthy(number) for number in numbers), 60,
              lambda: f'servers are not healthy:\n{server_log(numbers[0])[-3000:]}')
@@ -302,14 +335,35 @@ def reconfigure(text='', replaced=()):
 class Requests:
     """Speaks the servers' own protocol, as an administrator's tool does."""
 
-    def __init__(self):
-        self.socket = socket.create_connection(('127.0.0.1', port + 1))
+    file = None
+
+    def connect(self):
+        self.socket = socket.create_connection(('127.0.0.1', port + 1), timeout=10)
         self.file = self.socket.makefile('rwb')
         self.file.readline()
         self.file.write(b'CONNECT {"verbose":false,"headers":true}\r\nSUB in.> 1\r\n')
 
     def send(self, subject, payload=b'', headers=None):
         """The answer's text."""
+        text = self.answer(subject, payload, headers)
+        check('"error"' not in text, f'{subject}: {text}')
+        return text
+
+    def ask(self, subject, payload=b''):
+        """The answer to what changes nothing. While they elect, servers answer with an error, or not
+        at all."""
+        end = time.monotonic() + 60
+        while True:
+            try:
+                return self.send(subject, payload)
+            except (AssertionError, OSError) as problem:
+                check(time.monotonic() < end, f'{subject}: {problem}')
+                self.file = None  # what came late would be taken for the next answer
+                time.sleep(0.2)
+
+    def answer(self, subject, payload, headers):
+        if self.file is None:
+            self.connect()
         if headers is None:
             self.file.write(f'PUB {subject} in.1 {len(payload)}\r\n'.encode() + payload + b'\r\n')
         else:
@@ -319,17 +373,17 @@ class Requests:
         self.file.flush()
         while True:
             line = self.file.readline().split()
+            if not line:
+                raise ConnectionError(f'{subject}: the server closed the connection')
             if line[0] == b'PING':
                 self.file.write(b'PONG\r\n')
                 self.file.flush()
             elif line[0] == b'MSG':
-                text = self.file.read(int(line[-1]) + 2)[:-2].decode()
-                check('"error"' not in text, f'{subject}: {text}')
-                return text
+                return self.file.read(int(line[-1]) + 2)[:-2].decode()
 
     def update(self, stream, **changes):
         """Changes the stream's configuration; a change to None takes a part out of it."""
-        info = json.loads(self.send(f'$JS.API.STREAM.INFO.{stream}'))
+        info = json.loads(self.ask(f'$JS.API.STREAM.INFO.{stream}'))
         config = {**info['config'], **changes}
         self.send(f'$JS.API.STREAM.UPDATE.{stream}',
                   json.dumps({key: value for key, value in config.items()
@@ -337,15 +391,23 @@ class Requests:
 
     def messages(self, stream):
         """The data of all messages of a stream, in their order."""
-        last = json.loads(self.send(f'$JS.API.STREAM.INFO.{stream}'))['state']['last_seq']
+        last = json.loads(self.ask(f'$JS.API.STREAM.INFO.{stream}'))['state']['last_seq']
         for sequence in range(1, last + 1):
-            answer = self.send(f'$JS.API.STREAM.MSG.GET.{stream}',
-                               json.dumps({'seq': sequence}).encode())
+            answer = self.ask(f'$JS.API.STREAM.MSG.GET.{stream}',
+                              json.dumps({'seq': sequence}).encode())
             yield base64.b64decode(json.loads(answer)['message'].get('data', ''))
 
 
+def unpacked(data):
+    """By another program than the host."""
+    return subprocess.run(['zstd', '-dc'], input=data, stdout=subprocess.PIPE, check=True).stdout
+
+
+def unpacked_messages(stream):
+    return [unpacked(data) for data in Requests().messages(stream)]
+
+
 def lines_of_stream(stream, partition):
-    """All lines of a partition, unpacked by another program than the host."""
+    """All lines of a partition."""
     data = b''.join(Requests().messages(f'EDR_{stream}_{partition}'))
-    return [] if not data else subprocess.run(['zstd', '-dc'], input=data, stdout=subprocess.PIPE,
-                          check=True).stdout.decode().splitlines()
+    return [] if not data else unpacked(data).decode().splitlines()
