@@ -5,8 +5,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 namespace stream {
 
 namespace {
@@ -25,10 +23,6 @@ void check(natsStatus status, host::StreamConfiguration const& stream, char cons
 std::string firstLine(std::filesystem::path const& file) {
     auto text = host::readWholeFile(file);
     return text.substr(0, text.find_first_of("\r\n"));
-}
-
-bool isSecure(std::string const& server) {
-    return server.starts_with("tls://");
 }
 
 // The library doesn't log; what matters shows in the calls that fail.
@@ -50,7 +44,7 @@ void authenticate(natsOptions* options, host::StreamConfiguration const& stream)
 }
 
 void secure(natsOptions* options, host::StreamConfiguration const& stream) {
-    if (std::any_of(stream.servers.begin(), stream.servers.end(), isSecure)) {
+    if (stream.isSecure()) {
         check(natsOptions_SetSecure(options, true), stream, "using TLS");
     }
     if (stream.certificateAuthority) {

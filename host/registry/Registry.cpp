@@ -418,10 +418,7 @@ private:
             problemsM.add(member.position, "expected 'Credentials', or 'User' with 'PasswordFile', "
                                            "or none of them");
         }
-        bool const hasSecureServer =
-            std::any_of(stream.servers.begin(), stream.servers.end(),
-                        [](auto const& server) { return server.starts_with("tls://"); });
-        if (stream.certificateAuthority && !hasSecureServer) {
+        if (stream.certificateAuthority && !stream.isSecure()) {
             problemsM.add(member.position,
                           "'CertificateAuthority' is for servers that begin with 'tls://', and "
                           "'Servers' has none: everything would be sent in clear");

@@ -5,6 +5,7 @@
 #include "BAS/RegistryEntry.h"
 #include "BAS/Status.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -42,6 +43,12 @@ struct StreamConfiguration {
     std::filesystem::path stateDirectory;
     std::size_t warmUp = 0;     // messages of each partition that are read again at the start
     bool takesCommands = false; // those that an operator gives all hosts
+
+    // Whether connections are secured: all of them, when one server says so.
+    bool isSecure() const {
+        return std::any_of(servers.begin(), servers.end(),
+                           [](std::string const& server) { return server.starts_with("tls://"); });
+    }
 };
 
 struct PipelineConfiguration {
