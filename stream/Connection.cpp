@@ -14,6 +14,13 @@ constexpr std::int64_t writeTimeout = 2'000;   // milliseconds
 constexpr std::int64_t reconnectWait = 200;    // milliseconds
 constexpr std::int64_t bucketTimeout = 1'000;  // milliseconds
 
+// No server was there, or the one that was there went away before it said who it lets in, as
+// servers do that are ending, and what forwards connections to servers that are away.
+bool isAway(natsStatus status) {
+    return status == NATS_NO_SERVER || status == NATS_TIMEOUT || status == NATS_CONNECTION_CLOSED ||
+           status == NATS_IO_ERROR;
+}
+
 void check(natsStatus status, host::StreamConfiguration const& stream, char const* what) {
     if (status != NATS_OK) {
         throw failure(stream.name, what, failureText(status));
@@ -94,7 +101,7 @@ Connection::Connection(host::StreamConfiguration const& stream,
     natsConnection* connection = nullptr;
     auto const status = natsConnection_Connect(&connection, options);
     auto const what = fmt::format("connecting to {}", fmt::join(stream.servers, ", "));
-    if (status == NATS_NO_SERVER || status == NATS_TIMEOUT) {
+    if (isAway(status)) {
         throw NoServer(failure(stream.name, what, failureText(status)));
     }
     check(status, stream, what.c_str());

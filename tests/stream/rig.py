@@ -8,6 +8,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import urllib.request
 
@@ -291,6 +292,28 @@ def kill_server(number):
     wait_for(lambda: has_ended(pid), 30, f'the killed server {number} runs')
     if number in started_servers:
         started_servers.pop(number).wait()
+
+
+class ClosingServer:
+    """Takes connections in the place of a server and closes them at once, as what forwards them to
+    a server that is away does."""
+
+    def __init__(self, number):
+        self.listener = socket.create_server(('127.0.0.1', port + number))
+        self.thread = threading.Thread(target=self.serve)
+        self.thread.start()
+
+    def serve(self):
+        try:
+            while True:
+                self.listener.accept()[0].close()
+        except OSError:  # by end
+            pass
+
+    def end(self):
+        self.listener.shutdown(socket.SHUT_RDWR)
+        self.thread.join()
+        self.listener.close()
 
 
 def server_log(number):
