@@ -106,10 +106,15 @@ void createBucket(Connection& connection, host::StreamLimits const& limits, std:
     }
 }
 
-std::string valueOf(kvStore* bucket, std::uint64_t partition) {
+// Empty when the bucket has none for the partition.
+std::string valueOf(Connection const& connection, kvStore* bucket, std::uint64_t partition) {
     kvEntry* found = nullptr;
-    if (kvStore_Get(&found, bucket, std::to_string(partition).c_str()) != NATS_OK) {
+    auto const status = kvStore_Get(&found, bucket, std::to_string(partition).c_str());
+    if (status == NATS_NOT_FOUND) {
         return {};
+    }
+    if (status != NATS_OK) {
+        connection.fail(fmt::format("reading the bucket {}", kvStore_Bucket(bucket)), status);
     }
     BucketEntry const entry(found);
     return {static_cast<char const*>(kvEntry_Value(found)),
@@ -210,12 +215,12 @@ host::ExitCode showStreams(host::StreamConfiguration const& stream, host::Output
         shown.name = streamName(stream.name, number);
         if (auto const info = connection.streamInfo(shown.name)) {
             requirePartitionCount(stream, *info);
-            auto const place = parsePlace(valueOf(places.get(), number));
+            auto const place = parsePlace(valueOf(connection, places.get(), number));
             bool const isOf = place && place->created == info->Created;
             shown.state = info->State;
             shown.place = isOf ? place->sequence : shown.place;
             shown.lag = info->State.LastSeq - std::min(shown.place - 1, info->State.LastSeq);
-            shown.owner = valueOf(leases.get(), number);
+            shown.owner = valueOf(connection, leases.get(), number);
         }
     }
     std::cout << (form == host::OutputForm::json ? jsonOf(stream.name, partitions)
