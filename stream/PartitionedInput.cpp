@@ -114,9 +114,11 @@ void PartitionedInput::goBack(std::string const& name, std::uint64_t partition, 
     placesM.write();
 }
 
-void PartitionedInput::noteLast(std::uint64_t partition, std::uint64_t sequence) {
+void PartitionedInput::noteRange(std::uint64_t partition, std::uint64_t first, std::uint64_t last) {
     std::lock_guard const guard(lockM);
-    readingM.at(partition).last = sequence;
+    auto& reading = readingM.at(partition);
+    reading.first = std::max(reading.first, first);
+    reading.last = last;
 }
 
 std::vector<host::PartitionState> PartitionedInput::state() const {
@@ -132,7 +134,7 @@ std::vector<host::PartitionState> PartitionedInput::state() const {
         auto const& reading = found->second;
         state.isOwned = leasesM->term(number) == reading.term;
         state.sequence = reading.place.sequence;
-        state.lag = reading.last + 1 - std::min(reading.place.sequence, reading.last + 1);
+        state.lag = lagOf(reading.place.sequence, reading.first, reading.last);
     }
     return states;
 }
@@ -181,7 +183,8 @@ std::optional<PartitionKeeper::Start> PartitionedInput::startOf(std::uint64_t pa
         throw host::makeStatus(BAS::Status::critical, {}, "ERR_STREAM_ANEW", {name});
     }
     Start start;
-    start.isFirst = !local && !copied;
+    // What is gone before this host, or any, ever reads isn't missed.
+    start.place.sequence = std::max<std::uint64_t>(info->State.FirstSeq, 1);
     start.place.created = info->Created;
     auto rejectedBytes = everything;
     if (isOf(local)) {
@@ -208,7 +211,7 @@ std::optional<PartitionKeeper::Start> PartitionedInput::startOf(std::uint64_t pa
     }
     // Whoever goes on where it stopped itself has everything in its stores.
     start.warmUp = readBeforeM.insert(partition).second || isCopyLater ? streamM.warmUp : 0;
-    readingM[partition] = {start.place, term, info->State.LastSeq};
+    readingM[partition] = {start.place, term, info->State.FirstSeq, info->State.LastSeq};
     leasesM->copy(partition, term, start.place); // it may be later than the copy
     logM.write(host::makeStatus(
         BAS::Status::info, pipelineM.registeredName, "MSG_STREAM_STARTED",

@@ -29,7 +29,7 @@ public:
     // Of the partitions' threads, but for areHeld, which is any thread's.
     std::optional<Start> begin(std::uint64_t partition,
                                std::function<bool()> const& ended) override;
-    void noteLast(std::uint64_t partition, std::uint64_t sequence) override;
+    void noteRange(std::uint64_t partition, std::uint64_t first, std::uint64_t last) override;
     bool hasAll(std::uint64_t partition, StreamPlace const& next, std::uint64_t last) override;
     bool areHeld() const override;
 
@@ -59,7 +59,9 @@ private:
     struct Reading {
         StreamPlace place;
         std::uint64_t term = 0; // of the lease; 0 once all must begin again
-        std::uint64_t last = 0; // message that the partition is known to have
+        // Messages that the partition is known to have.
+        std::uint64_t first = 0;
+        std::uint64_t last = 0;
     };
     std::map<std::uint64_t, Reading> readingM;
     std::set<std::uint64_t> readBeforeM; // partitions that this process began to read

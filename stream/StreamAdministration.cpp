@@ -219,7 +219,7 @@ host::ExitCode showStreams(host::StreamConfiguration const& stream, host::Output
             bool const isOf = place && place->created == info->Created;
             shown.state = info->State;
             shown.place = isOf ? place->sequence : shown.place;
-            shown.lag = info->State.LastSeq - std::min(shown.place - 1, info->State.LastSeq);
+            shown.lag = lagOf(shown.place, info->State.FirstSeq, info->State.LastSeq);
             shown.owner = valueOf(connection, leases.get(), number);
         }
     }

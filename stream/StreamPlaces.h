@@ -5,6 +5,7 @@
 
 #include "base/FileDescriptor.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -26,6 +27,13 @@ struct StreamPlace {
 // The last message of which lines were read; 0 when there is none.
 inline std::uint64_t lastRead(StreamPlace const& place) {
     return place.lines > 0 ? place.sequence : place.sequence - 1;
+}
+
+// How many messages wait from the place of the next one on, in a stream that has those from first
+// to last; earlier ones are gone.
+inline std::uint64_t lagOf(std::uint64_t next, std::uint64_t first, std::uint64_t last) {
+    auto const begin = std::max(next, first);
+    return last < begin ? 0 : last - begin + 1;
 }
 
 std::string placeText(StreamPlace const& place);

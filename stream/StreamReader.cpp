@@ -148,7 +148,6 @@ void StreamReader::fetchAhead(Partition& partition) {
     }
     Fetching fetching;
     fetching.next = start->place;
-    fetching.isFirst = start->isFirst;
     fetching.warmUp = std::min(start->warmUp, start->place.sequence - 1);
     while (!isClosed()) {
         bool const isFine = (fetching.subscription != nullptr || subscribe(partition, fetching)) &&
@@ -190,7 +189,7 @@ bool StreamReader::subscribe(Partition const& partition, Fetching& fetching) {
     }
     requireStream(partition, info.get(), fetching);
     if (info != nullptr) {
-        keeperM.noteLast(partition.number, info->State.LastSeq);
+        keeperM.noteRange(partition.number, info->State.FirstSeq, info->State.LastSeq);
         if (!keeperM.hasAll(partition.number, fetching.next, info->State.LastSeq)) {
             return false;
         }
@@ -271,7 +270,7 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
     item.bytes = static_cast<std::size_t>(natsMsg_GetDataLength(message.get())) + messageOverhead;
     item.message = std::move(message);
     if (fetching.warmUp == 0) {
-        item.missing = fetching.isFirst ? 0 : sequence - expected;
+        item.missing = sequence - expected;
         item.skipLines = item.missing == 0 ? fetching.next.lines : 0;
     } else if (sequence >= fetching.next.sequence) {
         item.missing = sequence - fetching.next.sequence;
@@ -281,12 +280,11 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
         fetching.next.sequence = std::max(fetching.next.sequence, sequence + 1);
         fetching.next.lines = 0;
     }
-    fetching.isFirst = false;
     fetching.isNew = false;
     fetching.idleTurns = 0;
     fetching.isOverdue = false;
     fetching.hasMore = last > sequence;
-    keeperM.noteLast(partition.number, last);
+    keeperM.noteRange(partition.number, 0, last);
     put(std::move(item));
     return true;
 }
@@ -312,7 +310,7 @@ StreamInfo StreamReader::askForState(Partition const& partition) {
     try {
         auto info = connectionM.streamInfo(partition.name);
         if (info != nullptr) {
-            keeperM.noteLast(partition.number, info->State.LastSeq);
+            keeperM.noteRange(partition.number, info->State.FirstSeq, info->State.LastSeq);
         }
         return info;
     } catch (NoServer const&) {

@@ -25,15 +25,15 @@ public:
     struct Start {
         StreamPlace place;
         std::uint64_t warmUp = 0; // messages before it that are read again
-        bool isFirst = false;     // the host never read from it, so that nothing can be missing
     };
 
     // Waits until the host may read from the partition; nothing once ended says so. Called on the
     // partition's thread, as the next one. Throws a BAS::Status when it never may.
     virtual std::optional<Start> begin(std::uint64_t partition,
                                        std::function<bool()> const& ended) = 0;
-    // Takes note of the last message that the partition is known to have.
-    virtual void noteLast(std::uint64_t partition, std::uint64_t sequence) = 0;
+    // Takes note of the messages that the partition is known to have; the first one is 0 when that
+    // isn't known.
+    virtual void noteRange(std::uint64_t partition, std::uint64_t first, std::uint64_t last) = 0;
     // Whether a partition with that last message still has all that came before the next place;
     // areHeld is false soon when it doesn't.
     virtual bool hasAll(std::uint64_t partition, StreamPlace const& next, std::uint64_t last) = 0;
@@ -79,7 +79,6 @@ private:
         std::size_t idleTurns = 0;
         bool isOverdue = false; // something is there that hasn't come
         StreamPlace next;
-        bool isFirst = false;
         std::uint64_t warmUp = 0;
         std::optional<Clock::time_point> goneSince; // when the servers no longer knew the stream
     };
