@@ -48,12 +48,21 @@ Leases::~Leases() {
     changedM.notify_all();
     keeperM.join();
     bool areServersThere = copyPlaces();
+    while (!areServersThere && ownsAny()) { // whoever is next would begin where it last stood
+        std::this_thread::sleep_for(retryInterval);
+        areServersThere = copyPlaces();
+    }
     for (auto const& [partition, lease] : leasesM) {
         if (areServersThere && lease.end > Clock::now()) {
             areServersThere =
                 kvStore_Delete(bucketM.get(), std::to_string(partition).c_str()) == NATS_OK;
         }
     }
+}
+
+bool Leases::ownsAny() const {
+    return std::any_of(leasesM.begin(), leasesM.end(),
+                       [](auto const& each) { return each.second.end > Clock::now(); });
 }
 
 std::optional<std::uint64_t> Leases::term(std::uint64_t partition) const {

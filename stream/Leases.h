@@ -29,7 +29,8 @@ public:
     // pipeline's registered name. Throws NoServer, or a BAS::Status when the buckets aren't there.
     Leases(Connection const& connection, host::StreamConfiguration const& stream,
            std::string const& pipeline, BAS::LogSink& log);
-    // Gives the partitions up, so that another host can take them at once.
+    // Gives the partitions up, so that another host can take them at once, and goes on where this
+    // one stands. As long as servers don't answer, it tries until the leases end.
     ~Leases();
 
     std::string const& owner() const noexcept { return ownerM; }
@@ -65,6 +66,7 @@ private:
     bool mayBeOwn(std::uint64_t partition, Lease& lease);
     void reportOwner(std::uint64_t partition, Lease& lease, std::string const& owner);
     bool copyPlaces();
+    bool ownsAny() const;
     bool isClosed() const;
     bool waitUntil(Clock::time_point time);
 

@@ -189,7 +189,11 @@ class Host:
 
     def end(self, expect=0):
         """Returns how many EDRs it read."""
-        self.process.send_signal(signal.SIGTERM)
+        self.process.terminate()
+        return self.wait_for_end(expect)
+
+    def wait_for_end(self, expect=0):
+        """Waits for it, and returns how many EDRs it read."""
         code = self.process.wait(120)
         check(code == expect, f'exit {code}, expected {expect}:\n{self.logged()[-3000:]}')
         return int(re.search(r'"Read": (\d+)', read(self.out)).group(1))
