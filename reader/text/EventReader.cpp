@@ -54,6 +54,14 @@ bool beginsLikeEvent(std::string_view text) {
     return beginLabel.starts_with(line) && !line.empty() && !lines.next(line);
 }
 
+// Whether the text is the beginning of a report's event, cut as well.
+bool beginsLikeReport(std::string_view text) {
+    auto const keyLine = text.substr(std::min(text.size(), rulerSize + 1));
+    return !text.empty() && reportRuler.starts_with(text.substr(0, rulerSize)) &&
+           (text.size() <= rulerSize || text[rulerSize] == '\n') &&
+           reportKeyLabel.starts_with(keyLine);
+}
+
 } // namespace
 
 EventReader::EventReader(InputFile& file, NoticeSink notice)
@@ -96,7 +104,9 @@ std::optional<EventReader::Start> EventReader::nextStart() {
             requireEvent();
         }
         if (!readMore()) {
-            return startThatIsCut();
+            // A key line that is as short as its label is known as one at the end only.
+            auto const start = findStart();
+            return start ? start : startThatIsCut();
         }
     }
 }
@@ -170,7 +180,7 @@ std::optional<EventReader::Start> EventReader::startAround(std::size_t ruler) co
     return std::nullopt;
 }
 
-// At the end of the file: a dump that was cut in the first lines of an event.
+// At the end of the file: a dump or report that was cut in the first lines of an event.
 std::optional<EventReader::Start> EventReader::startThatIsCut() const {
     std::string_view const text(bufferM.data(), endM);
     constexpr int linesOfStart = 4;
@@ -178,12 +188,19 @@ std::optional<EventReader::Start> EventReader::startThatIsCut() const {
     for (int lines = 0; lines < linesOfStart; ++lines) {
         auto const line = text.substr(begin, text.find('\n', begin) - begin);
         bool const isFirst = begin == beginM && !presentM && line.starts_with(beginLabel);
-        bool const isAfterAnother = begin > beginM && (!presentM || begin > presentM->begin) &&
-                                    text.substr(beginM, begin - beginM).ends_with("\n\n");
+        auto const before = text.substr(beginM, begin - beginM);
+        bool const isAfterAnother =
+            begin > beginM && (!presentM || begin > presentM->begin) && before.ends_with("\n\n");
+        auto const lineEnd = static_cast<std::size_t>(
+            std::lower_bound(endsM.begin(), endsM.end(), begin) - endsM.begin());
         if ((isFirst || isAfterAnother) && beginsLikeEvent(text.substr(begin))) {
-            auto const lineEnd = std::lower_bound(endsM.begin(), endsM.end(), begin);
-            return Start{begin, static_cast<std::size_t>(lineEnd - endsM.begin()), TextKind::dump,
-                         numberOf(line).value_or(lastNumberM + 1)};
+            return Start{begin, lineEnd, TextKind::dump, numberOf(line).value_or(lastNumberM + 1)};
+        }
+        bool const isAfterReport = presentM && presentM->kind == TextKind::report &&
+                                   begin > presentM->begin + rulerSize + 1 &&
+                                   before.substr(0, before.size() - 1).ends_with(reportRuler);
+        if (isAfterReport && beginsLikeReport(text.substr(begin))) {
+            return Start{begin, lineEnd, TextKind::report, 0};
         }
         if (begin <= beginM) {
             break;

@@ -62,26 +62,44 @@ TEST(Reading, splitsTheKeyLineAtTheLastLabel) {
         });
 }
 
-// Wherever a dump is cut, that is told, and nothing is found besides that the whole dump doesn't
+// Wherever a text is cut, that is told, and nothing is found besides that the whole text doesn't
 // have; but between two events nobody can know.
-TEST(Reading, findsWhereADumpWasCut) {
-    auto const dump = demoDump();
-    auto const whole = findingsOf(dump);
-    for (std::size_t size = 8; size < dump.size(); size += 97) {
-        auto const text = dump.substr(0, size);
-        auto const next = dump.substr(size);
+void expectCutsToBeFound(std::string const& whole, std::size_t firstSize, std::size_t step,
+                         std::string const& beginOfEvent) {
+    auto const findings = findingsOf(whole);
+    for (auto size = firstSize; size < whole.size(); size += step) {
+        auto const text = whole.substr(0, size);
         std::size_t cuts = 0;
         FactReader reader;
         auto const visit = [&](EventText const& event) {
             cuts += !event.isOutside && reader.read(event).cutLine != 0 ? 1 : 0;
         };
         forEachEventOf(text, visit);
-        EXPECT_EQ(cuts, next.starts_with("Begin: ") ? 0U : 1U) << "cut at " << size;
+        EXPECT_EQ(cuts, whole.substr(size).starts_with(beginOfEvent) ? 0U : 1U)
+            << "cut at " << size;
         for (auto const& finding : findingsOf(text)) {
-            EXPECT_TRUE(whole.contains(finding) || finding.starts_with("cut-short "))
-                << finding << " in a dump cut at " << size;
+            EXPECT_TRUE(findings.contains(finding) || finding.starts_with("cut-short "))
+                << finding << " in a text cut at " << size;
         }
     }
+}
+
+// The lines with which the second event begins, byte by byte.
+void expectCutsInABeginToBeFound(std::string const& whole, std::string const& beginOfEvent) {
+    auto const second = whole.find(beginOfEvent, 72);
+    constexpr std::size_t lines = 110;
+    expectCutsToBeFound(whole.substr(0, second + lines), second, 1, beginOfEvent);
+}
+
+TEST(Reading, findsWhereADumpWasCut) {
+    expectCutsToBeFound(demoDump(), 8, 97, "Begin: ");
+    expectCutsInABeginToBeFound(demoDump(), "Begin: ");
+}
+
+TEST(Reading, findsWhereAReportWasCut) {
+    auto const begin = std::string(70, '-') + "\nEvent type= ";
+    expectCutsToBeFound(reportOf("events.txt"), 72 + begin.size(), 47, begin);
+    expectCutsInABeginToBeFound(reportOf("events.txt"), begin);
 }
 
 std::vector<std::string_view> numbersOf(std::vector<UsedItem> const& items) {
