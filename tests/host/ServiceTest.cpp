@@ -234,6 +234,27 @@ TEST_F(Service, StartsOnlyWithDirectoriesOfItsOwn) {
     EXPECT_THAT(directoryM.read("err"), HasSubstr("/cmd' can't be used: No such file"));
 }
 
+// Also when others are there at once, which the host neither watches nor has locked.
+TEST_F(Service, DoesntGoOnInSilenceWithoutItsDirectories) {
+    auto const text = directoryM.read("r.yaml");
+    directoryM.write("r.yaml", "host:\n  Status: {File: status}\n" + text.substr(6));
+    auto const replace = [&](char const* directory) {
+        std::filesystem::remove_all(pathOf(directory));
+        std::filesystem::create_directory(pathOf(directory));
+    };
+    HostProcess host(directoryM.path(), {"run", "r.yaml"});
+    ASSERT_TRUE(waitForText("err", "MSG_STARTED"));
+    replace("cmd");
+    ASSERT_TRUE(waitForText("err", "ERR_COMMANDS_STOPPED"));
+    replace("in");
+    ASSERT_TRUE(waitForText("err", "ERR_PIPELINE_FAILED"));
+    EXPECT_EQ(host.wait(), 4);
+    for (auto const* const directory : {"cmd", "in"}) {
+        EXPECT_THAT(directoryM.read("err"),
+                    HasSubstr(std::string("/") + directory + "' can't be used: No such file"));
+    }
+}
+
 TEST_F(Service, AnswersEveryCommandFile) {
     struct {
         std::string text;
