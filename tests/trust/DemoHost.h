@@ -58,7 +58,7 @@ public:
             outcome.problems.push_back(host::messageText(problem));
         }
         if (outcome.problems.empty()) {
-            host::Notification const stop;
+            host::Notification stop;
             host::CommandExecutor executor(host, stop);
             host::Service(host, executor, stop, nullptr).run();
             for (auto const* const key_ : {"DumpEvents", "Dump"}) {
