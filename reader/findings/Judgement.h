@@ -4,7 +4,10 @@
 #include "facts/EventFacts.h"
 #include "findings/Finding.h"
 
+#include <algorithm>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace reader {
