@@ -37,7 +37,8 @@ struct InputPortion {
     std::exception_ptr failure; // that ended the input early
 };
 
-// One for the pipeline, one for the reader and one in the queue.
-using InputPortions = std::array<InputPortion, 3>;
+// One for the pipeline, one for the reader, and in the queue enough to go on with while either
+// thread is held up for some milliseconds.
+using InputPortions = std::array<InputPortion, 8>;
 
 } // namespace host

@@ -1,5 +1,7 @@
 #include "input/ParsedEdrs.h"
 
+#include <algorithm>
+#include <functional>
 #include <span>
 
 namespace host {
@@ -7,12 +9,27 @@ namespace host {
 void ParsedEdrs::clear() noexcept {
     edrsM.clear();
     stepsM.clear();
-    textM.clear();
+    linesEndM = 0;
+    ownTextsM.clear();
+}
+
+std::span<char> ParsedEdrs::makeRoom(std::size_t size) {
+    linesM.resize(std::max(linesM.size(), linesEndM + size));
+    auto* const begin = linesM.data() + linesEndM;
+    linesEndM += size;
+    return {begin, size};
 }
 
 void ParsedEdrs::begin(std::string_view line) {
-    edrsM.push_back({EDR::detailRecord, stepsM.size(), textM.size(), {}});
-    textM.append(line);
+    auto const lines = std::span(linesM).first(linesEndM);
+    bool const isInRoom = std::less_equal<>()(lines.data(), line.data()) &&
+                          std::less<>()(line.data(), lines.data() + lines.size());
+    auto const lineBegin =
+        isInRoom ? static_cast<std::size_t>(line.data() - lines.data()) : linesEndM;
+    edrsM.push_back({EDR::detailRecord, stepsM.size(), lineBegin, ownTextsM.size(), {}});
+    if (!isInRoom) {
+        std::ranges::copy(line, makeRoom(line.size()).begin());
+    }
     lineM = line.data();
 }
 
@@ -21,15 +38,15 @@ void ParsedEdrs::addBlock(EDR::BlockIndex const& block) {
 }
 
 void ParsedEdrs::setField(EDR::Index const& field, std::string_view text) {
-    auto const begin = textM.size() - edrsM.back().textBegin;
-    textM.append(text);
-    stepsM.push_back(
-        {field, static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(text.size())});
+    auto const begin = ownTextsM.size() - edrsM.back().ownTextsBegin;
+    ownTextsM.append(text);
+    stepsM.push_back({field, static_cast<std::uint32_t>(begin) | ownText,
+                      static_cast<std::uint32_t>(text.size())});
 }
 
 void ParsedEdrs::keepFirst(std::size_t count) {
     if (count < edrsM.size()) {
-        textM.resize(edrsM[count].textBegin);
+        ownTextsM.resize(edrsM[count].ownTextsBegin);
         stepsM.resize(edrsM[count].firstStep);
         edrsM.resize(count);
     }
@@ -37,14 +54,18 @@ void ParsedEdrs::keepFirst(std::size_t count) {
 
 void ParsedEdrs::fill(EDR::Container& container, std::size_t edr) const {
     container.clear(edrsM[edr].kind);
-    auto const* const text = textM.data() + edrsM[edr].textBegin;
+    auto const* const line = linesM.data() + edrsM[edr].lineBegin;
+    auto const* const ownTexts = ownTextsM.data() + edrsM[edr].ownTextsBegin;
     auto const begin = edrsM[edr].firstStep;
     auto const end = edr + 1 < edrsM.size() ? edrsM[edr + 1].firstStep : stepsM.size();
     for (auto const& step : std::span(stepsM).subspan(begin, end - begin)) {
         if (step.field.field() == noField) {
             container.addBlock(EDR::BlockIndex(step.field.blockKind()));
         } else {
-            container.setField(step.field, {text + step.textBegin, step.textSize});
+            auto const* const text = (step.textBegin & ownText) == 0
+                                         ? line + step.textBegin
+                                         : ownTexts + (step.textBegin & ~ownText);
+            container.setField(step.field, {text, step.textSize});
         }
     }
 }

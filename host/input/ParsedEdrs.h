@@ -9,6 +9,7 @@
 #include "input/InputPlace.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,12 @@ namespace host {
 class ParsedEdrs {
 public:
     void clear() noexcept;
+
+    // Room for so many bytes, until the next call or the next line from elsewhere. A line that is
+    // there is not copied.
+    std::span<char> makeRoom(std::size_t size);
+    // Of that room, and of the lines from elsewhere.
+    std::size_t textSize() const noexcept { return linesEndM; }
 
     // Adds an EDR, to which the next calls refer. The line must stay valid while fields are set.
     void begin(std::string_view line);
@@ -40,21 +47,27 @@ private:
     // Of filling a container: a field, or a block of that kind.
     struct Step {
         EDR::Index field;
-        std::uint32_t textBegin; // from the line's begin on
+        std::uint32_t textBegin; // from the line's begin on, or that of its own texts
         std::uint32_t textSize;
     };
     struct Edr {
         EDR::RecordKind kind;
         std::size_t firstStep;
-        std::size_t textBegin;
+        std::size_t lineBegin;
+        std::size_t ownTextsBegin;
         InputPlace end;
     };
 
     static constexpr std::uint32_t noField = UINT32_MAX;
+    static constexpr std::uint32_t ownText = std::uint32_t{1} << 31; // of Step::textBegin
 
     std::vector<Edr> edrsM;
-    std::vector<Step> stepsM;    // of all EDRs
-    std::string textM;           // of all EDRs: the line, followed by the texts that aren't in it
+    std::vector<Step> stepsM; // of all EDRs
+    // The lines of all EDRs. What is after the end is from before: it needn't be filled with zeros
+    // again and again.
+    std::string linesM;
+    std::size_t linesEndM = 0;
+    std::string ownTextsM;       // of all EDRs: those that aren't in the line as they are
     char const* lineM = nullptr; // of the last EDR, where it was read
 };
 
