@@ -4,8 +4,11 @@
 
 #include "Connection.h"
 
+#include <zstd.h>
+
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -42,11 +45,33 @@ struct SourcePlace {
     bool operator==(SourcePlace const&) const = default;
 };
 
-std::string compressed(std::string_view text);
+// Compresses the lines of messages, one after the other; used by one thread at a time.
+class MessageEncoder {
+public:
+    MessageEncoder();
 
-// Puts the lines, followed by so much room, into text; the encoding is empty for plain text. Throws
-// a MessageError when the data are damaged or come to more than the bound.
-void decode(std::string_view encoding, std::string_view data, std::size_t room, std::string& text);
+    std::string compressed(std::string_view text);
+
+private:
+    Handle<ZSTD_CCtx, &ZSTD_freeCCtx> contextM;
+    std::string roomM;
+};
+
+// Takes messages apart, one after the other; used by one thread at a time.
+class MessageDecoder {
+public:
+    MessageDecoder();
+
+    // How many bytes the lines take at most; the encoding is empty for plain text. Throws a
+    // MessageError when the data don't say so or it is more than the bound.
+    static std::size_t decodedSize(std::string_view encoding, std::string_view data);
+    // Puts the lines into a target of that size, and returns how many bytes they have. Throws a
+    // MessageError when the data are damaged.
+    std::size_t decode(std::string_view encoding, std::string_view data, std::span<char> target);
+
+private:
+    Handle<ZSTD_DCtx, &ZSTD_freeDCtx> contextM;
+};
 
 // A message for the subject with compressed lines. Throws std::bad_alloc.
 Message makeMessage(std::string const& subject, std::string_view data, SourcePlace const& place);

@@ -159,7 +159,7 @@ void PartitionWriter::send(SourceLines const& lines) {
 }
 
 void PartitionWriter::sendPart(SourceLines const& all, std::size_t begin, std::size_t end) {
-    Sent sent = {compressed(all.text(begin, end)), all.place(end - 1), end - begin};
+    Sent sent = {encoderM.compressed(all.text(begin, end)), all.place(end - 1), end - begin};
     if (sent.lines > 1 && !hasRoom(sent)) {
         auto const middle = begin + sent.lines / 2;
         sendPart(all, begin, middle);

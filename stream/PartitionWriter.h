@@ -94,6 +94,7 @@ private:
     std::string pipelineM;
     std::string streamM;
     std::string subjectM;
+    MessageEncoder encoderM;
     std::optional<SourcePlace> lastM;
     SourcePlace sentPlaceM;          // of the last one
     std::deque<Sent> onTheWayM;      // the first has the sequence after the acknowledged one

@@ -1,6 +1,5 @@
 #include "StreamReader.h"
 
-#include "EdrMessage.h"
 #include "StreamNames.h"
 #include "base/MessageCatalogue.h"
 #include "input/InputFile.h"
@@ -11,16 +10,18 @@ namespace stream {
 
 namespace {
 
-constexpr std::size_t mostQueuedBytes = std::size_t{4} * 1024 * 1024; // of a partition
 constexpr std::size_t messageOverhead = 512;
-constexpr std::size_t portionSize = 256; // EDRs
+constexpr std::size_t portionSize = std::size_t{256} * 1024; // bytes, or a message more
 constexpr auto retryInterval = std::chrono::milliseconds(200);
 // So often a thread that waits for room asks how far its partition goes.
 constexpr auto askInterval = std::chrono::seconds(1);
 
 // Of a fetch: as much as is there, or one message when it comes.
-constexpr int fetchedMessages = 64;
+constexpr int fetchedMessages = 32;
 constexpr std::int64_t fetchedBytes = std::int64_t{2} * 1024 * 1024;
+// What a partition may have in the queue when a fetch begins; with that fetch, less than 4 MB. It
+// is no more than bridges the time of a fetch: what waits longer has left the processor's cache.
+constexpr std::size_t mostWaitingBytes = std::size_t{512} * 1024;
 constexpr std::int64_t fetchTime = 1'000'000'000; // nanoseconds
 constexpr std::int64_t waitTime = 1'000'000'000;  // nanoseconds
 // Of those without a message, after which the partition is asked what it has.
@@ -118,12 +119,10 @@ void StreamReader::abandon() noexcept {
         std::lock_guard const guard(lockM);
         isClosedM = true;
     }
-    changedM.notify_all();
-}
-
-bool StreamReader::isClosed() const {
-    std::lock_guard const guard(lockM);
-    return isClosedM;
+    filledM.notify_all();
+    for (auto& partition : partitionsM) {
+        partition.changed.notify_all();
+    }
 }
 
 void StreamReader::fail(std::exception_ptr failure) {
@@ -131,31 +130,31 @@ void StreamReader::fail(std::exception_ptr failure) {
         std::lock_guard const guard(lockM);
         failureM = std::move(failure);
     }
-    changedM.notify_all();
+    filledM.notify_all();
 }
 
 // Before something is tried again; false once the reader is abandoned.
-bool StreamReader::pause() {
+bool StreamReader::pause(Partition& partition) {
     std::unique_lock guard(lockM);
-    return !changedM.wait_for(guard, retryInterval, [&] { return isClosedM; });
+    return !partition.changed.wait_for(guard, retryInterval, [&] { return isClosedM; });
 }
 
 // The body of a partition's thread.
 void StreamReader::fetchAhead(Partition& partition) {
-    auto const start = keeperM.begin(partition.number, [this] { return !pause(); });
+    auto const start = keeperM.begin(partition.number, [&] { return !pause(partition); });
     if (!start) {
         return;
     }
     Fetching fetching;
     fetching.next = start->place;
     fetching.warmUp = std::min(start->warmUp, start->place.sequence - 1);
-    while (!isClosed()) {
+    while (waitForRoom(partition)) {
         bool const isFine = (fetching.subscription != nullptr || subscribe(partition, fetching)) &&
                             fetch(partition, fetching);
         if (!isFine) {
             fetching.subscription.reset();
             connectionM.requireOpen();
-            pause();
+            pause(partition);
         }
         connectionM.requirePermitted("reading " + partition.name);
     }
@@ -227,15 +226,16 @@ bool StreamReader::fetch(Partition& partition, Fetching& fetching) {
     auto const status =
         messages.fetch(subscription, fetching.hasMore ? requestForAll() : requestForOne());
     fetching.hasMore = false;
-    for (int i = 0; i < messages.count(); ++i) {
-        if (!accept(partition, fetching, messages.take(i))) {
-            return false;
-        }
+    std::vector<Item> items;
+    bool areInOrder = true;
+    for (int i = 0; i < messages.count() && areInOrder; ++i) {
+        areInOrder = accept(partition, fetching, messages.take(i), items);
     }
+    put(partition, std::move(items));
     if (status == NATS_TIMEOUT && messages.count() == 0) {
         return isServed(partition, fetching);
     }
-    return status == NATS_OK || status == NATS_TIMEOUT;
+    return areInOrder && (status == NATS_OK || status == NATS_TIMEOUT);
 }
 
 // After a turn in which nothing came. False when there should have: a server may say again and
@@ -256,18 +256,27 @@ bool StreamReader::isServed(Partition const& partition, Fetching& fetching) {
     return true;
 }
 
+std::string_view StreamReader::Item::data() const noexcept {
+    return {natsMsg_GetData(message.get()),
+            static_cast<std::size_t>(natsMsg_GetDataLength(message.get()))};
+}
+
+std::size_t StreamReader::Item::bytes() const noexcept {
+    return data().size() + messageOverhead;
+}
+
 // False when the message isn't the next one.
-bool StreamReader::accept(Partition& partition, Fetching& fetching, Message message) {
+bool StreamReader::accept(Partition const& partition, Fetching& fetching, Message message,
+                          std::vector<Item>& items) {
     auto const [sequence, last] = placeInStream(message.get());
     auto const expected = fetching.next.sequence - fetching.warmUp;
     // Only from the start of a consumer on messages may be missing because they are gone.
     if (sequence < expected || (sequence != expected && !fetching.isNew)) {
         return false;
     }
-    Item item;
-    item.partition = &partition;
+    auto& item = items.emplace_back();
     item.sequence = sequence;
-    item.bytes = static_cast<std::size_t>(natsMsg_GetDataLength(message.get())) + messageOverhead;
+    item.encoding = encodingOf(message.get());
     item.message = std::move(message);
     if (fetching.warmUp == 0) {
         item.missing = sequence - expected;
@@ -285,24 +294,34 @@ bool StreamReader::accept(Partition& partition, Fetching& fetching, Message mess
     fetching.isOverdue = false;
     fetching.hasMore = last > sequence;
     keeperM.noteRange(partition.number, 0, last);
-    put(std::move(item));
     return true;
 }
 
-// Waits for room.
-void StreamReader::put(Item item) {
+// False once the reader is abandoned.
+bool StreamReader::waitForRoom(Partition& partition) {
+    std::vector<Message> finished; // destroyed without the lock
     std::unique_lock guard(lockM);
-    auto& partition = *item.partition;
-    while (!changedM.wait_for(
-        guard, askInterval, [&] { return isClosedM || partition.queuedBytes < mostQueuedBytes; })) {
+    while (!partition.changed.wait_for(guard, askInterval, [&] {
+        return isClosedM || partition.queuedBytes <= mostWaitingBytes;
+    })) {
         guard.unlock();
         askForState(partition);
         guard.lock();
     }
-    partition.queuedBytes += item.bytes;
-    queueM.push_back(std::move(item));
-    guard.unlock();
-    changedM.notify_all();
+    finished.swap(partition.finished);
+    return !isClosedM;
+}
+
+void StreamReader::put(Partition& partition, std::vector<Item> items) {
+    {
+        std::lock_guard const guard(lockM);
+        for (auto& item : items) {
+            item.partition = &partition;
+            partition.queuedBytes += item.bytes();
+            queueM.push_back(std::move(item));
+        }
+    }
+    filledM.notify_one();
 }
 
 // Null when that isn't known now.
@@ -321,8 +340,9 @@ StreamInfo StreamReader::askForState(Partition const& partition) {
 void StreamReader::read(host::InputPortion& portion) noexcept {
     portion.clear();
     try {
-        while (portion.rejected.empty() && portion.messages.empty() &&
-               portion.edrs.count() < portionSize && !portion.isPause) {
+        takeRest(portion);
+        while (portion.rejected.empty() && portion.messages.empty() && !portion.isPause &&
+               (atM < textM.size() || portion.edrs.textSize() < portionSize)) {
             if (atM < textM.size()) {
                 takeLine(portion);
             } else if (take(!isPauseDueM)) {
@@ -333,6 +353,7 @@ void StreamReader::read(host::InputPortion& portion) noexcept {
                 isPauseDueM = false;
             }
         }
+        restM = textM.substr(atM);
     } catch (...) {
         portion.isLast = true;
         portion.failure = std::current_exception();
@@ -357,45 +378,64 @@ bool StreamReader::take(bool mayWait) {
             return false;
         }
         // The notification is no condition variable.
-        changedM.wait_for(guard, std::chrono::milliseconds(50));
+        filledM.wait_for(guard, std::chrono::milliseconds(50));
+    }
+    if (itemM.message != nullptr) {
+        itemM.partition->finished.push_back(std::move(itemM.message));
     }
     itemM = std::move(queueM.front());
     queueM.pop_front();
-    itemM.partition->queuedBytes -= itemM.bytes;
+    auto& partition = *itemM.partition;
+    bool const wasFull = partition.queuedBytes > mostWaitingBytes;
+    partition.queuedBytes -= itemM.bytes();
+    bool const hasRoom = partition.queuedBytes <= mostWaitingBytes;
     guard.unlock();
-    changedM.notify_all();
+    if (wasFull && hasRoom) {
+        partition.changed.notify_one();
+    }
     return true;
 }
 
-// Decodes the present message.
-void StreamReader::open(host::InputPortion& portion) {
-    auto* const message = itemM.message.get();
-    std::string_view const data(natsMsg_GetData(message),
-                                static_cast<std::size_t>(natsMsg_GetDataLength(message)));
-    bytesReadM += data.size();
+// The portion that the text is in is the pipeline's now.
+void StreamReader::takeRest(host::InputPortion& portion) {
+    auto const room = portion.edrs.makeRoom(restM.size() + host::EdrLineParser::padding);
+    std::ranges::copy(restM, room.begin());
+    textM = {room.data(), restM.size()};
     atM = 0;
+}
+
+// Begins with the present message.
+void StreamReader::open(host::InputPortion& portion) {
+    bytesReadM += itemM.data().size();
     lineM = 0;
-    textM.clear();
     if (itemM.missing > 0) {
         portion.messages.push_back(host::makeStatus(
             BAS::Status::error, pipelineM.registeredName, "ERR_STREAM_MESSAGES_MISSING",
             {itemM.partition->name, std::to_string(itemM.missing),
              std::to_string(itemM.sequence)}));
     }
+    atM = 0;
+    textM = {};
     try {
-        decode(encodingOf(message), data, host::EdrLineParser::padding, textM);
+        textM = decode(portion);
     } catch (MessageError const& error) {
-        portion.rejected = data;
+        portion.rejected = itemM.data();
         fillerM.reportRejected(portion, origin(), std::string("the message: ") + error.what());
     }
-    itemM.message.reset();
     endM = {itemM.partition->number, itemM.sequence + (textM.empty() ? 1 : 0), 0};
+}
+
+// The lines of the present message, in the portion.
+std::string_view StreamReader::decode(host::InputPortion& portion) {
+    auto const size = MessageDecoder::decodedSize(itemM.encoding, itemM.data());
+    auto const room = portion.edrs.makeRoom(size + host::EdrLineParser::padding).first(size);
+    return {room.data(), decoderM.decode(itemM.encoding, itemM.data(), room)};
 }
 
 void StreamReader::takeLine(host::InputPortion& portion) {
     auto const end = std::min(textM.find('\n', atM), textM.size());
-    auto const line = std::string_view(textM).substr(atM, end - atM);
-    auto const raw = std::string_view(textM).substr(atM, end - atM + (end < textM.size() ? 1 : 0));
+    auto const line = textM.substr(atM, end - atM);
+    auto const raw = textM.substr(atM, end - atM + (end < textM.size() ? 1 : 0));
     atM += raw.size();
     ++lineM;
     endM = {itemM.partition->number, itemM.sequence, lineM};

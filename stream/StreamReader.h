@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Connection.h"
+#include "EdrMessage.h"
 #include "StreamPlaces.h"
 #include "base/Notification.h"
 #include "input/EdrSource.h"
@@ -62,14 +63,21 @@ private:
         std::uint64_t number = 0;
         std::string name; // of its stream
         std::size_t queuedBytes = 0;
+        // Messages that were read, which the partition's thread destroys, many at a time: each may
+        // wake a thread of the library.
+        std::vector<Message> finished;
+        std::condition_variable changed; // there is room, or nothing is to be read any more
     };
     struct Item {
         Partition* partition = nullptr;
-        Message message;
         std::uint64_t sequence = 0;
         std::uint64_t missing = 0;   // messages before it
         std::uint64_t skipLines = 0; // that are processed
-        std::size_t bytes = 0;
+        Message message;
+        std::string encoding; // of its data
+
+        std::string_view data() const noexcept;
+        std::size_t bytes() const noexcept;
     };
     // Of a partition's thread.
     struct Fetching {
@@ -88,15 +96,18 @@ private:
     void requireStream(Partition const& partition, jsStreamInfo const* info,
                        Fetching& fetching) const;
     bool fetch(Partition& partition, Fetching& fetching);
-    bool accept(Partition& partition, Fetching& fetching, Message message);
-    void put(Item item);
+    bool accept(Partition const& partition, Fetching& fetching, Message message,
+                std::vector<Item>& items);
+    bool waitForRoom(Partition& partition);
+    void put(Partition& partition, std::vector<Item> items);
     bool isServed(Partition const& partition, Fetching& fetching);
     StreamInfo askForState(Partition const& partition);
     void fail(std::exception_ptr failure);
-    bool isClosed() const;
-    bool pause();
+    bool pause(Partition& partition);
+    void takeRest(host::InputPortion& portion);
     bool take(bool mayWait);
     void open(host::InputPortion& portion);
+    std::string_view decode(host::InputPortion& portion);
     void takeLine(host::InputPortion& portion);
     host::LineOrigin origin() const;
 
@@ -107,15 +118,17 @@ private:
     PartitionKeeper& keeperM;
     host::PortionFiller fillerM;
     std::deque<Partition> partitionsM;
-    mutable std::mutex lockM;
-    std::condition_variable changedM;
+    std::mutex lockM;
+    std::condition_variable filledM; // there is a message, or a failure
     std::deque<Item> queueM;
     std::exception_ptr failureM; // of a partition's thread
     bool isClosedM = false;
     // Of the reading thread: the message that is being read.
     Item itemM;
-    std::string textM;
-    std::size_t atM = 0; // in the text
+    MessageDecoder decoderM;
+    std::string_view textM; // in the present portion
+    std::size_t atM = 0;    // in the text
+    std::string restM;      // of a text that the last portion ended within
     std::uint64_t lineM = 0;
     host::InputPlace endM;
     std::uint64_t bytesReadM = 0;
