@@ -11,7 +11,10 @@ namespace stream {
 namespace {
 
 constexpr std::size_t messageOverhead = 512;
-constexpr std::size_t portionSize = std::size_t{256} * 1024; // bytes, or a message more
+// Of a portion: so many bytes, to which a message is added that isn't larger than publishers make
+// them, and so many EDRs.
+constexpr std::size_t portionSize = std::size_t{256} * 1024;
+constexpr std::size_t mostEdrs = 1024;
 constexpr auto retryInterval = std::chrono::milliseconds(200);
 // So often a thread that waits for room asks how far its partition goes.
 constexpr auto askInterval = std::chrono::seconds(1);
@@ -19,8 +22,9 @@ constexpr auto askInterval = std::chrono::seconds(1);
 // Of a fetch: as much as is there, or one message when it comes.
 constexpr int fetchedMessages = 32;
 constexpr std::int64_t fetchedBytes = std::int64_t{2} * 1024 * 1024;
-// What a partition may have in the queue when a fetch begins; with that fetch, less than 4 MB. It
-// is no more than bridges the time of a fetch: what waits longer has left the processor's cache.
+// What a partition may have in the queue when a fetch begins; with that fetch, less than 4 MB, but
+// for a single message that is larger. It is no more than bridges the time of a fetch: what waits
+// longer has left the processor's cache.
 constexpr std::size_t mostWaitingBytes = std::size_t{512} * 1024;
 constexpr std::int64_t fetchTime = 1'000'000'000; // nanoseconds
 constexpr std::int64_t waitTime = 1'000'000'000;  // nanoseconds
@@ -339,10 +343,9 @@ StreamInfo StreamReader::askForState(Partition const& partition) {
 
 void StreamReader::read(host::InputPortion& portion) noexcept {
     portion.clear();
+    isEndDueM = false;
     try {
-        takeRest(portion);
-        while (portion.rejected.empty() && portion.messages.empty() && !portion.isPause &&
-               (atM < textM.size() || portion.edrs.textSize() < portionSize)) {
+        while (!isComplete(portion)) {
             if (atM < textM.size()) {
                 takeLine(portion);
             } else if (take(!isPauseDueM)) {
@@ -353,7 +356,7 @@ void StreamReader::read(host::InputPortion& portion) noexcept {
                 isPauseDueM = false;
             }
         }
-        restM = textM.substr(atM);
+        keepRest();
     } catch (...) {
         portion.isLast = true;
         portion.failure = std::current_exception();
@@ -361,6 +364,13 @@ void StreamReader::read(host::InputPortion& portion) noexcept {
     portion.end = endM;
     portion.bytesRead = bytesReadM;
     portion.rejectedLines = fillerM.rejectedLines();
+}
+
+bool StreamReader::isComplete(host::InputPortion const& portion) const noexcept {
+    bool const isInItsText = isTextInPortionM && atM < textM.size();
+    return !portion.rejected.empty() || !portion.messages.empty() || portion.isPause || isEndDueM ||
+           portion.edrs.count() >= mostEdrs ||
+           (portion.edrs.textSize() >= portionSize && !isInItsText);
 }
 
 // Makes the next message the present one; false when there is none or the pipeline must see that
@@ -396,14 +406,6 @@ bool StreamReader::take(bool mayWait) {
     return true;
 }
 
-// The portion that the text is in is the pipeline's now.
-void StreamReader::takeRest(host::InputPortion& portion) {
-    auto const room = portion.edrs.makeRoom(restM.size() + host::EdrLineParser::padding);
-    std::ranges::copy(restM, room.begin());
-    textM = {room.data(), restM.size()};
-    atM = 0;
-}
-
 // Begins with the present message.
 void StreamReader::open(host::InputPortion& portion) {
     bytesReadM += itemM.data().size();
@@ -417,19 +419,38 @@ void StreamReader::open(host::InputPortion& portion) {
     atM = 0;
     textM = {};
     try {
-        textM = decode(portion);
+        decode(portion);
     } catch (MessageError const& error) {
         portion.rejected = itemM.data();
         fillerM.reportRejected(portion, origin(), std::string("the message: ") + error.what());
     }
+    isEndDueM = textM.empty();
     endM = {itemM.partition->number, itemM.sequence + (textM.empty() ? 1 : 0), 0};
 }
 
-// The lines of the present message, in the portion.
-std::string_view StreamReader::decode(host::InputPortion& portion) {
+// The lines of the present message: in the portion, where they needn't be copied, unless they would
+// make it much larger.
+void StreamReader::decode(host::InputPortion& portion) {
     auto const size = MessageDecoder::decodedSize(itemM.encoding, itemM.data());
-    auto const room = portion.edrs.makeRoom(size + host::EdrLineParser::padding).first(size);
-    return {room.data(), decoderM.decode(itemM.encoding, itemM.data(), room)};
+    auto const needed = size + host::EdrLineParser::padding;
+    isTextInPortionM = size <= mostBytes;
+    if (!isTextInPortionM) {
+        ownTextM.resize(std::max(ownTextM.size(), needed));
+    }
+    auto const room = isTextInPortionM ? portion.edrs.makeRoom(needed) : std::span(ownTextM);
+    textM = {room.data(), decoderM.decode(itemM.encoding, itemM.data(), room.first(size))};
+}
+
+// The portion with the text will be the pipeline's.
+void StreamReader::keepRest() {
+    if (isTextInPortionM) {
+        auto const rest = textM.substr(atM);
+        ownTextM.resize(std::max(ownTextM.size(), rest.size() + host::EdrLineParser::padding));
+        std::ranges::copy(rest, ownTextM.begin());
+        textM = std::string_view(ownTextM).substr(0, rest.size());
+        atM = 0;
+        isTextInPortionM = false;
+    }
 }
 
 void StreamReader::takeLine(host::InputPortion& portion) {
@@ -443,6 +464,7 @@ void StreamReader::takeLine(host::InputPortion& portion) {
         endM = {itemM.partition->number, itemM.sequence + 1, 0};
     }
     if (lineM <= itemM.skipLines || line.find_first_not_of(" \t\r") == std::string_view::npos) {
+        isEndDueM = atM == textM.size();
         return;
     }
     if (line.size() > pipelineM.maxLineLength) {

@@ -62,6 +62,7 @@ private:
     struct Partition {
         std::uint64_t number = 0;
         std::string name; // of its stream
+        // With the lock:
         std::size_t queuedBytes = 0;
         // Messages that were read, which the partition's thread destroys, many at a time: each may
         // wake a thread of the library.
@@ -104,10 +105,11 @@ private:
     StreamInfo askForState(Partition const& partition);
     void fail(std::exception_ptr failure);
     bool pause(Partition& partition);
-    void takeRest(host::InputPortion& portion);
+    bool isComplete(host::InputPortion const& portion) const noexcept;
     bool take(bool mayWait);
     void open(host::InputPortion& portion);
-    std::string_view decode(host::InputPortion& portion);
+    void decode(host::InputPortion& portion);
+    void keepRest();
     void takeLine(host::InputPortion& portion);
     host::LineOrigin origin() const;
 
@@ -126,11 +128,13 @@ private:
     // Of the reading thread: the message that is being read.
     Item itemM;
     MessageDecoder decoderM;
-    std::string_view textM; // in the present portion
-    std::size_t atM = 0;    // in the text
-    std::string restM;      // of a text that the last portion ended within
+    std::string_view textM; // in the portion, or own
+    bool isTextInPortionM = false;
+    std::string ownTextM;
+    std::size_t atM = 0; // in the text
     std::uint64_t lineM = 0;
     host::InputPlace endM;
+    bool isEndDueM = false; // no EDR ends there, so that the portion has to
     std::uint64_t bytesReadM = 0;
     bool isPauseDueM = false;           // a message came since the last pause
     std::vector<std::jthread> threadsM; // of the partitions; they use all of the above
